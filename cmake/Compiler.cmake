@@ -1,0 +1,27 @@
+# Compiler settings. What every target needs is set for the folder tree; what holds for our own code
+# alone (warnings, the system's headers) travels with the target tesk_options.
+find_program(TESKREAD_CCACHE ccache)
+if(TESKREAD_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${TESKREAD_CCACHE}")
+endif()
+
+if(TESKREAD_SANITIZE)
+  add_compile_options(-O1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# An exported program must run where no run-time library of the compiler is installed.
+if(WIN32)
+  add_link_options(-static -static-libgcc -static-libstdc++)
+endif()
+
+find_package(Threads REQUIRED)
+
+add_library(tesk_options INTERFACE)
+target_include_directories(tesk_options INTERFACE "${CMAKE_SOURCE_DIR}")
+target_compile_options(tesk_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror)
+target_compile_definitions(tesk_options INTERFACE TESKREAD_VERSION="${PROJECT_VERSION}")
+target_link_libraries(tesk_options INTERFACE Threads::Threads)
+if(WIN32)
+  target_compile_definitions(tesk_options INTERFACE UNICODE _UNICODE NOMINMAX _WIN32_WINNT=0x0601)
+endif()

@@ -1,0 +1,28 @@
+# tesk_library(NAME [FOLDER folder] [ONLY prefix] [EXCEPT prefix] LINKS libraries...)
+# The static library tesk_NAME from the sources of a folder (NAME's own unless FOLDER says another),
+# those below it included. ONLY and EXCEPT choose by the beginning of the path within the folder.
+# A folder without sources yields a library of headers.
+function(tesk_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;ONLY;EXCEPT" "LINKS")
+  if(NOT arg_FOLDER)
+    set(arg_FOLDER ${name})
+  endif()
+  set(root "${CMAKE_SOURCE_DIR}/${arg_FOLDER}")
+  file(GLOB_RECURSE sources RELATIVE "${root}" CONFIGURE_DEPENDS "${root}/*.cpp")
+  if(arg_ONLY)
+    list(FILTER sources INCLUDE REGEX "^${arg_ONLY}")
+  endif()
+  if(arg_EXCEPT)
+    list(FILTER sources EXCLUDE REGEX "^${arg_EXCEPT}")
+  endif()
+  list(TRANSFORM sources PREPEND "${root}/")
+
+  if(sources)
+    add_library(tesk_${name} STATIC ${sources})
+    target_link_libraries(tesk_${name} PUBLIC tesk_options ${arg_LINKS})
+  else()
+    message(STATUS "${arg_FOLDER}/ has no sources for tesk_${name}")
+    add_library(tesk_${name} INTERFACE)
+    target_link_libraries(tesk_${name} INTERFACE tesk_options ${arg_LINKS})
+  endif()
+endfunction()

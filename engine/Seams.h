@@ -1,0 +1,104 @@
+// What the engine needs from above, as small interfaces that are handed to it at construction, and the
+// events that it raises. The engine knows no driver, no store and no dialog.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/SideArray.h"
+#include "base/enumerations.h"
+
+namespace tesk {
+
+class clsTeskReader;
+class frmComm;
+class HostLoop;
+
+// An object of the host's that the engine only keeps: the answer key, the data of TranslateData, the window
+// that owns a dialog.
+class HostObject {
+ public:
+  virtual ~HostObject() = default;
+};
+
+using BarcodeArray = std::vector<std::string>;  // one text per barcode, hosts index it from 1
+
+// The events in slot order. Arguments by reference may be changed; arrays are the engine's own, so what a
+// host changes in PreprocessSheet is what ReadSheet hands out.
+class ReaderEvents {
+ public:
+  virtual ~ReaderEvents() = default;
+  virtual void BeforeSheet(bool& /*bInitializePrinter*/) {}
+  virtual void PreprocessSheet(SideArray& /*iSide1Array*/, SideArray& /*iSide2Array*/,
+                               BarcodeArray& /*sBarcodeArray*/, bool& /*bReject*/) {}
+  virtual void ReadSheet(SideArray& /*iSide1Array*/, SideArray& /*iSide2Array*/,
+                         BarcodeArray& /*sBarcodeArray*/, const std::string& /*sSide1FileName*/,
+                         const std::string& /*sSide2FileName*/, const std::string& /*sSide1ItemCoordinates*/,
+                         const std::string& /*sSide2ItemCoordinates*/) {}
+  virtual void AfterSheet(bool& /*bCancelScan*/) {}
+  virtual void BeforePrint(bool& /*bCancel*/) {}
+  virtual void AfterPrint() {}
+  virtual void TranslateData(std::shared_ptr<HostObject>& /*oData*/, SideArray& /*iSide1Array*/,
+                             SideArray& /*iSide2Array*/, BarcodeArray& /*sBarcodeArray*/,
+                             bool& /*bNeedsMoreData*/) {}
+  virtual void GetQuestionsOnPage(std::int16_t& /*iPage*/, std::int16_t& /*iNumberQuestions*/) {}
+};
+
+// The dispatch: routes an operation to the driver of the engine's reader type.
+class ReaderDispatch {
+ public:
+  virtual ~ReaderDispatch() = default;
+  virtual bool ReaderInit(clsTeskReader& reader) = 0;
+  virtual bool ReaderClose(clsTeskReader& reader) = 0;
+  virtual bool ReaderRead(clsTeskReader& reader) = 0;
+  // skip: printing is to be left out for this sheet. disposed: a driver whose print sends the sheet on sets
+  // it.
+  virtual bool ReaderPrint(clsTeskReader& reader, bool skip, bool& disposed) = 0;
+  virtual void ReaderReject(clsTeskReader& reader) = 0;
+  // disposed: replaced by the families whose eject may fail.
+  virtual void ReaderEject(clsTeskReader& reader, bool& disposed) = 0;
+};
+
+// The port search and the identification request of the readers that can be located.
+class PortSearch {
+ public:
+  virtual ~PortSearch() = default;
+  virtual bool Locate(clsTeskReader& reader, std::int16_t startPort) = 0;
+  virtual bool Firmware(clsTeskReader& reader, std::string& firmware) = 0;
+};
+
+// The modal setup dialog. True when the user confirmed it.
+class SetupDialog {
+ public:
+  virtual ~SetupDialog() = default;
+  virtual bool Show(clsTeskReader& reader, std::int32_t helpTopic,
+                    const std::shared_ptr<HostObject>& parent) = 0;
+};
+
+// The store of settings: text values by name under a root and a hierarchical key ("School\Lab").
+class SettingsStore {
+ public:
+  virtual ~SettingsStore() = default;
+  // Creates the key where it is missing. An empty `text` is stored, and handed back, as one blank.
+  virtual bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
+                         std::string& text) = 0;
+  // The stored text; empty optional where the key or the value is missing or of a type that holds no text.
+  virtual std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
+                                               const std::string& name) = 0;
+};
+
+// Everything an engine is given. comm, loop and dispatch are never empty; where another is, the operations
+// that need it report that this system does not offer them.
+struct EngineSeams {
+  std::shared_ptr<frmComm> comm = nullptr;
+  std::shared_ptr<HostLoop> loop = nullptr;
+  std::shared_ptr<ReaderDispatch> dispatch = nullptr;
+  std::shared_ptr<PortSearch> portSearch = nullptr;
+  std::shared_ptr<SetupDialog> setupDialog = nullptr;
+  std::shared_ptr<SettingsStore> settings = nullptr;
+};
+
+}  // namespace tesk

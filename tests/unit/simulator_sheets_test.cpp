@@ -1,0 +1,112 @@
+// The sheets that simulated scanners generate, and the faults as a person orders them.
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "simulator/Simulators.h"
+
+namespace tesk::simulator {
+namespace {
+
+TEST(Faults, ReadsWhatItListsAndRefusesTheRestNamingWhatItTakes) {
+  const auto accepted = FaultKinds(teskReaderTypeScantronScanMark5500);
+  for (const FaultKind kind : accepted) {
+    const std::string text = std::string(Describe(kind).name) + (kind == FaultKind::Cut ? "@40@7" : "@7");
+    const Fault expected{kind, 7, kind == FaultKind::Cut ? 40U : 0U};
+    EXPECT_EQ(ParseFault(text, accepted).fault, expected) << text;
+  }
+  for (const std::string text :
+       {"", "jam", "jam@", "jam@0", "jam@-1", "jam@1x", "jam@1@2", "jam@99999999999", "Jam@1", "skid@1",
+        "cut@5", "cut@@5", "cut@5@", "cut@-1@5", "cut@1@2@3", "@1"}) {
+    const ParsedFault parsed = ParseFault(text, accepted);
+    EXPECT_FALSE(parsed.fault.has_value()) << text;
+    EXPECT_NE(parsed.error.find("\"" + text + "\""), std::string::npos) << parsed.error;
+    EXPECT_NE(parsed.error.find("double-feed@SHEET"), std::string::npos) << parsed.error;
+    EXPECT_NE(parsed.error.find("cut@BYTE@SHEET"), std::string::npos) << parsed.error;
+  }
+  const FaultKind few[] = {FaultKind::Jam};
+  EXPECT_FALSE(ParseFault("timing@1", few).fault.has_value());
+}
+
+// How many of the positions hold a mark at least so dark.
+std::int32_t MarksAmong(const SideArray& side, std::int32_t row, std::int32_t column, std::int32_t rowStep,
+                        std::int32_t columnStep, std::int32_t count, std::int32_t dark) {
+  std::int32_t marks = 0;
+  for (std::int32_t i = 0; i < count; ++i)
+    marks += side.At(row + i * rowStep, column + i * columnStep) >= dark;
+  return marks;
+}
+
+TEST(GenerateSheets, LookLikeAnswerSheetsThatPeopleFilled) {
+  struct Case {
+    Geometry geometry;
+    std::int16_t darkest;
+  };
+  for (const Case& c : {Case{{50, 48, true}, 15}, Case{{66, 48, false}, 99}, Case{{40, 12, true}, 9}}) {
+    const std::int32_t dark = c.darkest / 2;
+    std::map<std::int32_t, int> itemsWithMarks;
+    int items = 0;
+    int faint = 0;
+    for (const Sheet& sheet : GenerateSheets(50, 3, c.geometry, c.darkest)) {
+      ASSERT_EQ(sheet.side2.Empty(), !c.geometry.twoSided);
+      const AnswerLayout front = LayoutOf(c.geometry, true);
+      ASSERT_EQ(front.digits, 8);
+      for (std::int32_t i = 0; i < front.digits; ++i) {
+        EXPECT_EQ(MarksAmong(sheet.side1, front.numberRow, front.numberColumn + i, 1, 0, 10, dark), 1);
+      }
+      for (const AnswerLayout::Item& item : front.items) {
+        ++items;
+        ++itemsWithMarks[MarksAmong(sheet.side1, item.row, item.firstColumn, 0, 1, 5, dark)];
+      }
+      for (std::int32_t row = 1; row <= sheet.side1.Rows(); ++row) {
+        for (std::int32_t column = 1; column <= sheet.side1.Columns(); ++column) {
+          const std::int16_t value = sheet.side1.At(row, column);
+          ASSERT_TRUE(value >= 0 && value <= c.darkest);
+          faint += value > 0 && value < dark;
+        }
+      }
+    }
+    EXPECT_GT(itemsWithMarks[1], items * 88 / 100);
+    EXPECT_GT(itemsWithMarks[0], items * 2 / 100);
+    EXPECT_GT(itemsWithMarks[2], items / 100);
+    EXPECT_EQ(itemsWithMarks[0] + itemsWithMarks[1] + itemsWithMarks[2], items);
+    EXPECT_GT(faint, items * 3 / 100);
+  }
+}
+
+std::uint32_t Checksum(const std::vector<Sheet>& sheets) {
+  std::uint32_t sum = 0;
+  for (const Sheet& sheet : sheets) {
+    for (const SideArray* side : {&sheet.side1, &sheet.side2}) {
+      for (std::int32_t row = 1; row <= side->Rows(); ++row) {
+        for (std::int32_t column = 1; column <= side->Columns(); ++column) {
+          sum = sum * 31U + static_cast<std::uint32_t>(side->At(row, column));
+        }
+      }
+    }
+  }
+  return sum;
+}
+
+TEST(GenerateSheets, AreTheSameOnEverySystemAndWhateverTheCount) {
+  const Geometry geometry{50, 48, true};
+  const auto three = GenerateSheets(3, 7, geometry, 15);
+  const auto five = GenerateSheets(5, 7, geometry, 15);
+  EXPECT_TRUE(std::equal(three.begin(), three.end(), five.begin()));
+  EXPECT_NE(three[0], three[1]);
+  EXPECT_NE(GenerateSheets(1, 8, geometry, 15)[0], three[0]);
+  EXPECT_EQ(three[0].barcodes, std::vector<std::string>{"98171595"});
+  EXPECT_EQ(Checksum(three), 2302825066U);
+  EXPECT_TRUE(GenerateSheets(-1, 7, geometry, 15).empty());
+  EXPECT_EQ(GenerateSheets(1, 7, {0, 0, true}, 15)[0].side1, SideArray());
+  for (std::int32_t rows = 1; rows < 16; ++rows) {
+    EXPECT_EQ(GenerateSheets(1, 7, {rows, rows, true}, 15)[0].side1.Rows(), rows);
+  }
+}
+
+}  // namespace
+}  // namespace tesk::simulator

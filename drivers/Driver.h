@@ -1,0 +1,43 @@
+// The contract that every driver fulfils towards the dispatch.
+//
+// A routine receives the engine, reads its settings from the engine's properties, and keeps no link to it
+// between calls. It shows a scanner's condition itself and returns False; it never sets CancelScan, never
+// raises an event, never opens or closes the port. A read hands its arrays, counts and texts to the engine
+// only after the whole sheet has been read.
+#pragma once
+
+#include <string_view>
+
+namespace tesk {
+
+class clsTeskReader;
+
+// The families of models; one driver module each.
+enum class Family {
+  Apperson,
+  OpScan,
+  SekonicSerial,
+  ScanMark,
+  Chatsworth,
+  EZData,
+  PeripheralDynamics,
+  SekonicUsb,
+  SekonicHybrid,
+  Datawin,
+};
+
+struct Driver {
+  Family family;
+  std::string_view module;                   // "basScantron"
+  bool (*initReader)(clsTeskReader&);        // brings the scanner to the ready state
+  bool (*closeReader)(clsTeskReader&);       // empty: nothing to release, which is success
+  bool (*readPage)(clsTeskReader&);          // feeds and reads one sheet
+  bool (*rejectPage)(clsTeskReader&);        // sends the sheet to the reject exit where there is one
+  bool (*ejectPage)(clsTeskReader&);         // sends the sheet to the normal exit
+  bool (*print)(clsTeskReader&, bool skip);  // empty: no imprinter
+};
+
+// The driver of a family; nullptr where it does not exist.
+const Driver* FindDriver(Family family);
+
+}  // namespace tesk

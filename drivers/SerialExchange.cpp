@@ -1,0 +1,87 @@
+// The conversation of a driver routine with a serial scanner.
+#include "drivers/SerialExchange.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "base/RunTimeError.h"
+#include "transport/basUtils.h"
+
+namespace tesk {
+namespace {
+
+constexpr std::size_t kLongestReply = 4096;  // bytes; no scanner's reply to a command is longer
+
+// A reply has ended when the line was silent this long: some characters at the line's rate, and the time for
+// which serial adaptors hold received bytes back.
+Milliseconds Gap(std::int32_t bitRate) { return Milliseconds(20 + 30 * 1000 / std::max(bitRate, 110)); }
+
+}  // namespace
+
+SerialExchange::SerialExchange(clsTeskReader& reader)
+    : reader_(reader), comm_(reader.fComm()), port_(Deref(comm_).mscComm()), timer_(Deref(comm_).tmrScan()) {}
+
+void SerialExchange::Ask(std::string_view bytes) {
+  Clear();
+  port_->Output(bytes);
+}
+
+void SerialExchange::Clear() { basUtils::DiscardInput(*port_); }
+
+Wait SerialExchange::ForBytes(std::int32_t count) {
+  timer_->SetEnabled(true);
+  while (port_->InBufferCount() < count) {
+    reader_.Loop().DoEvents(port_->Arrival());
+    if (reader_.CancelScan()) {
+      timer_->SetEnabled(false);
+      return Wait::Cancelled;
+    }
+    if (!timer_->Enabled() && port_->InBufferCount() < count) return Wait::TimedOut;
+  }
+  timer_->SetEnabled(false);
+  return Wait::Arrived;
+}
+
+Wait SerialExchange::ForBytesWithoutLimit() {
+  while (port_->InBufferCount() == 0) {
+    reader_.Loop().DoEvents(port_->Arrival());
+    if (reader_.CancelScan()) return Wait::Cancelled;
+  }
+  return Wait::Arrived;
+}
+
+std::optional<std::uint8_t> SerialExchange::TakeByte() {
+  port_->SetInputLen(1);
+  const std::string byte = port_->Input();
+  if (byte.empty()) return std::nullopt;
+  return static_cast<std::uint8_t>(byte[0]);
+}
+
+std::string SerialExchange::TakeReply() {
+  port_->SetInputLen(0);
+  std::string reply = port_->Input();
+  while (FollowsWithoutGap()) {
+    reply += port_->Input();
+    if (reply.size() > kLongestReply) throw basUtils::SendsWithoutEnd();
+  }
+  return reply;
+}
+
+bool SerialExchange::FollowsWithoutGap() {
+  if (port_->InBufferCount() > 0) return true;
+  reader_.Loop().Pause(port_->Arrival(), Gap(reader_.BaudRate()));
+  return port_->InBufferCount() > 0;
+}
+
+void SerialExchange::Poll() {
+  reader_.Loop().DoEvents(port_->Arrival());
+  if (port_->InBufferCount() > 0 || reader_.CancelScan()) return;
+  reader_.Loop().Pause(port_->Arrival(), Milliseconds(std::max(reader_.SleepTime(), 0)));
+}
+
+void SerialExchange::Rest(std::int32_t factor) {
+  const auto time = std::int64_t{factor} * std::max(reader_.SleepTime(), 0);
+  if (time > 0) reader_.Loop().Sleep(Milliseconds(time));
+}
+
+}  // namespace tesk

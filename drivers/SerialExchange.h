@@ -1,0 +1,58 @@
+// One driver routine's conversation with a serial scanner: sending, waiting for the answer, taking bytes.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "engine/clsTeskReader.h"
+
+namespace tesk {
+
+enum class Wait { Arrived, Cancelled, TimedOut };
+
+// Holds the engine's port and timer for the time of one routine, so that a host that replaces them while the
+// routine waits harms nobody.
+class SerialExchange {
+ public:
+  explicit SerialExchange(clsTeskReader& reader);  // error 91 where the engine has no communications form
+
+  // Discards what waits and writes `bytes`: nothing that came before a command can be its answer.
+  void Ask(std::string_view bytes);
+  // Writes without touching what waits.
+  void Tell(std::string_view bytes) { port_->Output(bytes); }
+  // Discards what waits.
+  void Clear();
+
+  // Starts the time-out and waits for `count` bytes; messages run, a set CancelScan ends it.
+  Wait ForBytes(std::int32_t count = 1);
+  // Waits like ForBytes, but without limit of time: for a person who is to insert a sheet.
+  Wait ForBytesWithoutLimit();
+
+  std::int32_t Waiting() const { return port_->InBufferCount(); }
+  // The next byte that waits; empty where none does.
+  std::optional<std::uint8_t> TakeByte();
+  // Whether another byte waits or comes before the line has been silent for a moment.
+  bool FollowsWithoutGap();
+  // All that waits, together with what follows it without a gap: a reply on a slow line comes in pieces.
+  std::string TakeReply();
+
+  // One turn of a polling loop with nothing waiting: messages run, then the polling pause.
+  void Poll();
+  // A prescribed pause of `factor` times SleepTime.
+  void Rest(std::int32_t factor);
+  bool Cancelled() const { return reader_.CancelScan(); }
+
+  SerialControl& Port() const { return *port_; }
+  OneShotTimer& Timer() const { return *timer_; }
+
+ private:
+  clsTeskReader& reader_;
+  std::shared_ptr<frmComm> comm_;
+  std::shared_ptr<SerialControl> port_;
+  std::shared_ptr<OneShotTimer> timer_;
+};
+
+}  // namespace tesk

@@ -38,6 +38,7 @@ class BenchLine : public SerialLine {
     if (const auto limit = serial_.behaviour.silentAfter) {
       length = std::min(length, *limit > delivered_ ? *limit - delivered_ : 0);
     }
+    if (const auto limit = serial_.behaviour.pauseAfter) length = BeforeThePause(length, *limit);
     std::string bytes = waiting_.substr(0, length);
     waiting_.erase(0, length);
     delivered_ += length;
@@ -50,9 +51,22 @@ class BenchLine : public SerialLine {
   }
 
  private:
+  // As much of `length` as may pass before the pause after byte `limit` is over.
+  std::size_t BeforeThePause(std::size_t length, std::size_t limit) {
+    if (delivered_ + length <= limit || pausedUntil_ == TimePoint::max()) return length;
+    const TimePoint now = serial_.time_->Now();
+    if (delivered_ == limit && !pausedUntil_) pausedUntil_ = now + 5ms;
+    if (pausedUntil_ && now >= *pausedUntil_) {
+      pausedUntil_ = TimePoint::max();
+      return length;
+    }
+    return limit - delivered_;
+  }
+
   BenchSerial& serial_;
   std::string waiting_;
   std::size_t delivered_ = 0;
+  std::optional<TimePoint> pausedUntil_;
 };
 
 BenchSerial::BenchSerial(std::shared_ptr<VirtualTime> time, std::shared_ptr<simulator::Scanner> scanner)

@@ -46,6 +46,8 @@ struct PortBehaviour {
   std::optional<std::size_t> goneAfter;
   // The scanner's bytes beyond this many never arrive.
   std::optional<std::size_t> silentAfter;
+  // The bytes beyond this many arrive a moment later: a few milliseconds, less than any quiet period.
+  std::optional<std::size_t> pauseAfter;
   // At most this many bytes arrive at a time.
   std::size_t chunk = 64 * 1024;
 };

@@ -1,0 +1,268 @@
+// The contract that every serial driver keeps with a port that misbehaves, generated over all reader types
+// that have a driver: nothing hangs, a failed read leaves the engine's arrays as they were, a read that
+// succeeds has the marks of the sheet, and the port is closed at the end.
+#include <cstdlib>
+#include <iostream>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "base/conversions.h"
+#include "base/readerNames.h"
+#include "simulator/Simulators.h"
+#include "tests/support/TestBench.h"
+
+namespace tesk::test {
+namespace {
+
+int casesRun = 0;
+
+class CountPrinter : public ::testing::Environment {
+  void TearDown() override { std::cout << "contract cases run: " << casesRun << '\n'; }
+};
+
+[[maybe_unused]] const auto* const kCountPrinter =
+    ::testing::AddGlobalTestEnvironment(new CountPrinter);  // NOLINT: the framework owns it
+
+constexpr std::int16_t kRows = 4;
+const SideArray kUntouched = [] {
+  SideArray sentinel(1, 1);
+  sentinel.At(1, 1) = 777;
+  return sentinel;
+}();
+
+std::vector<teskReaderType> SerialTypesWithADriver() {
+  std::vector<teskReaderType> types;
+  const clsTeskReaderProfiles profiles;
+  for (const ReaderTypeName& name : ReaderTypeNames()) {
+    const auto profile = profiles.Item(NumberText(name.type));
+    const bool serial = profile && profile->InterfaceType() == teskReaderInterfaceTypeSerial;
+    if (serial && !DriverModule(name.type).empty()) types.push_back(name.type);
+  }
+  return types;
+}
+
+// A scanner that answers whatever it hears with random bytes.
+class Babbler : public simulator::Scanner {
+ public:
+  Babbler(std::uint32_t seed, std::size_t length, simulator::Milliseconds delay)
+      : state_(seed), length_(length), delay_(delay) {}
+
+ private:
+  void OnByte(std::uint8_t, simulator::Time now) override {
+    std::string bytes;
+    for (std::size_t i = 0; i < length_; ++i) {
+      state_ = state_ * 1664525U + 1013904223U;
+      bytes += static_cast<char>(state_ >> 24U);
+    }
+    Reply(bytes, now, delay_);
+  }
+
+  std::uint32_t state_;
+  std::size_t length_;
+  simulator::Milliseconds delay_;
+};
+
+struct Outcome {
+  bool started = false;
+  bool read = false;
+  bool closed = false;
+  bool hung = false;
+  SideArray side1;
+  SideArray side2;
+  int turns = 0;
+  std::size_t delivered = 0;
+  std::size_t messages = 0;
+  std::optional<Milliseconds> cancelledAt;
+  Milliseconds endedAt{};
+};
+
+// One session of start, one sheet, eject and end over a port with the given behaviour.
+class Session {
+ public:
+  explicit Session(teskReaderType type) : type_(type) {}
+
+  PortBehaviour behaviour;
+  std::shared_ptr<simulator::Scanner> scanner;  // empty: the model's own simulator
+  int cancelAtTurn = 0;                         // 0: never
+
+  Outcome Run() {
+    ++casesRun;
+    if (!scanner) {
+      scanner = simulator::CreateScanner(
+          type_, {.count = 1, .seed = 3, .geometry = simulator::Geometry{kRows, 48, true}});
+    }
+    Bench bench(type_, scanner);
+    SetUp(bench);
+    Outcome outcome;
+    Watch(bench, outcome);
+    if (const auto error = Attempt([&] { Drive(bench, outcome); })) outcome.hung = true;
+    outcome.closed = !bench.serial->open;
+    outcome.messages = bench.host.messages.size() + bench.host.errors.size();
+    outcome.endedAt = bench.time->Elapsed();
+    outcome.side1 = bench.reader->Side1Array();
+    outcome.side2 = bench.reader->Side2Array();
+    for (const auto& traffic : scanner->Transcript()) {
+      if (traffic.direction == simulator::Direction::ToHost) outcome.delivered += traffic.bytes.size();
+    }
+    return outcome;
+  }
+
+ private:
+  void SetUp(Bench& bench) const {
+    clsTeskReader& reader = *bench.reader;
+    bench.serial->behaviour = behaviour;
+    for (auto set : {&clsTeskReader::SetSide1Rows, &clsTeskReader::SetSide2Rows}) {
+      (reader.*set)(From1({kRows}));
+    }
+    reader.SetDuplexForm(reader.Duplex());
+    reader.SetSide1Array(kUntouched);
+    reader.SetSide2Array(kUntouched);
+  }
+
+  // The host gives up after half an hour, or at the turn that the case names. A driver that does not notice
+  // is stopped by force and has hung.
+  void Watch(Bench& bench, Outcome& outcome) const {
+    bench.time->onMessages = [this, &bench, &outcome](int turn) {
+      outcome.turns = turn;
+      if (turn == cancelAtTurn || bench.time->Elapsed() > 30min) {
+        bench.reader->SetCancelScan(true);
+        if (!outcome.cancelledAt) outcome.cancelledAt = bench.time->Elapsed();
+      }
+      if (bench.time->Elapsed() > 60min) throw std::runtime_error("hangs");
+    };
+  }
+
+  static void Drive(Bench& bench, Outcome& outcome) {
+    outcome.started = bench.reader->StartReader();
+    if (outcome.started) outcome.read = bench.reader->ReadPage();
+    bench.reader->EjectPage();
+    bench.reader->EndReader();
+  }
+
+  teskReaderType type_;
+};
+
+class Contract : public ::testing::TestWithParam<teskReaderType> {
+ protected:
+  void SetUp() override {
+    good = Session(GetParam()).Run();
+    ASSERT_TRUE(good.started && good.read) << "the model's own simulator was not read";
+  }
+
+  // What holds of every session, whatever the port did.
+  void Check(const Outcome& outcome, const std::string& what) const {
+    EXPECT_FALSE(outcome.hung) << what << ": hangs";
+    EXPECT_TRUE(outcome.closed) << what << ": the port was left open";
+    if (outcome.read) return;
+    EXPECT_EQ(outcome.side1, kUntouched) << what << ": a failed read changed side 1";
+    EXPECT_EQ(outcome.side2, kUntouched) << what << ": a failed read changed side 2";
+  }
+
+  // As Check; and what was read is right.
+  void CheckMarks(const Outcome& outcome, const std::string& what) const {
+    Check(outcome, what);
+    if (!outcome.read) return;
+    EXPECT_EQ(outcome.side1, good.side1) << what << ": wrong marks on side 1";
+    EXPECT_EQ(outcome.side2, good.side2) << what << ": wrong marks on side 2";
+  }
+
+  Outcome good;
+};
+
+TEST_P(Contract, SilentScannerEndsEveryWait) {
+  Session session(GetParam());
+  session.behaviour.silentAfter = 0;
+  const Outcome outcome = session.Run();
+  Check(outcome, "silence");
+  EXPECT_FALSE(outcome.read);
+}
+
+TEST_P(Contract, EveryCutOfAGoodSessionFailsOrReadsRight) {
+  for (std::size_t cut = 0; cut < good.delivered; ++cut) {
+    Session session(GetParam());
+    session.behaviour.silentAfter = cut;
+    CheckMarks(session.Run(), "cut after byte " + std::to_string(cut));
+    if (HasFailure()) return;
+  }
+}
+
+TEST_P(Contract, DeviceThatVanishesIsAnErrorAtOnce) {
+  for (std::size_t cut = 0; cut < good.delivered; ++cut) {
+    Session session(GetParam());
+    session.behaviour.goneAfter = cut;
+    CheckMarks(session.Run(), "gone after byte " + std::to_string(cut));
+    if (HasFailure()) return;
+  }
+}
+
+TEST_P(Contract, EverySplitOfAGoodSessionReadsTheSame) {
+  for (std::size_t split = 1; split < good.delivered; ++split) {
+    Session session(GetParam());
+    session.behaviour.pauseAfter = split;
+    const Outcome outcome = session.Run();
+    CheckMarks(outcome, "split after byte " + std::to_string(split));
+    EXPECT_TRUE(outcome.read) << "split after byte " << split;
+    if (HasFailure()) return;
+  }
+}
+
+TEST_P(Contract, BytesOneByOneReadTheSame) {
+  Session session(GetParam());
+  session.behaviour.chunk = 1;
+  const Outcome outcome = session.Run();
+  CheckMarks(outcome, "one by one");
+  EXPECT_TRUE(outcome.read);
+}
+
+TEST_P(Contract, CancelAtEveryPollLeavesTheRightMarksOrNone) {
+  for (int turn = 1; turn <= good.turns; ++turn) {
+    Session session(GetParam());
+    session.cancelAtTurn = turn;
+    CheckMarks(session.Run(), "cancelled at turn " + std::to_string(turn));
+    if (HasFailure()) return;
+  }
+}
+
+TEST_P(Contract, CancelEndsTheWaitForBytesThatNeverComeQuicklyAndQuietly) {
+  // The pauses that protocols prescribe after a sheet's end may still pass.
+  constexpr auto kQuickly = 3s;
+  for (std::size_t cut = 0; cut < good.delivered; cut += 1 + good.delivered / 60) {
+    Session dead(GetParam());
+    dead.behaviour.silentAfter = cut;
+    dead.cancelAtTurn = std::max(1, dead.Run().turns / 2);
+    dead.scanner = nullptr;
+    const Outcome outcome = dead.Run();
+    const std::string what = "silent after byte " + std::to_string(cut) + ", cancelled";
+    CheckMarks(outcome, what);
+    EXPECT_LT(outcome.endedAt - outcome.cancelledAt.value_or(0ms), kQuickly) << what;
+    EXPECT_EQ(outcome.messages, 0U) << what;
+    if (HasFailure()) return;
+  }
+}
+
+TEST_P(Contract, GarbageNeverHangsOrTouchesTheArraysOfAFailedRead) {
+  using simulator::Milliseconds;
+  const std::pair<std::size_t, Milliseconds> kKinds[] = {
+      {1, Milliseconds(0)}, {60, Milliseconds(0)}, {900, Milliseconds(0)}, {60, Milliseconds(12'000)}};
+  for (std::uint32_t seed = 1; seed <= 25; ++seed) {
+    for (const auto& [length, delay] : kKinds) {
+      Session session(GetParam());
+      session.scanner = std::make_shared<Babbler>(seed, length, delay);
+      Check(session.Run(), "garbage of " + std::to_string(length) + " bytes, seed " + std::to_string(seed));
+      if (HasFailure()) return;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllSerialReaders, Contract, ::testing::ValuesIn(SerialTypesWithADriver()),
+                         [](const auto& info) {
+                           std::string name;
+                           for (const ReaderTypeName& entry : ReaderTypeNames()) {
+                             if (entry.type == info.param) name = entry.enumerator.substr(14);
+                           }
+                           return name;
+                         });
+
+}  // namespace
+}  // namespace tesk::test

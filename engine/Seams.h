@@ -22,6 +22,8 @@ class HostLoop;
 class HostObject {
  public:
   virtual ~HostObject() = default;
+  // The system's handle of a window that can own a dialog; 0 where the object is none.
+  virtual std::intptr_t WindowHandle() const { return 0; }
 };
 
 using BarcodeArray = std::vector<std::string>;  // one text per barcode, hosts index it from 1
@@ -82,13 +84,21 @@ class SetupDialog {
 class SettingsStore {
  public:
   virtual ~SettingsStore() = default;
-  // Creates the key where it is missing. An empty `text` is stored, and handed back, as one blank.
+  // Creates the key where it is missing. True when the text was stored; a fault that a person can mend is
+  // thrown as a run-time error that says how.
   virtual bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
-                         std::string& text) = 0;
-  // The stored text; empty optional where the key or the value is missing or of a type that holds no text.
+                         const std::string& text) = 0;
+  // The stored text up to its first zero character; nothing where the key or the value is missing, is longer
+  // than 1024 bytes, or is of a type that holds no text.
   virtual std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
                                                const std::string& name) = 0;
+  // Forgets the values of these names and, where nothing else is in it, the key; false where it had none.
+  virtual bool DeleteValues(teskReaderRegistryKey root, const std::string& key,
+                            const std::vector<std::string>& names) = 0;
 };
+
+// The names of all stored settings, in the order in which they are saved.
+std::vector<std::string> SettingNames();
 
 // Everything an engine is given. comm, loop and dispatch are never empty; where another is, the operations
 // that need it report that this system does not offer them.

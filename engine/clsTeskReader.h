@@ -46,6 +46,8 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   // Copies a model's proposals from its profile; Port, Windowing, Continuous, DuplexForm and RecognitionMode
   // stay as they are.
   bool LoadDefaults(teskReaderType type);
+  // Settings as text values under a key of the settings store. A value that does not convert is reported and
+  // ends the loading; what was assigned before it stays.
   bool LoadSettings(teskReaderRegistryKey root, const std::string& subKey);
   bool SaveSettings(teskReaderRegistryKey root, const std::string& subKey);
   // Installs the process-wide error and localisation object; True when it is not empty.
@@ -184,6 +186,13 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   void SetSide2Array(SideArray v) { side2Array_ = std::move(v); }
   const BarcodeArray& BarcodeTexts() const { return barcodeTexts_; }
   void SetBarcodeTexts(BarcodeArray v) { barcodeTexts_ = std::move(v); }
+
+  // One value of the settings store. An empty text is stored, and handed back, as one blank.
+  bool SaveValue(teskReaderRegistryKey root, const std::string& subKey, const std::string& name,
+                 std::string& text);
+  // `missing` where the store has no such text; nothing where the store failed, which has been reported.
+  std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& subKey,
+                                       const std::string& name, const std::string& missing);
 
   HostLoop& Loop() const { return *seams_.loop; }
   void TranslateDataEvent(std::shared_ptr<HostObject>& oData, SideArray& side1, SideArray& side2,

@@ -1,8 +1,9 @@
 // The engine's settings: defaults from the catalogue, and the values saved and loaded under a key of the
 // settings store. Every value is stored as text.
+#include <algorithm>
 #include <optional>
 #include <string>
-#include <utility>
+#include <string_view>
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
@@ -86,7 +87,7 @@ constexpr Setting kSettings[] = {
 };
 
 // Loading assigns the type first, since it re-types the imprinter that "Printer" then sets.
-constexpr const char* kLoadedFirst = "ScannerType";
+bool IsLoadedFirst(const Setting& setting) { return setting.name == std::string_view("ScannerType"); }
 
 SettingsStore& Store(const EngineSeams& seams) {
   if (!seams.settings) throw RunTimeError(kErrorNotSupported, "There is no settings store on this system");
@@ -94,6 +95,12 @@ SettingsStore& Store(const EngineSeams& seams) {
 }
 
 }  // namespace
+
+std::vector<std::string> SettingNames() {
+  std::vector<std::string> names;
+  for (const Setting& setting : kSettings) names.emplace_back(setting.name);
+  return names;
+}
 
 bool clsTeskReader::LoadDefaults(teskReaderType type) {
   return Guarded("clsTeskReader.LoadDefaults", [&] {
@@ -126,40 +133,40 @@ bool clsTeskReader::LoadDefaults(teskReaderType type) {
   });
 }
 
+bool clsTeskReader::SaveValue(teskReaderRegistryKey root, const std::string& subKey, const std::string& name,
+                              std::string& text) {
+  return Guarded("clsTeskReader.SaveValue", [&] {
+    // Kept, in the caller's text too: stores have been seen that cannot tell an empty value from none.
+    if (text.empty()) text.assign(1, ' ');
+    return Store(seams_).SaveValue(root, subKey, name, text);
+  });
+}
+
+std::optional<std::string> clsTeskReader::LoadValue(teskReaderRegistryKey root, const std::string& subKey,
+                                                    const std::string& name, const std::string& missing) {
+  return Guarded("clsTeskReader.LoadValue", [&] {
+    return std::optional(Store(seams_).LoadValue(root, subKey, name).value_or(missing));
+  });
+}
+
 bool clsTeskReader::SaveSettings(teskReaderRegistryKey root, const std::string& subKey) {
-  const auto saveValue = [&](const Setting& setting) {
-    std::string text = setting.text(*this);
-    return Guarded("clsTeskReader.SaveValue",
-                   [&] { return Store(seams_).SaveValue(root, subKey, setting.name, text); });
-  };
   return Guarded("clsTeskReader.SaveSettings", [&] {
-    for (const Setting& setting : kSettings) {
-      if (!saveValue(setting)) return false;
-    }
-    return true;
+    return std::ranges::all_of(kSettings, [&](const Setting& setting) {
+      std::string text = setting.text(*this);
+      return SaveValue(root, subKey, setting.name, text);
+    });
   });
 }
 
 bool clsTeskReader::LoadSettings(teskReaderRegistryKey root, const std::string& subKey) {
-  // False: the value could not be read, which has been reported.
-  const auto loadValue = [&](const Setting& setting) {
-    std::string text = setting.missing;
-    const bool read = Guarded("clsTeskReader.LoadValue", [&] {
-      if (auto stored = Store(seams_).LoadValue(root, subKey, setting.name)) text = std::move(*stored);
-      return true;
-    });
-    if (read) setting.assign(*this, text);
-    return read;
+  const auto load = [&](const Setting& setting) {
+    const auto text = LoadValue(root, subKey, setting.name, setting.missing);
+    if (text) setting.assign(*this, *text);
+    return text.has_value();
   };
   return Guarded("clsTeskReader.LoadSettings", [&] {
-    const auto first = [](const Setting& setting) { return std::string(setting.name) == kLoadedFirst; };
-    for (const Setting& setting : kSettings) {
-      if (first(setting) && !loadValue(setting)) return false;
-    }
-    for (const Setting& setting : kSettings) {
-      if (!first(setting) && !loadValue(setting)) return false;
-    }
-    return true;
+    return std::ranges::all_of(kSettings, [&](const Setting& s) { return !IsLoadedFirst(s) || load(s); }) &&
+           std::ranges::all_of(kSettings, [&](const Setting& s) { return IsLoadedFirst(s) || load(s); });
   });
 }
 

@@ -1,0 +1,34 @@
+// The settings store as one file. Knows POSIX and the rules of stores.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/SettingsStores.h"
+#include "platform/SettingsText.h"
+
+namespace tesk::platform {
+
+// Every change is made under a lock, to a new file that then takes the old one's place: a crash or a full
+// disk loses nothing, nor do two programs that write at once. A damaged file is refused and never written.
+class SettingsFile : public SettingsStore {
+ public:
+  explicit SettingsFile(std::string path);
+
+  bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
+                 const std::string& text) override;
+  std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
+                                       const std::string& name) override;
+  bool DeleteValues(teskReaderRegistryKey root, const std::string& key,
+                    const std::vector<std::string>& names) override;
+
+ private:
+  SettingsText Read() const;
+  // `change` says whether there is anything to write.
+  bool Change(const std::function<bool(SettingsText&)>& change);
+  void Replace(const std::string& text) const;
+
+  std::string path_;
+};
+
+}  // namespace tesk::platform

@@ -1,0 +1,137 @@
+// The registry as settings store. Values are texts in the system's ANSI code page, as hosts of old wrote
+// them. Knows the registry and the rules of stores.
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "base/RunTimeError.h"
+#include "base/conversions.h"
+#include "platform/SettingsStores.h"
+
+namespace tesk::platform {
+namespace {
+
+constexpr std::int32_t kErrorFileAccess = 75;
+
+std::string Convert(std::string_view text, UINT from, UINT to) {
+  if (text.empty()) return {};
+  const int length = static_cast<int>(text.size());
+  std::wstring wide(static_cast<std::size_t>(MultiByteToWideChar(from, 0, text.data(), length, nullptr, 0)),
+                    L'\0');
+  MultiByteToWideChar(from, 0, text.data(), length, wide.data(), static_cast<int>(wide.size()));
+  const int wideLength = static_cast<int>(wide.size());
+  std::string converted(static_cast<std::size_t>(WideCharToMultiByte(to, 0, wide.data(), wideLength, nullptr,
+                                                                     0, nullptr, nullptr)),
+                        '\0');
+  WideCharToMultiByte(to, 0, wide.data(), wideLength, converted.data(), static_cast<int>(converted.size()),
+                      nullptr, nullptr);
+  return converted;
+}
+
+std::string Ansi(std::string_view utf8) { return Convert(utf8, CP_UTF8, CP_ACP); }
+
+std::string Utf8(std::string_view ansi) { return Convert(ansi, CP_ACP, CP_UTF8); }
+
+// The roots have the values of the predefined handles.
+HKEY Root(teskReaderRegistryKey root) {
+  static_cast<void>(RootName(root));
+  return reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(static_cast<LONG>(root)));
+}
+
+class Key {
+ public:
+  Key() = default;
+  Key(const Key&) = delete;
+  Key& operator=(const Key&) = delete;
+  ~Key() {
+    if (handle_ != nullptr) RegCloseKey(handle_);
+  }
+  HKEY* Place() { return &handle_; }
+  HKEY Get() const { return handle_; }
+
+ private:
+  HKEY handle_ = nullptr;
+};
+
+RunTimeError Refused(const std::string& key, LONG error) {
+  return {kErrorFileAccess,
+          "The registry key \"" + key + "\" cannot be written (error " +
+              NumberText(static_cast<std::int32_t>(error)) + ").",
+          {},
+          "Use a key below CurrentUser, or run with the rights to write there."};
+}
+
+class RegistryStore : public SettingsStore {
+ public:
+  bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
+                 const std::string& text) override {
+    const std::string path = CanonicalKey(key);
+    std::string keyClass = "1";
+    Key opened;
+    LONG error = RegCreateKeyExA(Root(root), Ansi(path).c_str(), 0, keyClass.data(), 0, KEY_WRITE, nullptr,
+                                 opened.Place(), nullptr);
+    if (error != ERROR_SUCCESS) throw Refused(path, error);
+    const std::string bytes = Ansi(text);
+    // Kept: the length counts no terminating zero.
+    error = RegSetValueExA(opened.Get(), Ansi(name).c_str(), 0, REG_SZ,
+                           reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
+    if (error != ERROR_SUCCESS) throw Refused(path, error);
+    return true;
+  }
+
+  std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
+                                       const std::string& name) override {
+    Key opened;
+    if (RegOpenKeyExA(Root(root), Ansi(CanonicalKey(key)).c_str(), 0, KEY_READ, opened.Place()) !=
+        ERROR_SUCCESS) {
+      return std::nullopt;
+    }
+    std::array<BYTE, kLongestValue> buffer{};
+    DWORD type = 0;
+    auto length = static_cast<DWORD>(buffer.size());
+    if (RegQueryValueExA(opened.Get(), Ansi(name).c_str(), nullptr, &type, buffer.data(), &length) !=
+        ERROR_SUCCESS) {
+      return std::nullopt;
+    }
+    const auto* bytes = reinterpret_cast<const char*>(buffer.data());
+    const auto text = StoredText(type, std::string_view(bytes, std::min<std::size_t>(length, buffer.size())));
+    if (!text) return std::nullopt;
+    return Utf8(*text);
+  }
+
+  bool DeleteValues(teskReaderRegistryKey root, const std::string& key,
+                    const std::vector<std::string>& names) override {
+    const std::string path = CanonicalKey(key);
+    bool removed = false;
+    {
+      Key opened;
+      if (RegOpenKeyExA(Root(root), Ansi(path).c_str(), 0, KEY_READ | KEY_WRITE, opened.Place()) !=
+          ERROR_SUCCESS) {
+        return false;
+      }
+      for (const std::string& name : names) {
+        removed = RegDeleteValueA(opened.Get(), Ansi(name).c_str()) == ERROR_SUCCESS || removed;
+      }
+      if (!IsEmpty(opened.Get())) return removed;
+    }
+    if (!path.empty()) RegDeleteKeyA(Root(root), Ansi(path).c_str());
+    return removed;
+  }
+
+ private:
+  static bool IsEmpty(HKEY key) {
+    DWORD subKeys = 0;
+    DWORD values = 0;
+    const LONG error = RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr, &values,
+                                        nullptr, nullptr, nullptr, nullptr);
+    return error == ERROR_SUCCESS && subKeys == 0 && values == 0;
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<SettingsStore> CreateSettingsStore() { return std::make_shared<RegistryStore>(); }
+
+}  // namespace tesk::platform

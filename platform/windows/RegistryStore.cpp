@@ -1,7 +1,5 @@
 // The registry as settings store. Values are texts in the system's ANSI code page, as hosts of old wrote
 // them. Knows the registry and the rules of stores.
-#include <windows.h>
-
 #include <algorithm>
 #include <array>
 #include <string>
@@ -9,6 +7,7 @@
 #include "base/RunTimeError.h"
 #include "base/conversions.h"
 #include "platform/SettingsStores.h"
+#include "platform/windows/WindowsApi.h"
 
 namespace tesk::platform {
 namespace {

@@ -1,0 +1,77 @@
+// What the operating system gives to the programs: serial lines, time, the operator's console, files,
+// pseudo-terminals. Each system implements these in a folder of its own; no system header is needed here.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/HostServices.h"
+#include "transport/HostLoop.h"
+#include "transport/SerialLine.h"
+
+namespace tesk::platform {
+
+// Error numbers of the automation run-time for files.
+inline constexpr std::int32_t kErrorFileExists = 58;
+inline constexpr std::int32_t kErrorDiskFull = 61;
+inline constexpr std::int32_t kErrorFileAccess = 75;
+
+// The serial lines of this machine. Port 1 is `explicitPort` where one is given (a device path, or a name
+// such as "COM23" on Windows); TESKREADER_PORT_<N> in the environment names any other port.
+std::shared_ptr<SerialSystem> CreateSerialSystem(std::string explicitPort = {});
+
+// runMessages: lets the host's own work run, true when there was some; may be empty. It may throw.
+std::shared_ptr<HostLoop> CreateHostLoop(std::function<bool()> runMessages = {});
+
+std::shared_ptr<const Clock> CreateClock();
+
+// The standard error stream as a message box.
+std::shared_ptr<MessageBox> CreateConsoleBox();
+// What it prints: "TITLE: TEXT" and a line end; the text's further lines, parted by "|", indented by two.
+std::string ConsoleText(const std::string& title, const std::string& text);
+
+bool StandardErrorIsTerminal();
+bool StandardOutputIsTerminal();
+
+// From now on an interrupt (Ctrl-C, or the request to end) is noted and ends the wait that it meets, instead
+// of ending the program; a reader of our output that goes away is a failed write.
+void InstallInterruptHandler();
+bool Interrupted();
+
+// A file of whole records: however the program ends, the file ends with one.
+class OutputFile {
+ public:
+  virtual ~OutputFile() = default;
+  // One write. Throws error 61 (disk full) or 75; what was written of the record is taken back then.
+  virtual void Append(std::string_view record) = 0;
+  // Brings everything to the disk; errors as above. The destructor does so too, but keeps errors to itself.
+  virtual void Close() = 0;
+};
+
+// Creates the file or empties the one that is there. Throws error 75 with the system's reason.
+std::unique_ptr<OutputFile> CreateOutputFile(const std::string& path);
+
+// The scanner's end of a line whose other end is a terminal device that a host opens. Hosts may come and go.
+class PseudoTerminal {
+ public:
+  virtual ~PseudoTerminal() = default;
+  virtual std::string DevicePath() const = 0;
+  // What the host sent, at most 64 KiB; never blocks. Throws error 8020.
+  virtual std::string Read() = 0;
+  // The number of bytes taken, fewer than given where no host reads; never blocks. Throws error 8021.
+  virtual std::size_t Write(std::string_view bytes) = 0;
+  // Returns when bytes from the host wait, on an interrupt, after `atMost`, or, with `forRoom`, when some
+  // bytes can be written.
+  virtual void Wait(Milliseconds atMost, bool forRoom = false) = 0;
+};
+
+// link: where not empty, a symbolic link to the device that lives as long as the object. It replaces a
+// symbolic link only; error 58 where another kind of file stands there, 75 where it cannot be made. Error
+// 445 on a system without pseudo-terminals.
+std::unique_ptr<PseudoTerminal> CreatePseudoTerminal(const std::string& link = {});
+
+}  // namespace tesk::platform

@@ -1,0 +1,223 @@
+// Serial ports as the communications devices of Windows: opened for us alone, never blocking, left as found.
+#include "platform/windows/SerialLine.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/conversions.h"
+#include "platform/Platform.h"
+#include "platform/windows/Handle.h"
+#include "platform/windows/LineMode.h"
+#include "platform/windows/OpenError.h"
+#include "platform/windows/Overlapped.h"
+#include "platform/windows/Text.h"
+
+namespace tesk::platform {
+namespace {
+
+using Steady = std::chrono::steady_clock;
+
+constexpr DWORD kReadLimit = 64 * 1024;    // bytes
+constexpr std::size_t kWriteChunk = 1024;  // bytes that one operation sends
+constexpr std::int64_t kBitsPerByte = 12;  // start, 8 data, parity and 2 stop bits
+constexpr DWORD kReadPatience = 1000;      // milliseconds; a read takes only what is there already
+constexpr Milliseconds kDrainPatience(1000);
+constexpr Milliseconds kDrainLimit(10000);
+
+RunTimeError Gone(std::int32_t number, const std::string& device, DWORD error) {
+  return {number,
+          "The port " + device + " is gone.",
+          {},
+          "The system says: " + SystemReason(error) +
+              ".|Check the scanner's power, its cable and the adaptor, then start the reader again."};
+}
+
+RunTimeError NotTaken(const std::string& device) {
+  return {kErrorLineWrite,
+          "The scanner on " + device + " does not take what is sent to it.",
+          {},
+          "Check that the handshaking of reader and scanner agree, and that the cable has the handshaking "
+          "lines.|Check that the scanner is switched on and not paused."};
+}
+
+// Only in the device namespace are port numbers above 9 names of ports.
+std::wstring DeviceName(const std::string& device) {
+  return Utf8ToWide(device.starts_with("\\\\") ? device : "\\\\.\\" + device);
+}
+
+Handle OpenDevice(const std::string& device) {
+  Handle opened(::CreateFileW(DeviceName(device).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                              OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
+  if (opened.Open()) return opened;
+  const DWORD error = ::GetLastError();
+  const bool held = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION || error == ERROR_BUSY;
+  throw held ? InUse(device) : CannotOpen(device, SystemReason(error));
+}
+
+class WindowsSerialLine : public SerialLine {
+ public:
+  WindowsSerialLine(const std::string& device, Milliseconds patience)
+      : device_(device),
+        patience_(patience),
+        port_(OpenDevice(device)),
+        mode_(port_.Get(), device),
+        reading_(port_.Get()),
+        writing_(port_.Get()),
+        arrival_(port_.Get()) {}
+  ~WindowsSerialLine() override;
+
+  // What came while nobody listened belongs to no conversation.
+  void Start(const LineSettings& settings) {
+    mode_.Set(settings);
+    bitRate_ = settings.bitRate;
+    ::PurgeComm(port_.Get(), PURGE_RXCLEAR);
+    ::SetCommMask(port_.Get(), EV_RXCHAR);
+    WatchArrival();
+  }
+
+  std::string Read() override;
+  void Write(std::string_view bytes) override;
+  ArrivalHandle Arrival() const override;
+
+ private:
+  COMSTAT Status(std::int32_t errorNumber);
+  void WatchArrival();
+  std::size_t WriteSome(std::string_view bytes);
+  DWORD ChunkPatience(std::size_t size) const;
+  void Drain();
+
+  std::string device_;
+  Milliseconds patience_;
+  std::int32_t bitRate_ = 9600;
+  bool watchable_ = true;
+  // In the order of opening: operations end first, then the settings are put back, then the port closes.
+  Handle port_;
+  LineMode mode_;
+  Overlapped reading_;
+  Overlapped writing_;
+  Overlapped arrival_;
+};
+
+WindowsSerialLine::~WindowsSerialLine() {
+  ::SetCommMask(port_.Get(), 0);
+  Drain();
+}
+
+COMSTAT WindowsSerialLine::Status(std::int32_t errorNumber) {
+  DWORD errors = 0;
+  COMSTAT status{};
+  if (!::ClearCommError(port_.Get(), &errors, &status)) throw Gone(errorNumber, device_, ::GetLastError());
+  return status;
+}
+
+// The driver remembers what came between two watches, so a watch that begins before the queue is read
+// misses nothing; at worst it wakes once for bytes that were taken already. A watch that fails is the last
+// one: the next would end at once too, and waits would spin.
+void WindowsSerialLine::WatchArrival() {
+  const auto ended = arrival_.Wait(0);
+  if (!ended || !watchable_) return;
+  watchable_ = ended->error == ERROR_SUCCESS;
+  if (!watchable_) return;
+  auto& state = arrival_.Shared();
+  ::ResetEvent(arrival_.Event());
+  arrival_.Begin(::WaitCommEvent(port_.Get(), &state.mask, &state.overlapped));
+}
+
+// A driver without such events is polled.
+ArrivalHandle WindowsSerialLine::Arrival() const {
+  return arrival_.Pending() ? reinterpret_cast<ArrivalHandle>(arrival_.Event()) : kNoArrivalHandle;
+}
+
+std::string WindowsSerialLine::Read() {
+  WatchArrival();
+  const DWORD waiting = std::min<DWORD>(Status(kErrorLineRead).cbInQue, kReadLimit);
+  if (waiting == 0) return {};
+  auto& buffer = reading_.Shared().buffer;
+  buffer.resize(waiting);
+  reading_.Begin(::ReadFile(port_.Get(), buffer.data(), waiting, nullptr, &reading_.Shared().overlapped));
+  auto outcome = reading_.Wait(kReadPatience);
+  if (!outcome) outcome = reading_.Cancel();
+  if (outcome->error != ERROR_SUCCESS) throw Gone(kErrorLineRead, device_, outcome->error);
+  return reading_.Shared().buffer.substr(0, outcome->bytes);
+}
+
+void WindowsSerialLine::Write(std::string_view bytes) {
+  while (!bytes.empty()) bytes.remove_prefix(WriteSome(bytes.substr(0, kWriteChunk)));
+}
+
+// At least one byte, or an error.
+std::size_t WindowsSerialLine::WriteSome(std::string_view bytes) {
+  auto& state = writing_.Shared();
+  state.buffer = bytes;
+  writing_.Begin(::WriteFile(port_.Get(), state.buffer.data(), static_cast<DWORD>(state.buffer.size()),
+                             nullptr, &state.overlapped));
+  auto outcome = writing_.Wait(ChunkPatience(bytes.size()));
+  if (!outcome) outcome = writing_.Cancel();
+  if (outcome->bytes > 0) return outcome->bytes;
+  if (outcome->error == ERROR_SUCCESS || outcome->error == ERROR_OPERATION_ABORTED ||
+      outcome->error == ERROR_TIMEOUT) {
+    Status(kErrorLineWrite);
+    throw NotTaken(device_);
+  }
+  throw Gone(kErrorLineWrite, device_, outcome->error);
+}
+
+// Patience begins where the line's own time for the bytes ends.
+DWORD WindowsSerialLine::ChunkPatience(std::size_t size) const {
+  const std::int64_t line = static_cast<std::int64_t>(size) * kBitsPerByte * 1000 / bitRate_;
+  return static_cast<DWORD>(line + patience_.count());
+}
+
+// The last command must still reach the scanner; what a held line does not take is thrown away, since
+// closing would wait for it.
+void WindowsSerialLine::Drain() {
+  const auto start = Steady::now();
+  auto progress = start;
+  DWORD before = MAXDWORD;
+  DWORD errors = 0;
+  COMSTAT status{};
+  while (::ClearCommError(port_.Get(), &errors, &status) && status.cbOutQue > 0) {
+    if (status.cbOutQue < before) progress = Steady::now();
+    before = status.cbOutQue;
+    if (Steady::now() - progress > kDrainPatience || Steady::now() - start > kDrainLimit) {
+      ::PurgeComm(port_.Get(), PURGE_TXABORT | PURGE_TXCLEAR);
+      return;
+    }
+    ::Sleep(5);
+  }
+}
+
+// "com23:" is how some write COM23.
+std::string PortName(std::string name) {
+  if (name.ends_with(':')) name.pop_back();
+  return name;
+}
+
+}  // namespace
+
+DevicePaths DefaultDevicePaths(std::string explicitPort) {
+  return [explicitPort = std::move(explicitPort)](std::int16_t port) {
+    if (port == 1 && !explicitPort.empty()) return PortName(explicitPort);
+    const std::string number = NumberText(std::int32_t{port});
+    const std::string named = Environment("TESKREADER_PORT_" + number);
+    return named.empty() ? "COM" + number : PortName(named);
+  };
+}
+
+WindowsSerialSystem::WindowsSerialSystem(DevicePaths paths, Milliseconds patience)
+    : paths_(std::move(paths)), patience_(patience) {}
+
+std::unique_ptr<SerialLine> WindowsSerialSystem::Open(std::int16_t port, const LineSettings& settings) {
+  if (port < 1 || port > 16) {
+    throw RunTimeError(kErrorPort, "Invalid port number", {}, "Ports are numbered 1 to 16.");
+  }
+  auto line = std::make_unique<WindowsSerialLine>(paths_(port), patience_);
+  line->Start(settings);
+  return line;
+}
+
+std::shared_ptr<SerialSystem> CreateSerialSystem(std::string explicitPort) {
+  return std::make_shared<WindowsSerialSystem>(DefaultDevicePaths(std::move(explicitPort)));
+}
+
+}  // namespace tesk::platform

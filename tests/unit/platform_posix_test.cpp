@@ -1,0 +1,484 @@
+// The Linux side of the platform over real pseudo-terminals.
+#include <asm/termbits.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <initializer_list>
+#include <optional>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/Platform.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/HostLoop.h"
+#include "platform/posix/SerialLine.h"
+
+namespace tesk::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::steady_clock;
+using ::testing::HasSubstr;
+
+std::optional<RunTimeError> ErrorOf(const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const RunTimeError& error) {
+    return error;
+  }
+  return std::nullopt;
+}
+
+std::int32_t NumberOf(const std::function<void()>& body) {
+  const auto error = ErrorOf(body);
+  return error ? error->Number() : -1;
+}
+
+std::unique_ptr<SerialLine> OpenPath(const std::string& path, const LineSettings& settings = {},
+                                     Milliseconds patience = Milliseconds(50)) {
+  return PosixSerialSystem([path](std::int16_t) { return path; }, patience).Open(1, settings);
+}
+
+LineSettings Settings(std::int32_t bitRate, char parity, std::int32_t dataBits, float stopBits,
+                      teskReaderFlowControl handshaking = teskReaderFlowControlNone) {
+  return {bitRate, parity, dataBits, stopBits, handshaking};
+}
+
+termios2 ModesOf(const std::string& device) {
+  const Descriptor terminal(::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+  termios2 modes{};
+  EXPECT_EQ(::ioctl(terminal.Get(), TCGETS2, &modes), 0);
+  return modes;
+}
+
+std::string ReadWithin(SerialLine& line, std::size_t size) {
+  std::string bytes;
+  PosixHostLoop loop;
+  for (int turn = 0; turn < 200 && bytes.size() < size; ++turn) {
+    loop.Pause(line.Arrival(), Milliseconds(10));
+    bytes += line.Read();
+  }
+  return bytes;
+}
+
+std::string SentWithin(PseudoTerminal& terminal, std::size_t size) {
+  std::string bytes;
+  for (int turn = 0; turn < 200 && bytes.size() < size; ++turn) {
+    terminal.Wait(Milliseconds(10));
+    bytes += terminal.Read();
+  }
+  return bytes;
+}
+
+class Folder {
+ public:
+  Folder() {
+    std::string name = (fs::temp_directory_path() / "teskXXXXXX").string();
+    path_ = ::mkdtemp(name.data());
+  }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  ~Folder() { fs::remove_all(path_); }
+  std::string File(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  fs::path path_;
+};
+
+std::string Content(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
+
+Milliseconds ProcessorTime() {
+  timespec time{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return std::chrono::duration_cast<Milliseconds>(std::chrono::seconds(time.tv_sec) +
+                                                  std::chrono::nanoseconds(time.tv_nsec));
+}
+
+TEST(PosixSerialLine, EveryBitRateReachesTheDevice) {
+  const auto terminal = CreatePseudoTerminal();
+  for (std::int32_t rate :
+       {110, 300, 600, 1200, 2400, 9600, 14400, 19200, 28800, 38400, 56000, 128000, 256000}) {
+    const auto line = OpenPath(terminal->DevicePath(), Settings(rate, 'N', 8, 1));
+    EXPECT_EQ(ModesOf(terminal->DevicePath()).c_ospeed, static_cast<speed_t>(rate));
+    EXPECT_EQ(ModesOf(terminal->DevicePath()).c_ispeed, static_cast<speed_t>(rate));
+  }
+}
+
+TEST(PosixSerialLine, ParityStopBitsAndHandshakingReachTheDevice) {
+  struct Case {
+    LineSettings settings;
+    tcflag_t control;  // of PARODD, CMSPAR, CSTOPB, CRTSCTS; a pseudo-terminal drops PARENB and CSIZE
+    tcflag_t input;    // of IXON, IXOFF
+  };
+  const Case cases[] = {
+      {Settings(9600, 'N', 8, 1), 0, 0},
+      {Settings(1200, 'E', 7, 1), 0, 0},
+      {Settings(1200, 'O', 7, 2), PARODD | CSTOPB, 0},
+      {Settings(1200, 'M', 6, 1), PARODD | CMSPAR, 0},
+      {Settings(1200, 'S', 5, 1.5F), CMSPAR | CSTOPB, 0},
+      {Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff), 0, IXON | IXOFF},
+      {Settings(9600, 'N', 8, 1, teskReaderFlowControlHardware), CRTSCTS, 0},
+      {Settings(9600, 'N', 8, 1, teskReaderFlowControlBoth), CRTSCTS, IXON | IXOFF},
+  };
+  const auto terminal = CreatePseudoTerminal();
+  for (const auto& [settings, control, input] : cases) {
+    const auto line = OpenPath(terminal->DevicePath(), settings);
+    const termios2 modes = ModesOf(terminal->DevicePath());
+    EXPECT_EQ(modes.c_cflag & (PARODD | CMSPAR | CSTOPB | CRTSCTS), control) << settings.parity;
+    EXPECT_EQ(modes.c_iflag & (IXON | IXOFF), input) << settings.handshaking;
+    EXPECT_EQ(modes.c_lflag & (ICANON | ECHO | ISIG), 0U);
+  }
+}
+
+TEST(PosixSerialLine, RefusesSettingsThatNoLineCanDoAndNamesThem) {
+  struct Case {
+    LineSettings settings;
+    const char* named;
+  };
+  const Case cases[] = {
+      {Settings(9600, 'N', 4, 1), "4 data bits"},
+      {Settings(9600, 'N', 8, 1.5F), "1.5 stop bits with 8 data bits"},
+      {Settings(9600, 'N', 5, 2), "2 stop bits with 5 data bits"},
+      {Settings(9600, 'X', 8, 1), "parity \"X\""},
+      {Settings(0, 'N', 8, 1), "0 bits per second"},
+      {Settings(9600, 'N', 8, 1, static_cast<teskReaderFlowControl>(4)), "handshaking 4"},
+  };
+  const auto terminal = CreatePseudoTerminal();
+  const termios2 before = ModesOf(terminal->DevicePath());
+  for (const auto& [settings, named] : cases) {
+    const auto error = ErrorOf([&] { OpenPath(terminal->DevicePath(), settings); });
+    ASSERT_TRUE(error) << named;
+    EXPECT_EQ(error->Number(), kErrorLineSettings);
+    EXPECT_THAT(error->Description(), HasSubstr(named));
+  }
+  EXPECT_EQ(ModesOf(terminal->DevicePath()).c_ospeed, before.c_ospeed);
+  EXPECT_NO_THROW(OpenPath(terminal->DevicePath())) << "a refusal must not leave the device held";
+}
+
+TEST(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
+  const auto terminal = CreatePseudoTerminal();
+  const std::string device = terminal->DevicePath();
+  const Descriptor other(::open(device.c_str(), O_RDWR | O_NOCTTY));
+  termios2 old{};
+  ::ioctl(other.Get(), TCGETS2, &old);
+  old.c_cflag = (old.c_cflag & ~static_cast<tcflag_t>(CBAUD)) | BOTHER;
+  old.c_ispeed = old.c_ospeed = 4800;
+  old.c_lflag |= ICANON;
+  old.c_iflag |= INLCR;
+  ::ioctl(other.Get(), TCSETS2, &old);
+  auto line = OpenPath(device, Settings(19200, 'E', 7, 1));
+  EXPECT_EQ(NumberOf([&] { OpenPath(device); }), kErrorPortInUse);
+  EXPECT_EQ(ModesOf(device).c_ospeed, 19200U) << "a refused opener must not touch the line";
+  line.reset();
+  EXPECT_EQ(ModesOf(device).c_ospeed, 4800U);
+  EXPECT_EQ(ModesOf(device).c_lflag, old.c_lflag);
+  EXPECT_EQ(ModesOf(device).c_iflag, old.c_iflag);
+  EXPECT_NO_THROW(OpenPath(device));
+}
+
+TEST(PosixSerialLine, ADeviceThatCannotBeOpenedIsExplained) {
+  const Folder folder;
+  std::ofstream(folder.File("plain")) << "text";
+  ::mkfifo(folder.File("fifo").c_str(), 0600);
+  struct Case {
+    std::string path;
+    const char* reason;
+    const char* owner;
+  };
+  const Case cases[] = {
+      {folder.File("missing"), "No such file or directory", "missing: No such file"},
+      {folder.File("plain"), "not a serial port", "mode -rw"},
+      {folder.File("fifo"), "not a serial port", "mode ?rw-------"},
+      {folder.File(""), "not a serial port", "mode drwx------"},
+      {"/dev/null", "not a serial port (Inappropriate ioctl", "user root, group root, mode crw-rw-rw-"},
+  };
+  for (const auto& [path, reason, owner] : cases) {
+    const auto error = ErrorOf([&p = path] { OpenPath(p); });
+    ASSERT_TRUE(error) << path;
+    EXPECT_EQ(error->Number(), kErrorPort);
+    EXPECT_THAT(error->Description(), AllOf(HasSubstr(path), HasSubstr(reason)));
+    EXPECT_THAT(error->Detail(), AllOf(HasSubstr("runs as user "), HasSubstr(owner), HasSubstr("dialout"),
+                                       HasSubstr("|- Does another program"), HasSubstr("cable"),
+                                       HasSubstr("TESKREADER_PORT_<N>")));
+  }
+  EXPECT_EQ(Content(folder.File("plain")), "text");
+}
+
+// Root may open everything, so the refusal is seen from a process that gave its rights away.
+TEST(PosixSerialLine, ADeviceWithoutPermissionSaysWhoseItIs) {
+  const auto terminal = CreatePseudoTerminal();
+  const std::string device = terminal->DevicePath();
+  ASSERT_EQ(::chmod(device.c_str(), 0), 0);
+  const auto attempt = [&] {
+    if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
+    const auto error = ErrorOf([&] { OpenPath(device); });
+    ::_exit(error && error->Number() == kErrorPort &&
+                    error->Description().find("Permission denied") != std::string::npos &&
+                    error->Detail().find("mode c---------") != std::string::npos
+                ? 0
+                : 1);
+  };
+  EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(PosixSerialLine, PortNumbersBecomeDevices) {
+  ::setenv("TESKREADER_PORT_3", "/dev/serial/by-id/adaptor", 1);
+  ::setenv("TESKREADER_PORT_4", "", 1);
+  const auto paths = DefaultDevicePaths("/dev/pts/77");
+  EXPECT_EQ(paths(1), "/dev/pts/77");
+  EXPECT_EQ(paths(3), "/dev/serial/by-id/adaptor");
+  EXPECT_EQ(paths(4), "/dev/ttyS3");
+  EXPECT_EQ(paths(8), "/dev/ttyS7");
+  EXPECT_EQ(paths(9), "/dev/ttyUSB0");
+  EXPECT_EQ(paths(16), "/dev/ttyUSB7");
+  EXPECT_EQ(DefaultDevicePaths("")(1), "/dev/ttyS0");
+  ::unsetenv("TESKREADER_PORT_3");
+  ::unsetenv("TESKREADER_PORT_4");
+  for (const std::int16_t port : std::initializer_list<std::int16_t>{-1, 0, 17}) {
+    EXPECT_EQ(NumberOf([&] { CreateSerialSystem("/dev/null")->Open(port, {}); }), kErrorPort);
+  }
+}
+
+TEST(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
+  std::string all;
+  for (int value = 0; value < 256; ++value) all += static_cast<char>(value);
+  const auto terminal = CreatePseudoTerminal();
+  terminal->Write("left over");
+  PosixHostLoop().Pause(Descriptor(::open(terminal->DevicePath().c_str(), O_RDWR | O_NOCTTY)).Get(),
+                        Milliseconds(1000));
+  const auto line = OpenPath(terminal->DevicePath());
+  EXPECT_EQ(line->Read(), "") << "what came before the opening is dropped";
+  EXPECT_EQ(terminal->Write(all), all.size());
+  EXPECT_EQ(ReadWithin(*line, all.size()), all);
+  line->Write(all);
+  EXPECT_EQ(SentWithin(*terminal, all.size()), all);
+}
+
+TEST(PosixSerialLine, TheLastBytesBeforeClosingArrive) {
+  const auto terminal = CreatePseudoTerminal();
+  OpenPath(terminal->DevicePath())->Write("stop\r");
+  EXPECT_EQ(SentWithin(*terminal, 5), "stop\r");
+}
+
+TEST(PosixSerialLine, ADeviceThatGoesAwayIsAnErrorAtOnceAndNoSpin) {
+  auto terminal = CreatePseudoTerminal();
+  const std::string device = terminal->DevicePath();
+  const auto line = OpenPath(device);
+  terminal.reset();
+  const auto start = steady_clock::now();
+  const auto used = ProcessorTime();
+  PosixHostLoop loop;
+  while (steady_clock::now() - start < Milliseconds(100)) loop.DoEvents(line->Arrival());
+  EXPECT_LT(ProcessorTime() - used, Milliseconds(20));
+  for (int turn = 0; turn < 2; ++turn) {
+    const auto error = ErrorOf([&] { line->Read(); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->Number(), kErrorLineRead);
+    EXPECT_EQ(error->Description(), "The device " + device + " is gone.");
+    EXPECT_FALSE(error->Detail().empty());
+  }
+  EXPECT_EQ(NumberOf([&] { line->Write("x"); }), kErrorLineWrite);
+}
+
+TEST(PosixSerialLine, AScannerThatTakesNothingEndsTheWriteInsteadOfHangingIt) {
+  const auto terminal = CreatePseudoTerminal();
+  const auto line = OpenPath(terminal->DevicePath());
+  const auto start = steady_clock::now();
+  const auto error = ErrorOf([&] { line->Write(std::string(1'000'000, 'x')); });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->Number(), kErrorLineWrite);
+  EXPECT_THAT(error->Detail(), HasSubstr("handshaking"));
+  EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST(PosixSerialLine, AWriteHeldByXoffGoesOnAfterXon) {
+  const auto terminal = CreatePseudoTerminal();
+  const auto line = OpenPath(terminal->DevicePath(), Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff));
+  terminal->Write("\x13!");
+  EXPECT_EQ(ReadWithin(*line, 1), "!");
+  EXPECT_EQ(NumberOf([&] { line->Write("held"); }), kErrorLineWrite);
+  terminal->Write("\x11!");
+  EXPECT_EQ(ReadWithin(*line, 1), "!");
+  line->Write("free");
+  EXPECT_EQ(SentWithin(*terminal, 4), "free");
+}
+
+TEST(PosixHostLoop, WaitingUsesNoProcessorTime) {
+  const auto terminal = CreatePseudoTerminal();
+  const auto line = OpenPath(terminal->DevicePath());
+  PosixHostLoop loop;
+  for (ArrivalHandle handle : {line->Arrival(), kNoArrivalHandle}) {
+    const auto start = steady_clock::now();
+    const auto used = ProcessorTime();
+    while (steady_clock::now() - start < Milliseconds(200)) loop.DoEvents(handle);
+    EXPECT_LT(ProcessorTime() - used, Milliseconds(20));
+  }
+}
+
+TEST(PosixHostLoop, AByteEndsWaitsForArrivalButNoPrescribedPause) {
+  const auto terminal = CreatePseudoTerminal();
+  const auto line = OpenPath(terminal->DevicePath());
+  PosixHostLoop loop;
+  terminal->Write("x");
+  const auto start = steady_clock::now();
+  for (int turn = 0; turn < 20; ++turn) {
+    loop.DoEvents(line->Arrival());
+    loop.Pause(line->Arrival(), Milliseconds(30'000));
+  }
+  EXPECT_LT(steady_clock::now() - start, Milliseconds(150));
+  const auto before = steady_clock::now();
+  loop.Sleep(Milliseconds(20));
+  EXPECT_GE(steady_clock::now() - before, Milliseconds(20));
+}
+
+TEST(PosixHostLoop, APauseWithoutArrivalEnds) {
+  const auto terminal = CreatePseudoTerminal();
+  const auto line = OpenPath(terminal->DevicePath());
+  PosixHostLoop loop;
+  for (ArrivalHandle handle : {line->Arrival(), kNoArrivalHandle}) {
+    const auto start = steady_clock::now();
+    loop.Pause(handle, Milliseconds(20));
+    loop.Pause(handle, Milliseconds(-1));
+    EXPECT_GE(steady_clock::now() - start, Milliseconds(20));
+  }
+}
+
+TEST(PosixHostLoop, WaitsOnlyWhenNoMessageRan) {
+  int ran = 0;
+  PosixHostLoop loop([&] { return ++ran <= 1000; });
+  const auto start = steady_clock::now();
+  for (int turn = 0; turn < 1000; ++turn) loop.DoEvents(kNoArrivalHandle);
+  EXPECT_LT(steady_clock::now() - start, Milliseconds(1000)) << "a message that ran must not cost a wait";
+  EXPECT_EQ(ran, 1000);
+}
+
+// In a process of its own: the note of an interrupt stays for good.
+TEST(PosixHostLoop, AnInterruptIsNotedAndMessagesRunOnceMore) {
+  const auto attempt = [] {
+    InstallInterruptHandler();
+    int ran = 0;
+    PosixHostLoop loop([&] { return ++ran < 0; });
+    timer_t timer{};
+    sigevent event{};
+    event.sigev_notify = SIGEV_SIGNAL;
+    event.sigev_signo = SIGTERM;
+    ::timer_create(CLOCK_MONOTONIC, &event, &timer);
+    const itimerspec soon{{0, 0}, {0, 3'000'000}};
+    ::timer_settime(timer, 0, &soon, nullptr);
+    if (Interrupted()) ::_exit(1);
+    loop.DoEvents(kNoArrivalHandle);
+    ::_exit(Interrupted() && ran == 2 ? 0 : 2);
+  };
+  EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(PosixPseudoTerminal, HostsComeAndGo) {
+  const auto terminal = CreatePseudoTerminal();
+  for (const std::string text : {"first", "second"}) {
+    OpenPath(terminal->DevicePath())->Write(text);
+    EXPECT_EQ(SentWithin(*terminal, text.size()), text);
+    EXPECT_EQ(terminal->Read(), "");
+  }
+}
+
+TEST(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
+  const auto terminal = CreatePseudoTerminal();
+  const auto line = OpenPath(terminal->DevicePath());
+  const std::string many(1'000'000, 'y');
+  std::size_t taken = 0;
+  for (int turn = 0; turn < 10; ++turn) {
+    taken += terminal->Write(many);
+    terminal->Wait(Milliseconds(5), true);
+  }
+  EXPECT_LT(taken, many.size());
+  EXPECT_EQ(ReadWithin(*line, taken).size(), taken) << "the count must be what the host can read";
+}
+
+TEST(PosixPseudoTerminal, TheLinkReplacesOnlyLinksAndIsRemoved) {
+  const Folder folder;
+  const std::string link = folder.File("port");
+  fs::create_symlink("/nowhere", link);
+  {
+    const auto terminal = CreatePseudoTerminal(link);
+    EXPECT_EQ(fs::read_symlink(link), terminal->DevicePath());
+    EXPECT_NO_THROW(OpenPath(link));
+  }
+  EXPECT_FALSE(fs::is_symlink(link));
+
+  auto first = CreatePseudoTerminal(link);
+  const auto second = CreatePseudoTerminal(link);
+  first.reset();
+  EXPECT_EQ(fs::read_symlink(link), second->DevicePath()) << "a link that was taken over is not ours";
+
+  std::ofstream(folder.File("file")) << "precious";
+  const auto refused = ErrorOf([&] { CreatePseudoTerminal(folder.File("file")); });
+  ASSERT_TRUE(refused);
+  EXPECT_EQ(refused->Number(), kErrorFileExists);
+  EXPECT_FALSE(refused->Detail().empty());
+  EXPECT_EQ(Content(folder.File("file")), "precious");
+  EXPECT_EQ(NumberOf([&] { CreatePseudoTerminal(folder.File("no/such/folder")); }), kErrorFileAccess);
+}
+
+TEST(ConsoleBox, ShowsFurtherLinesIndented) {
+  EXPECT_EQ(ConsoleText("Reader Error", "one|two||three"), "Reader Error: one\n  two\n  \n  three\n");
+  ::testing::internal::CaptureStderr();
+  CreateConsoleBox()->Show("Title", "text");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Title: text\n");
+}
+
+TEST(OutputFile, ReplacesTheOldContentWithWholeRecords) {
+  const Folder folder;
+  const std::string path = folder.File("out");
+  std::ofstream(path) << "an older and much longer content";
+  const auto file = CreateOutputFile(path);
+  file->Append("one\n");
+  EXPECT_EQ(Content(path), "one\n") << "a record must not wait in a buffer";
+  file->Append("two\n");
+  file->Close();
+  file->Close();
+  EXPECT_EQ(Content(path), "one\ntwo\n");
+}
+
+TEST(OutputFile, FaultsCarryTheReasonOfTheSystem) {
+  const auto unopened = ErrorOf([] { CreateOutputFile("/no/such/folder/out"); });
+  ASSERT_TRUE(unopened);
+  EXPECT_EQ(unopened->Number(), kErrorFileAccess);
+  EXPECT_THAT(unopened->Description(),
+              AllOf(HasSubstr("/no/such/folder/out"), HasSubstr("No such file or directory")));
+  const auto full = CreateOutputFile("/dev/full");
+  EXPECT_EQ(NumberOf([&] { full->Append("record"); }), kErrorDiskFull);
+}
+
+// The limit on a file's size cuts a write short as a full disk does.
+TEST(OutputFile, ARecordCutShortIsTakenBack) {
+  const Folder folder;
+  const std::string path = folder.File("out");
+  const auto attempt = [&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{10, 10};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    const auto file = CreateOutputFile(path);
+    file->Append("whole\n");
+    ::_exit(NumberOf([&] { file->Append("cut short\n"); }) == kErrorFileAccess ? 0 : 1);
+  };
+  EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
+  EXPECT_EQ(Content(path), "whole\n");
+}
+
+}  // namespace
+}  // namespace tesk::platform

@@ -9,10 +9,11 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <system_error>
 #include <utility>
 
 #include "platform/LineRules.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/OpenError.h"
 
 namespace tesk::platform {
 namespace {
@@ -96,7 +97,7 @@ void Compare(const std::string& device, const LineSettings& settings, const term
 LineMode::LineMode(int descriptor, std::string device)
     : descriptor_(descriptor), device_(std::move(device)), found_(std::make_unique<termios2>()) {
   if (::ioctl(descriptor_, TCGETS2, found_.get()) != 0) {
-    throw std::system_error(errno, std::system_category());
+    throw CannotOpen(device_, "It is not a serial port (" + SystemReason(errno) + ")");
   }
 }
 

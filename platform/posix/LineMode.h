@@ -12,8 +12,8 @@ namespace tesk::platform {
 
 class LineMode {
  public:
-  // Remembers the modes of `descriptor`, which must outlive the object. Throws std::system_error where it
-  // is no terminal. device: its name for messages.
+  // Remembers the modes of `descriptor`, which must outlive the object. Throws error 8002 where it is
+  // no terminal. device: its name for messages.
   LineMode(int descriptor, std::string device);
   LineMode(const LineMode&) = delete;
   LineMode& operator=(const LineMode&) = delete;

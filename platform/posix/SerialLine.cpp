@@ -12,7 +12,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -78,18 +77,13 @@ class PosixSerialLine : public SerialLine {
       : device_(device),
         patience_(patience),
         descriptor_(OpenDevice(device)),
-        claim_(descriptor_.Get(), device) {
-    try {
-      mode_ = std::make_unique<LineMode>(descriptor_.Get(), device);
-    } catch (const std::system_error& error) {
-      throw CannotOpen(device, "It is not a serial port (" + error.code().message() + ")");
-    }
-  }
+        claim_(descriptor_.Get(), device),
+        mode_(descriptor_.Get(), device) {}
   ~PosixSerialLine() override { Drain(); }
 
   // What came while nobody listened belongs to no conversation.
   void Start(const LineSettings& settings) {
-    mode_->Set(settings);
+    mode_.Set(settings);
     ::ioctl(descriptor_.Get(), TCFLSH, TCIFLUSH);
   }
 
@@ -122,7 +116,7 @@ class PosixSerialLine : public SerialLine {
   // In the order of opening: the modes are put back first, then others are let in, then the device closes.
   Descriptor descriptor_;
   Held claim_;
-  std::unique_ptr<LineMode> mode_;
+  LineMode mode_;
 };
 
 std::string PosixSerialLine::Read() {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/RunTimeError.h"
+#include "base/conversions.h"
 
 namespace tesk {
 
@@ -56,7 +57,7 @@ class Int16Array {
   // Throws error 9 where the array was never dimensioned.
   std::int32_t UpperBound() const {
     if (!Dimensioned()) throw SubscriptOutOfRange();
-    return lowerBound_ + static_cast<std::int32_t>(elements_.size()) - 1;
+    return Narrow<std::int32_t>(lowerBound_ + static_cast<std::int64_t>(elements_.size()) - 1);
   }
   // Throws error 9 outside the bounds.
   std::int16_t At(std::int32_t index) const {

@@ -60,23 +60,42 @@ std::optional<std::uint8_t> SerialExchange::TakeByte() {
 std::string SerialExchange::TakeReply() {
   port_->SetInputLen(0);
   std::string reply = port_->Input();
-  while (FollowsWithoutGap()) {
+  timer_->SetEnabled(true);
+  while (timer_->Enabled() && !Cancelled() && FollowsWithoutGap()) {
     reply += port_->Input();
     if (reply.size() > kLongestReply) throw basUtils::SendsWithoutEnd();
   }
+  timer_->SetEnabled(false);
   return reply;
 }
 
 bool SerialExchange::FollowsWithoutGap() {
   if (port_->InBufferCount() > 0) return true;
+  reader_.Loop().DoEvents(port_->Arrival());
+  if (port_->InBufferCount() > 0 || Cancelled()) return port_->InBufferCount() > 0;
   reader_.Loop().Pause(port_->Arrival(), Gap(reader_.BaudRate()));
   return port_->InBufferCount() > 0;
+}
+
+std::int32_t SerialExchange::WaitingOnceQuiet() {
+  timer_->SetEnabled(true);
+  std::int32_t before = -1;
+  std::int32_t waiting = port_->InBufferCount();
+  while (waiting != before && timer_->Enabled() && !reader_.CancelScan()) {
+    before = waiting;
+    reader_.Loop().DoEvents(port_->Arrival());
+    reader_.Loop().Pause(port_->Arrival(), Gap(reader_.BaudRate()));
+    waiting = port_->InBufferCount();
+  }
+  timer_->SetEnabled(false);
+  return waiting;
 }
 
 void SerialExchange::Poll() {
   reader_.Loop().DoEvents(port_->Arrival());
   if (port_->InBufferCount() > 0 || reader_.CancelScan()) return;
-  reader_.Loop().Pause(port_->Arrival(), Milliseconds(std::max(reader_.SleepTime(), 0)));
+  // However long the host's SleepTime, a cancel and the time-out are noticed within a second.
+  reader_.Loop().Pause(port_->Arrival(), Milliseconds(std::clamp(reader_.SleepTime(), 0, 1000)));
 }
 
 void SerialExchange::Rest(std::int32_t factor) {

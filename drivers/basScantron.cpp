@@ -225,7 +225,7 @@ class Download {
   }
 
   bool Side1(std::int32_t sheet) {
-    const std::string where = LoadString("Side: ") + "1";
+    const std::string where = LoadString("Side: 1");
     if (!windowMode_) {
       const std::int16_t rows = side1Rows_.At(sheet);
       return rows <= 0 ||
@@ -237,7 +237,7 @@ class Download {
   }
 
   bool Side2(std::int32_t sheet) {
-    const std::string where = LoadString("Side: ") + "2";
+    const std::string where = LoadString("Side: 2");
     if (!windowMode_) {
       const std::int16_t rows = side2Rows_.At(sheet);
       return rows <= 0 ||
@@ -275,6 +275,21 @@ std::int32_t DecodeFlags(unsigned flags) {
   if ((flags & kFlagDoubleFeed) != 0) return Show(kDoubleFeed), -1;
   return static_cast<std::int32_t>(flags & kFlagReady);
 }
+
+// Asks for the record; empty after a message or a cancel. `tail` is what came behind it.
+std::string AskStatus(SerialExchange& line, std::string& tail) {
+  line.Ask(Command("QSTS"));
+  if (!Answered(line, &kStatusSilence)) return {};
+  const Wait whole = line.ForBytes(kStatusLength);
+  if (whole == Wait::TimedOut) Show(kStatusSilence);
+  if (whole != Wait::Arrived) return {};
+  std::string record;
+  while (record.size() < kStatusLength) record += static_cast<char>(line.TakeByte().value());
+  tail = line.TakeReply();
+  return record;
+}
+
+bool IsLineEnd(const std::string& text) { return text.find_first_not_of("\r\n") == std::string::npos; }
 
 std::int32_t DecodeStatus(const std::string& record) {
   const char statusClass = record[1];
@@ -320,7 +335,7 @@ class Values {
   // Takes what is left of a record that holds more than anybody asked for, its end included, so that it is
   // not taken for the next answer.
   void SkipRest() {
-    while (!ended_ && line_.Timer().Enabled() && line_.FollowsWithoutGap()) {
+    while (!ended_ && line_.Timer().Enabled() && !line_.Cancelled() && line_.FollowsWithoutGap()) {
       ended_ = line_.TakeByte() == static_cast<std::uint8_t>(kCarriageReturn);
     }
     line_.Timer().SetEnabled(false);
@@ -503,14 +518,12 @@ std::int32_t CheckStatusST(clsTeskReader& reader) {
       "basScantron.CheckStatusST",
       [&]() -> std::int32_t {
         SerialExchange line(reader);
-        line.Ask(Command("QSTS"));
-        if (!Answered(line, &kStatusSilence)) return -1;
-        const Wait whole = line.ForBytes(kStatusLength);
-        if (whole == Wait::TimedOut) Show(kStatusSilence);
-        if (whole != Wait::Arrived) return -1;
-        std::string record;
-        while (record.size() < kStatusLength) record += static_cast<char>(line.TakeByte().value());
-        return DecodeStatus(record);
+        std::string tail;
+        std::string record = AskStatus(line, tail);
+        // More than a record: its beginning was a late answer to something else. Taken as it stands it
+        // would be misread, and its end taken for the first mark of the sheet.
+        if (!record.empty() && !IsLineEnd(tail)) record = AskStatus(line, tail);
+        return record.empty() || !IsLineEnd(tail) ? -1 : DecodeStatus(record);
       },
       -1);
 }
@@ -546,6 +559,7 @@ bool RejectPageST(clsTeskReader& reader, bool reject) {
     line.TakeReply();
     // Gives the sheet time to leave before the next read.
     if (reject) line.Rest(15);
+    line.Clear();
     return true;
   });
 }

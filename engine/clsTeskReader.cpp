@@ -106,8 +106,17 @@ void clsTeskReader::RaisePrint() {
 bool clsTeskReader::ReadBatch(bool initializePrinter, std::int32_t maxSheets, std::int32_t& sheetCount) {
   const auto self = shared_from_this();
   if (driverRunning_) return false;
-  return Guarded("clsTeskReader.ReadBatch",
-                 [&] { return RunBatch(initializePrinter, maxSheets, sheetCount); });
+  bool finished = false;
+  const bool result = Guarded("clsTeskReader.ReadBatch", [&] {
+    const bool started = RunBatch(initializePrinter, maxSheets, sheetCount);
+    finished = true;
+    return started;
+  });
+  if (!finished) {
+    cancelScan_ = true;
+    EndReader();
+  }
+  return result;
 }
 
 bool clsTeskReader::RunBatch(bool initializePrinter, std::int32_t maxSheets, std::int32_t& sheetCount) {

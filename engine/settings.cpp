@@ -137,8 +137,10 @@ bool clsTeskReader::SaveValue(teskReaderRegistryKey root, const std::string& sub
                               std::string& text) {
   return Guarded("clsTeskReader.SaveValue", [&] {
     // Kept, in the caller's text too: stores have been seen that cannot tell an empty value from none.
-    if (text.empty()) text.assign(1, ' ');
-    return Store(seams_).SaveValue(root, subKey, name, text);
+    const std::string stored = text.empty() ? std::string(1, ' ') : text;
+    const bool saved = Store(seams_).SaveValue(root, subKey, name, stored);
+    if (saved) text = stored;
+    return saved;
   });
 }
 

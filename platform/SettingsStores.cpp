@@ -45,9 +45,9 @@ std::string CanonicalKey(std::string_view key) {
       part = 0;
       continue;
     }
-    if (code < 0x20 || code == 0x7F || c == '[' || c == ']' || ++part > kLongestPart) {
+    if (code < 0x20 || code == 0x7F || ++part > kLongestPart) {
       throw RunTimeError(kErrorInvalidCall, "Invalid settings key", {},
-                         "A key is a path such as School\\Lab, without brackets and control characters.");
+                         "A key is a path such as School\\Lab, without control characters.");
     }
     canonical += c;
   }

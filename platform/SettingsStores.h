@@ -31,8 +31,8 @@ std::optional<std::string> StoredText(std::uint32_t type, std::string_view bytes
 // "CurrentUser" and so on. Throws error 5 for a value that is no root.
 std::string_view RootName(teskReaderRegistryKey root);
 
-// A key path as a person types it, made canonical: "School/Lab\" is "School\Lab". Throws error 5 for a path
-// that no store can hold (control characters, brackets, an empty part, over 255 characters in a part).
+// A key path as a person types it, made canonical for the settings file: "School/Lab\" is "School\Lab". Throws
+// error 5 for control characters and for a part of over 255 characters.
 std::string CanonicalKey(std::string_view key);
 
 }  // namespace tesk::platform

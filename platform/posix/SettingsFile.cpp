@@ -5,8 +5,10 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "base/RunTimeError.h"
@@ -58,6 +60,17 @@ std::string Target(const std::string& path) {
   return none ? path : target.string();
 }
 
+// Others hold the lock for moments; who holds it longer has stopped.
+void Lock(const Descriptor& lock, const std::string& path) {
+  using namespace std::chrono_literals;
+  const auto deadline = std::chrono::steady_clock::now() + 5s;
+  while (::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
+    const bool held = errno == EWOULDBLOCK || errno == EINTR;
+    if (!held || std::chrono::steady_clock::now() > deadline) throw Failure(path, "locked", errno);
+    std::this_thread::sleep_for(5ms);
+  }
+}
+
 std::string DefaultPath() {
   const char* configuration = std::getenv("XDG_CONFIG_HOME");
   if (configuration != nullptr && *configuration == '/') {
@@ -77,9 +90,11 @@ std::string GroupOf(teskReaderRegistryKey root, const std::string& key) {
 SettingsFile::SettingsFile(std::string path) : path_(std::move(path)) {}
 
 SettingsText SettingsFile::Read() const {
-  const Descriptor file = Open(path_, O_RDONLY);
+  const Descriptor file = Open(path_, O_RDONLY | O_NONBLOCK);
   if (!file.Open() && errno == ENOENT) return {};
   if (!file.Open()) throw Failure(path_, "read", errno);
+  struct stat status {};
+  if (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) throw Failure(path_, "read", EINVAL);
   return SettingsText::Parse(ReadAll(path_, file), path_);
 }
 
@@ -116,9 +131,7 @@ bool SettingsFile::Change(const std::function<bool(SettingsText&)>& change) {
   const std::string lockPath = path_ + ".lock";
   const Descriptor lock = Open(lockPath, O_RDWR | O_CREAT, 0600);
   if (!lock.Open()) throw Failure(lockPath, "opened", errno);
-  while (::flock(lock.Get(), LOCK_EX) != 0) {
-    if (errno != EINTR) throw Failure(lockPath, "locked", errno);
-  }
+  Lock(lock, lockPath);
   SettingsText settings = Read();
   if (!change(settings)) return false;
   Replace(settings.Text());

@@ -66,25 +66,23 @@ class RegistryStore : public SettingsStore {
  public:
   bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
                  const std::string& text) override {
-    const std::string path = CanonicalKey(key);
     std::string keyClass = "1";
     Key opened;
-    LONG error = RegCreateKeyExA(Root(root), Ansi(path).c_str(), 0, keyClass.data(), 0, KEY_WRITE, nullptr,
+    LONG error = RegCreateKeyExA(Root(root), Ansi(key).c_str(), 0, keyClass.data(), 0, KEY_WRITE, nullptr,
                                  opened.Place(), nullptr);
-    if (error != ERROR_SUCCESS) throw Refused(path, error);
+    if (error != ERROR_SUCCESS) throw Refused(key, error);
     const std::string bytes = Ansi(text);
     // Kept: the length counts no terminating zero.
     error = RegSetValueExA(opened.Get(), Ansi(name).c_str(), 0, REG_SZ,
                            reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
-    if (error != ERROR_SUCCESS) throw Refused(path, error);
+    if (error != ERROR_SUCCESS) throw Refused(key, error);
     return true;
   }
 
   std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
                                        const std::string& name) override {
     Key opened;
-    if (RegOpenKeyExA(Root(root), Ansi(CanonicalKey(key)).c_str(), 0, KEY_READ, opened.Place()) !=
-        ERROR_SUCCESS) {
+    if (RegOpenKeyExA(Root(root), Ansi(key).c_str(), 0, KEY_READ, opened.Place()) != ERROR_SUCCESS) {
       return std::nullopt;
     }
     std::array<BYTE, kLongestValue> buffer{};
@@ -102,11 +100,10 @@ class RegistryStore : public SettingsStore {
 
   bool DeleteValues(teskReaderRegistryKey root, const std::string& key,
                     const std::vector<std::string>& names) override {
-    const std::string path = CanonicalKey(key);
     bool removed = false;
     {
       Key opened;
-      if (RegOpenKeyExA(Root(root), Ansi(path).c_str(), 0, KEY_READ | KEY_WRITE, opened.Place()) !=
+      if (RegOpenKeyExA(Root(root), Ansi(key).c_str(), 0, KEY_READ | KEY_WRITE, opened.Place()) !=
           ERROR_SUCCESS) {
         return false;
       }
@@ -115,7 +112,7 @@ class RegistryStore : public SettingsStore {
       }
       if (!IsEmpty(opened.Get())) return removed;
     }
-    if (!path.empty()) RegDeleteKeyA(Root(root), Ansi(path).c_str());
+    if (!key.empty()) RegDeleteKeyA(Root(root), Ansi(key).c_str());
     return removed;
   }
 

@@ -1,5 +1,7 @@
 // The reading cycle, the batch, disposal, re-entrance and error reporting of the engine, with a dispatch that
 // only records what it is asked.
+#include <limits>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -357,10 +359,19 @@ TEST_F(EngineTest, EventHandlersMayUseTheReaderAsAlways) {
 
 TEST_F(EngineTest, LastReferenceMayBeReleasedInsideAnEventOrAWait) {
   const std::weak_ptr<clsTeskReader> watch = reader;
-  events.onReadSheet = [&] { reader.reset(); };
   ASSERT_TRUE(reader->StartReader());
+  dispatch->onRead = [&](clsTeskReader&) { reader.reset(); };
   EXPECT_TRUE(reader->ReadPage());
   EXPECT_TRUE(watch.expired());
+  EXPECT_EQ(events.names.back(), "AfterSheet");
+}
+
+TEST_F(EngineTest, BatchThatCannotCountAnyFurtherEndsTheReader) {
+  std::int32_t count = std::numeric_limits<std::int32_t>::max();
+  EXPECT_FALSE(reader->ReadBatch(false, -1, count));
+  EXPECT_TRUE(reader->CancelScan());
+  EXPECT_EQ(dispatch->calls.back(), "Close");
+  EXPECT_EQ(host.errors.at(0).number, 6);
 }
 
 TEST_F(EngineTest, SinkMayRemoveAnotherOneInsideAnEvent) {

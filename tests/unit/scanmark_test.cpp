@@ -331,6 +331,111 @@ TEST(ScanMark, LateEndOfAFullSheetIsNotTakenForTheStatus) {
   EXPECT_THAT(b.bench.host.messages, IsEmpty());
 }
 
+// Acknowledges the eject commands only after a while, as transports do.
+class LateAcknowledger : public simulator::Scanner {
+ public:
+  LateAcknowledger(simulator::Milliseconds delay, std::string data) : delay_(delay), data_(std::move(data)) {}
+
+ private:
+  void OnByte(std::uint8_t byte, simulator::Time now) override {
+    if (byte != '\r') {
+      line_ += static_cast<char>(byte);
+      return;
+    }
+    const std::string command = std::exchange(line_, {});
+    if (command.starts_with("\x1b"
+                            "EJCT")) {
+      late_ = now + delay_;
+    } else if (command == "\x1bQSTS") {
+      Reply("0000000!!   ", now);
+    } else {
+      Reply(command.starts_with("\x1bREAD") ? data_ : "\r", now);
+    }
+    // The late answer goes out with whatever is said next, in front of it or behind.
+    if (late_ && now >= *late_) {
+      late_.reset();
+      Reply("\r", now);
+    }
+  }
+
+  simulator::Milliseconds delay_;
+  std::string data_;
+  std::string line_;
+  std::optional<simulator::Time> late_;
+};
+
+TEST(ScanMark, LateAcknowledgementOfARejectMovesNoMark) {
+  for (const int delay : {0, 100, 600, 740, 760, 800, 900, 1500}) {
+    Bench bench(teskReaderTypeScantronScanMark4000,
+                std::make_shared<LateAcknowledger>(simulator::Milliseconds(delay), "123456\r"));
+    ASSERT_TRUE(bench.reader->StartReader());
+    ASSERT_TRUE(bench.reader->ReadPage());
+    const SideArray first = bench.reader->Side1Array();
+    bench.reader->RejectPage();
+    if (bench.reader->ReadPage()) {
+      EXPECT_EQ(bench.reader->Side1Array(), first) << delay;
+    }
+  }
+}
+
+TEST(ScanMark, StatusBehindAStrayByteIsAskedForAgain) {
+  class Stray : public simulator::Scanner {
+    void OnByte(std::uint8_t byte, simulator::Time now) override {
+      if (byte != '\r') {
+        line_ += static_cast<char>(byte);
+        return;
+      }
+      const std::string command = std::exchange(line_, {});
+      if (command == "\x1bQSTS") {
+        Reply(asked_++ == 0 ? "\r00000000!   " : "00000000!   ", now);
+      } else {
+        Reply(command.starts_with("\x1bREAD") ? "123\r" : "\r", now);
+      }
+    }
+    std::string line_;
+    int asked_ = 0;
+  };
+  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<Stray>());
+  ASSERT_TRUE(bench.reader->StartReader());
+  ASSERT_TRUE(bench.reader->ReadPage());
+  EXPECT_EQ(bench.reader->Side1Array().At(1, 1), 1);
+  EXPECT_THAT(bench.host.messages, IsEmpty());
+}
+
+TEST(ScanMark, WindowReadTellsItsTimeOutsInItsOwnWords) {
+  const std::pair<const char*, const char*> kCases[] = {
+      {"",
+       "There was no response from the Scantron scanner. The scanner timed out waiting for the scanned "
+       "data."},
+      {"1",
+       "There was no response from the Scantron scanner. The scanner timed out waiting to receive the "
+       "scanned data."}};
+  for (const auto& [data, text] : kCases) {
+    Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>(data));
+    AddWindow(*bench.reader, {1, 2, 1, 1, 2, 1, 1, 1});
+    ASSERT_TRUE(bench.reader->StartReader());
+    EXPECT_FALSE(bench.reader->ReadPage());
+    EXPECT_EQ(bench.host.messages, (Messages{{"Read Error", text}}));
+  }
+}
+
+TEST(ScanMark, HostMayReplaceEverythingInsideAWait) {
+  for (int turn = 1; turn <= 30; ++turn) {
+    ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({}, 2, false));
+    b.scanner->PaceAt(1920);
+    b.bench.time->onMessages = [&](int now) {
+      if (now != turn) return;
+      b.bench.reader->SetfComm(nullptr);
+      b.bench.reader->SetPrinter(nullptr);
+      b.bench.reader->SetWindows(nullptr);
+      b.bench.reader->SetSide1Rows(From1({1}));
+    };
+    std::int32_t count = 0;
+    b.bench.reader->ReadBatch(false, 2, count);
+    for (const SideArray& side : b.bench.events.side1) EXPECT_EQ(side.Columns(), 48) << turn;
+  }
+}
+
 TEST(ScanMark, WindowsAreStoredInTheOrderOfTheirWalk) {
   // Four windows; the values 1, 2, 3 ... in the order of the wire.
   Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>("123456789:;<=>?@\r"));

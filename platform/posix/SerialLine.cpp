@@ -20,6 +20,7 @@
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/LineMode.h"
 #include "platform/posix/OpenError.h"
+#include "platform/posix/ParityMarks.h"
 
 namespace tesk::platform {
 namespace {
@@ -38,6 +39,14 @@ RunTimeError Gone(std::int32_t number, const std::string& device, const std::str
           {},
           "The system says: " + reason +
               ".|Check the scanner's power, its cable and the adaptor, then start the reader again."};
+}
+
+RunTimeError Damaged(const std::string& device) {
+  return {kErrorLineRead,
+          "A byte from " + device + " came damaged.",
+          {},
+          "The line's parity check failed. Check that bit rate, data bits and parity of reader and scanner "
+          "agree, and the cable."};
 }
 
 RunTimeError NotTaken(const std::string& device) {
@@ -84,6 +93,7 @@ class PosixSerialLine : public SerialLine {
   // What came while nobody listened belongs to no conversation.
   void Start(const LineSettings& settings) {
     mode_.Set(settings);
+    checked_ = settings.parity != 'N';
     ::ioctl(descriptor_.Get(), TCFLSH, TCIFLUSH);
   }
 
@@ -114,6 +124,8 @@ class PosixSerialLine : public SerialLine {
   std::string device_;
   Milliseconds patience_;
   // In the order of opening: the modes are put back first, then others are let in, then the device closes.
+  bool checked_ = false;  // parity errors come marked
+  ParityMarks marks_;
   Descriptor descriptor_;
   Held claim_;
   LineMode mode_;
@@ -125,7 +137,9 @@ std::string PosixSerialLine::Read() {
   while (bytes.size() < kReadLimit) {
     const ssize_t count = ::read(descriptor_.Get(), buffer.data(), buffer.size());
     if (count > 0) {
-      bytes.append(buffer.data(), static_cast<std::size_t>(count));
+      const std::string_view taken(buffer.data(), static_cast<std::size_t>(count));
+      bytes += checked_ ? marks_.Take(taken) : taken;
+      if (marks_.TakeDamage()) throw Damaged(device_);
       continue;
     }
     if (count < 0 && errno == EINTR) continue;

@@ -32,6 +32,14 @@ RunTimeError Gone(std::int32_t number, const std::string& device, DWORD error) {
               ".|Check the scanner's power, its cable and the adaptor, then start the reader again."};
 }
 
+RunTimeError Damaged(const std::string& device) {
+  return {kErrorLineRead,
+          "A byte from " + device + " came damaged.",
+          {},
+          "The line's parity check failed. Check that bit rate, data bits and parity of reader and scanner "
+          "agree, and the cable."};
+}
+
 RunTimeError NotTaken(const std::string& device) {
   return {kErrorLineWrite,
           "The scanner on " + device + " does not take what is sent to it.",
@@ -107,6 +115,8 @@ COMSTAT WindowsSerialLine::Status(std::int32_t errorNumber) {
   DWORD errors = 0;
   COMSTAT status{};
   if (!::ClearCommError(port_.Get(), &errors, &status)) throw Gone(errorNumber, device_, ::GetLastError());
+  // Reported only where the line checks parity; a damaged byte must not pass for a mark.
+  if ((errors & CE_RXPARITY) != 0) throw Damaged(device_);
   return status;
 }
 

@@ -22,6 +22,7 @@
 #include "platform/Platform.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/HostLoop.h"
+#include "platform/posix/ParityMarks.h"
 #include "platform/posix/SerialLine.h"
 
 namespace tesk::platform {
@@ -478,6 +479,25 @@ TEST(OutputFile, ARecordCutShortIsTakenBack) {
   };
   EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
   EXPECT_EQ(Content(path), "whole\n");
+}
+
+TEST(ParityMarks, EverySplitYieldsTheBytesAndTheDamage) {
+  const std::string marked(
+      "a\xFF\xFF"
+      "b\xFF\0x"
+      "c\xFF\xFF",
+      10);
+  for (std::size_t split = 0; split <= marked.size(); ++split) {
+    platform::ParityMarks marks;
+    std::string bytes = marks.Take(marked.substr(0, split));
+    bytes += marks.Take(marked.substr(split));
+    EXPECT_EQ(bytes,
+              "a\xFF"
+              "bc\xFF")
+        << split;
+    EXPECT_TRUE(marks.TakeDamage()) << split;
+    EXPECT_FALSE(marks.TakeDamage()) << split;
+  }
 }
 
 }  // namespace

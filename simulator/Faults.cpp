@@ -2,14 +2,14 @@
 #include "simulator/Faults.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
+#include <iterator>
 
 namespace tesk::simulator {
 namespace {
 
 // In the order of the enumeration.
-constexpr std::array<FaultDescription, 23> kFaults{{
+constexpr FaultDescription kFaults[] = {
     {FaultKind::Jam, "jam", "jam@SHEET", "the sheet jams before it is read"},
     {FaultKind::JamReading, "jam-reading", "jam-reading@SHEET", "the sheet jams while it is read"},
     {FaultKind::DoubleFeed, "double-feed", "double-feed@SHEET", "two sheets are fed at once"},
@@ -34,10 +34,59 @@ constexpr std::array<FaultDescription, 23> kFaults{{
     {FaultKind::Short, "short", "short@SHEET", "the data end half way"},
     {FaultKind::Cut, "cut", "cut@BYTE@SHEET", "the data stop after BYTE bytes and are never ended"},
     {FaultKind::Late, "late", "late@SHEET", "the data come after the host's time-out"},
-}};
+    {FaultKind::Skew, "skew", "skew@SHEET", "the sheet is skewed and cannot be read"},
+    {FaultKind::CoverOpen, "cover-open", "cover-open@SHEET", "the cover is open when the sheet is to be fed"},
+    {FaultKind::StatusCode, "status", "status@CODE@SHEET", "the status of the sheet is the character CODE"},
+    {FaultKind::StatusCodeBack, "status-back", "status-back@CODE@SHEET",
+     "the status of the sheet's back is the character CODE"},
+    {FaultKind::WrongMode, "wrong-mode", "wrong-mode@SHEET",
+     "the columns are named as with the switches set wrongly"},
+    {FaultKind::RefuseReset, "refuse-reset", "refuse-reset@N", "refuses the Nth reset"},
+    {FaultKind::SilenceMode, "silence-mode", "silence-mode@N", "no answer to the Nth reading-mode query"},
+    {FaultKind::SilenceFitted, "silence-fitted", "silence-fitted@N",
+     "no answer to the Nth query of what is fitted"},
+    {FaultKind::SilenceTimingMarks, "silence-timing-marks", "silence-timing-marks@SHEET",
+     "no answer to the first timing-mark query"},
+    {FaultKind::SilenceBarcodes, "silence-barcodes", "silence-barcodes@SHEET",
+     "no answer to the barcode query"},
+    {FaultKind::SilencePrint, "silence-print", "silence-print@SHEET", "no answer to the print command"},
+    {FaultKind::ReadHead, "read-head", "read-head@SHEET", "the read head fails while the sheet is read"},
+    {FaultKind::WrongCount, "wrong-count", "wrong-count@SHEET",
+     "a line of the sheet is one mark position short"},
+    {FaultKind::TooManyRows, "too-many-rows", "too-many-rows@SHEET",
+     "one row more than any sheet of this scanner has"},
+    {FaultKind::QuietEnd, "quiet-end", "quiet-end@SHEET",
+     "the text section ends in silence instead of a carriage return"},
+    {FaultKind::ShortMode, "short-mode", "short-mode@N", "the Nth scan-mode report breaks off"},
+    {FaultKind::UnknownMode, "unknown-mode", "unknown-mode@N",
+     "the Nth scan-mode report names a mode that does not exist"},
+    {FaultKind::StuckMode, "stuck-mode", "stuck-mode@N",
+     "from the Nth change of the scan mode on the scanner stays in its mode"},
+    {FaultKind::FrontSensor, "front-sensor", "front-sensor@SHEET",
+     "the front sensor is covered before the sheet is read"},
+    {FaultKind::BackSensor, "back-sensor", "back-sensor@SHEET",
+     "the back sensor is covered before the sheet is read"},
+    {FaultKind::UnderWay, "under-way", "under-way@SHEET",
+     "the sheet is being read before the host asks for it"},
+    {FaultKind::SilenceThreshold, "silence-threshold", "silence-threshold@N",
+     "no answer to the Nth threshold command"},
+    {FaultKind::InvalidThreshold, "invalid-threshold", "invalid-threshold@N",
+     "nonsense in answer to the Nth threshold command"},
+    {FaultKind::NoLineFeed, "no-line-feed", "no-line-feed@SHEET",
+     "the record lacks the line feed at its start"},
+    {FaultKind::TwoByteEnd, "two-byte-end", "two-byte-end@SHEET",
+     "a line feed follows the carriage return that ends the record"},
+    {FaultKind::SilenceIdentify, "silence-identify", "silence-identify@N",
+     "no answer to the Nth identification request"},
+    {FaultKind::GarbageIdentify, "garbage-identify", "garbage-identify@N",
+     "random bytes in answer to the Nth identification request"},
+    {FaultKind::NoVersion, "no-version", "no-version@N", "the Nth identification names no version"},
+    {FaultKind::CutIdentify, "cut-identify", "cut-identify@BYTE@N",
+     "the Nth identification stops after BYTE bytes"},
+};
 
 constexpr bool InOrder() {
-  for (std::size_t i = 0; i < kFaults.size(); ++i) {
+  for (std::size_t i = 0; i < std::size(kFaults); ++i) {
     if (static_cast<std::size_t>(kFaults[i].kind) != i) return false;
   }
   return true;
@@ -65,7 +114,10 @@ ParsedFault Refuse(std::string_view text, std::span<const FaultKind> accepted) {
 
 }  // namespace
 
-const FaultDescription& Describe(FaultKind kind) { return kFaults.at(static_cast<std::size_t>(kind)); }
+const FaultDescription& Describe(FaultKind kind) {
+  const auto index = static_cast<std::size_t>(kind);
+  return kFaults[index < std::size(kFaults) ? index : 0];
+}
 
 ParsedFault ParseFault(std::string_view text, std::span<const FaultKind> accepted) {
   constexpr std::int32_t kMostNumber = 1'000'000;
@@ -78,7 +130,7 @@ ParsedFault ParseFault(std::string_view text, std::span<const FaultKind> accepte
     return Describe(candidate).name == text.substr(0, first);
   });
   const auto number = ParseNumber<std::int32_t>(text.substr(last + 1), 1, kMostNumber);
-  const bool takesByte = kind != accepted.end() && *kind == FaultKind::Cut;
+  const bool takesByte = kind != accepted.end() && std::ranges::count(Describe(*kind).form, '@') == 2;
   if (kind == accepted.end() || !number || takesByte != (first != last)) return Refuse(text, accepted);
   if (!takesByte) return {Fault{*kind, *number}, {}};
 

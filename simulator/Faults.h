@@ -34,13 +34,42 @@ enum class FaultKind : std::uint8_t {
   Short,
   Cut,
   Late,
+  Skew,
+  CoverOpen,
+  StatusCode,
+  StatusCodeBack,
+  WrongMode,
+  RefuseReset,
+  SilenceMode,
+  SilenceFitted,
+  SilenceTimingMarks,
+  SilenceBarcodes,
+  SilencePrint,
+  ReadHead,
+  WrongCount,
+  TooManyRows,
+  QuietEnd,
+  ShortMode,
+  UnknownMode,
+  StuckMode,
+  FrontSensor,
+  BackSensor,
+  UnderWay,
+  SilenceThreshold,
+  InvalidThreshold,
+  NoLineFeed,
+  TwoByteEnd,
+  SilenceIdentify,
+  GarbageIdentify,
+  NoVersion,
+  CutIdentify,
 };
 
 // A fault happens once.
 struct Fault {
   FaultKind kind;
   std::int32_t number = 1;  // of the sheet, or of the command where the kind is about a command; from 1
-  std::size_t byte = 0;     // Cut only: how many bytes still arrive
+  std::size_t byte = 0;     // Cut: how many bytes still arrive; StatusCode and StatusCodeBack: the code
 
   bool operator==(const Fault&) const = default;
 };
@@ -59,7 +88,7 @@ struct ParsedFault {
   std::string error;  // one sentence that lists what is accepted; empty where `fault` is set
 };
 
-// Reads "KIND@NUMBER" or "cut@BYTE@SHEET", where `accepted` holds the kind.
+// Reads "KIND@NUMBER", "cut@BYTE@SHEET" or "status@CODE@SHEET", where `accepted` holds the kind.
 ParsedFault ParseFault(std::string_view text, std::span<const FaultKind> accepted);
 
 }  // namespace tesk::simulator

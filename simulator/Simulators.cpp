@@ -4,12 +4,17 @@
 #include <array>
 #include <utility>
 
+#include "simulator/EZData.h"
+#include "simulator/OpScan.h"
+#include "simulator/PeripheralDynamics.h"
 #include "simulator/ScanMark.h"
+#include "simulator/SekonicSerial.h"
 
 namespace tesk::simulator {
 namespace {
 
-constexpr std::array kFamilies{&kScanMarkFamily};
+constexpr std::array kFamilies{&kEZDataFamily, &kOpScanFamily, &kPeripheralDynamicsFamily, &kScanMarkFamily,
+                               &kSekonicSerialFamily};
 
 const Family* FamilyOf(teskReaderType reader) {
   for (const Family* family : kFamilies) {
@@ -23,7 +28,7 @@ const Family* FamilyOf(teskReaderType reader) {
 std::unique_ptr<SheetScanner> CreateScanner(teskReaderType reader, Options options) {
   const Family* const family = FamilyOf(reader);
   if (family == nullptr) return nullptr;
-  if (options.sheets.empty()) {
+  if (options.sheets.empty() && family->media != nullptr) {
     const Media media = family->media(reader);
     options.sheets =
         GenerateSheets(options.count, options.seed, options.geometry.value_or(media.geometry), media.darkest);

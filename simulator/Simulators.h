@@ -19,7 +19,7 @@ struct Media {
 struct Family {
   bool (*has)(teskReaderType reader);
   std::span<const FaultKind> faults;
-  // Both for a reader that the family has.
+  // Both for a reader that the family has. No media: the simulated models read no sheets.
   Media (*media)(teskReaderType reader);
   std::unique_ptr<SheetScanner> (*create)(teskReaderType reader, Options options);
 };

@@ -4,6 +4,10 @@
 #include <utility>
 
 #include "drivers/Driver.h"
+#include "platform/OmrLibrary.h"
+#include "platform/SettingsStores.h"
+#include "platform/SetupDialog.h"
+#include "setup/portSearch.h"
 #include "transport/SerialPort.h"
 #include "transport/basRead.h"
 
@@ -12,12 +16,16 @@ namespace tesk {
 std::shared_ptr<clsTeskReader> CreateReader(ReaderParts parts) {
   auto timer = parts.timer ? parts.timer : std::make_shared<DeadlineTimer>(parts.clock);
   auto comm = std::make_shared<frmComm>(std::make_shared<SerialPort>(parts.serial), std::move(timer));
+  auto omrLoader = parts.omrLoader ? std::move(parts.omrLoader) : platform::CreateOmrLibraryLoader();
+  auto settings = parts.settings ? std::move(parts.settings) : platform::CreateSettingsStore();
+  auto setupDialog = parts.setupDialog ? std::move(parts.setupDialog) : platform::CreateSetupDialog();
   return std::make_shared<clsTeskReader>(EngineSeams{.comm = std::move(comm),
                                                      .loop = std::move(parts.loop),
                                                      .dispatch = std::make_shared<basRead>(),
-                                                     .portSearch = nullptr,
-                                                     .setupDialog = std::move(parts.setupDialog),
-                                                     .settings = std::move(parts.settings)});
+                                                     .portSearch = std::make_shared<IdentifyingPortSearch>(),
+                                                     .setupDialog = std::move(setupDialog),
+                                                     .settings = std::move(settings),
+                                                     .omrLoader = std::move(omrLoader)});
 }
 
 std::string_view DriverModule(teskReaderType type) {

@@ -14,9 +14,10 @@ struct ReaderParts {
   std::shared_ptr<SerialSystem> serial;
   std::shared_ptr<HostLoop> loop;
   std::shared_ptr<const Clock> clock;
-  std::shared_ptr<OneShotTimer> timer = nullptr;  // empty: a DeadlineTimer on the clock
-  std::shared_ptr<SettingsStore> settings = nullptr;
-  std::shared_ptr<SetupDialog> setupDialog = nullptr;
+  std::shared_ptr<OneShotTimer> timer = nullptr;          // empty: a DeadlineTimer on the clock
+  std::shared_ptr<SettingsStore> settings = nullptr;      // empty: the system's
+  std::shared_ptr<SetupDialog> setupDialog = nullptr;     // empty: the system's, where it has windows
+  std::shared_ptr<OmrLibraryLoader> omrLoader = nullptr;  // empty: the system's
 };
 
 std::shared_ptr<clsTeskReader> CreateReader(ReaderParts parts);

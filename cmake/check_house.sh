@@ -17,7 +17,7 @@ engine: base profiles transport engine
 drivers: base profiles transport engine drivers
 dispatch: base profiles transport engine drivers dispatch
 setup: base profiles transport engine drivers dispatch setup
-platform: base transport engine platform
+platform: base transport engine setup platform
 assembly: base profiles transport engine drivers dispatch setup platform assembly
 automation: base profiles transport engine drivers dispatch setup platform assembly automation
 cli: base profiles transport engine drivers dispatch setup platform assembly simulator cli

@@ -36,7 +36,8 @@ class SerialExchange {
   std::optional<std::uint8_t> TakeByte();
   // Whether another byte waits or comes before the line has been silent for a moment.
   bool FollowsWithoutGap();
-  // How many bytes wait once the line has been silent for a moment; also when the time-out ends the wait.
+  // How many bytes wait once the line has been silent for a moment; messages run. The time-out and a set
+  // CancelScan end the wait.
   std::int32_t WaitingOnceQuiet();
   // All that waits, together with what follows it without a gap: a reply on a slow line comes in pieces.
   std::string TakeReply();

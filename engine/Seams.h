@@ -16,6 +16,8 @@ namespace tesk {
 class clsTeskReader;
 class frmComm;
 class HostLoop;
+class OmrLibrary;
+class OmrLibraryLoader;
 
 // An object of the host's that the engine only keeps: the answer key, the data of TranslateData, the window
 // that owns a dialog.
@@ -109,6 +111,7 @@ struct EngineSeams {
   std::shared_ptr<PortSearch> portSearch = nullptr;
   std::shared_ptr<SetupDialog> setupDialog = nullptr;
   std::shared_ptr<SettingsStore> settings = nullptr;
+  std::shared_ptr<OmrLibraryLoader> omrLoader = nullptr;
 };
 
 }  // namespace tesk

@@ -161,7 +161,7 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   std::int16_t Side1TimingMarks() const { return side1TimingMarks_; }  // -1: not reported
   std::int16_t Side2TimingMarks() const { return side2TimingMarks_; }
   const SideArray& Side1Array() const { return side1Array_; }
-  const SideArray& Side2Array() const { return side2Array_; }  // empty where side 2 was not read
+  const SideArray& Side2Array() const { return side2Array_; }  // empty or all 0 where side 2 was not read
   const std::string& Side1Image() const { return side1Image_; }
   void SetSide1Image(const std::string& v) { side1Image_ = v; }
   const std::string& Side2Image() const { return side2Image_; }
@@ -195,6 +195,10 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
                                        const std::string& name, const std::string& missing);
 
   HostLoop& Loop() const { return *seams_.loop; }
+  // The library of the Sekonic USB readers, where it comes from and while it is loaded; both may be empty.
+  const std::shared_ptr<OmrLibraryLoader>& OmrLoader() const { return seams_.omrLoader; }
+  const std::shared_ptr<OmrLibrary>& Omr() const { return omr_; }
+  void SetOmr(std::shared_ptr<OmrLibrary> v) { omr_.swap(v); }
   void TranslateDataEvent(std::shared_ptr<HostObject>& oData, SideArray& side1, SideArray& side2,
                           BarcodeArray& barcodes, bool& needsMoreData);
   void GetQuestionsOnSideEvent(std::int16_t& page, std::int16_t& numberQuestions);
@@ -226,6 +230,7 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   std::shared_ptr<clsTeskReaderProfiles> profiles_;
   std::shared_ptr<clsTeskReaderPrinter> printer_;
   std::shared_ptr<HostObject> answerKey_;
+  std::shared_ptr<OmrLibrary> omr_;
   std::vector<ReaderEvents*> sinks_;
   bool driverRunning_ = false;
   bool disposed_ = false;

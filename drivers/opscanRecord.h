@@ -1,0 +1,79 @@
+// The record of one OpScan sheet, taken apart byte by byte as it comes off the line. It knows no port, no
+// engine and no message: how the bytes were cut up on their way makes no difference to the result.
+//
+//   record  line... [ "c" text ] CR|LF    without CR or LF a record with text ends when the line falls silent
+//   line    "a" | "b", 48 mark positions  of side 1 or 2, one hexadecimal digit each
+//   text    ( 2 characters, text, "d" )...
+//   run     NAK, 64 + n, character        the character n times, in a line and in the text
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/SideArray.h"
+
+namespace tesk::basNCS {
+
+// A line that did not have 48 bytes, noticed at the marker of the next one.
+struct WrongLength {
+  std::int32_t side;   // that the marker names
+  std::int32_t bytes;  // of the line that the marker ended
+  std::int32_t line;   // lines of `side` before the marker
+
+  bool operator==(const WrongLength&) const = default;
+};
+
+// What the record of one sheet holds.
+struct Page {
+  SideArray side1;                      // 150 x 48, values from 0; the scanner sends 0 to 15
+  SideArray side2;                      // the same, or empty where side 2 is not read
+  std::vector<std::string> texts{"?"};  // kept: a page without a text section has the one line "?"
+  std::int16_t side1Lines = 0;          // "a" markers
+  std::int16_t side2Lines = 0;          // "b" markers, also where side 2 is not read
+};
+
+class OpScanRecord {
+ public:
+  explicit OpScanRecord(bool twoSided);
+
+  // Takes the next byte of a record that has not ended. Throws error 9 for a mark beyond row 150, error 6 for
+  // more lines than can be counted, error 8020 for a record without end.
+  std::optional<WrongLength> Take(std::uint8_t byte);
+
+  bool Ended() const { return state_ == State::Ended; }
+  // In the text section and not within a run: the only place where silence is an end.
+  bool MayEndInSilence() const { return state_ == State::Text && run_ == Run::None; }
+
+  // The page as far as it has been taken.
+  Page& Result() { return page_; }
+
+ private:
+  enum class State { Marks, Text, Ended };
+  enum class Run { None, Count, Character };
+  struct Cursor {
+    std::int32_t row = 1;
+    std::int32_t column = 1;
+  };
+
+  std::optional<WrongLength> TakeMarker(std::int32_t side);
+  std::optional<WrongLength> TakeInMarks(std::uint8_t byte);
+  void TakeInText(std::uint8_t byte);
+  void TakeInRun(std::uint8_t byte);
+  void Repeat(std::uint8_t character, std::int32_t times);
+  void StoreMark(std::uint8_t character);
+
+  bool twoSided_;
+  State state_ = State::Marks;
+  Run run_ = Run::None;
+  std::int32_t runLength_ = 0;
+  std::int32_t side_ = 1;
+  std::int32_t lineBytes_;
+  std::size_t taken_ = 0;
+  Cursor at_[2];
+  Page page_;
+};
+
+}  // namespace tesk::basNCS

@@ -1,0 +1,14 @@
+// Where the library of the Sekonic USB readers comes from on this system.
+#pragma once
+
+#include <memory>
+
+#include "engine/OmrLibrary.h"
+
+namespace tesk::platform {
+
+// Finds OMRAPI.DLL in the system folder, in the program's own folder or in that of the module that this code
+// is part of, in this order, and nowhere else. A system for which the library does not exist finds none.
+std::shared_ptr<OmrLibraryLoader> CreateOmrLibraryLoader();
+
+}  // namespace tesk::platform

@@ -1,0 +1,16 @@
+// There is no library of the Sekonic USB readers for this system.
+#include "platform/OmrLibrary.h"
+
+namespace tesk::platform {
+namespace {
+
+class NoLibrary : public OmrLibraryLoader {
+ public:
+  std::shared_ptr<OmrLibrary> Load() override { return nullptr; }
+};
+
+}  // namespace
+
+std::shared_ptr<OmrLibraryLoader> CreateOmrLibraryLoader() { return std::make_shared<NoLibrary>(); }
+
+}  // namespace tesk::platform

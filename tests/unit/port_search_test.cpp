@@ -1,0 +1,353 @@
+// The search over the ports, the identification request and the firmware text, with simulated readers behind
+// the ports.
+#include <algorithm>
+#include <map>
+#include <numeric>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/conversions.h"
+#include "drivers/basNCSEZData.h"
+#include "setup/portSearch.h"
+#include "simulator/Simulators.h"
+#include "tests/support/TestBench.h"
+
+namespace tesk::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Ports = std::vector<std::int16_t>;
+
+const std::string kRequest =
+    "\x12\x1BV\x12"
+    "E";
+constexpr auto kReader = teskReaderTypeChatsworthOMR1100;
+
+std::shared_ptr<simulator::SheetScanner> Identifying(std::vector<simulator::Fault> faults = {},
+                                                     simulator::Timings timings = {}) {
+  return simulator::CreateScanner(kReader, {.faults = std::move(faults), .timings = timings});
+}
+
+Ports Range(std::int16_t first, std::int16_t last) {
+  Ports ports(static_cast<std::size_t>(last - first + 1));
+  std::iota(ports.begin(), ports.end(), first);
+  return ports;
+}
+
+// A reader of `type` on port 9, a scanner behind port 3.
+struct SearchBench : Bench {
+  explicit SearchBench(teskReaderType type = kReader,
+                       std::shared_ptr<simulator::Scanner> scanner = Identifying())
+      : Bench(type, std::move(scanner)) {
+    reader->SetPort(9);
+  }
+};
+
+TEST(Locate, AsksTheStartPortFirstAndThenAllSixteenInOrder) {
+  struct Case {
+    std::int16_t start;
+    std::int16_t at;  // 0: nowhere
+    Ports asked;
+  };
+  Ports fiveAgain = Range(1, 16);
+  fiveAgain.insert(fiveAgain.begin(), 5);
+  const Case cases[] = {{0, 3, Range(1, 3)},   {5, 5, {5}},          {5, 2, {5, 1, 2}}, {5, 0, fiveAgain},
+                        {0, 16, Range(1, 16)}, {0, 0, Range(1, 16)}, {17, 1, {1}},      {-4, 2, Range(1, 2)},
+                        {20, 0, Range(1, 16)}, {16, 16, {16}}};
+  for (const Case& c : cases) {
+    SearchBench bench;
+    bench.serial->port = c.at;
+    EXPECT_EQ(bench.reader->Locate(c.start), c.at != 0) << c.start;
+    EXPECT_EQ(bench.serial->asked, c.asked) << c.start;
+    EXPECT_EQ(bench.reader->Port(), c.at != 0 ? c.at : 9) << c.start;
+    EXPECT_THAT(bench.host.errors, IsEmpty());
+    EXPECT_THAT(bench.host.messages, IsEmpty());
+  }
+}
+
+TEST(Locate, IsOfferedToExactlyTheReadersThatIdentifyThemselves) {
+  for (std::int16_t type = -1; type <= 47; ++type) {
+    SearchBench bench;
+    bench.reader->LoadDefaults(static_cast<teskReaderType>(type));
+    bench.host.errors.clear();
+    const bool expected = type == 20 || type == 21 || type == 22 || type == 23 || type == 37;
+    EXPECT_EQ(bench.reader->Locate(3), expected) << type;
+    EXPECT_EQ(bench.serial->asked.empty(), !expected) << type;
+    EXPECT_THAT(bench.host.errors, IsEmpty()) << type;
+  }
+}
+
+TEST(Locate, NeedsBothTheProfileAndTheTable) {
+  for (const bool enabled : {false, true}) {
+    SearchBench bench(teskReaderTypeNCSOpScan2);
+    bench.reader->Profiles()->Item("2")->SetLocateEnabled(enabled);
+    EXPECT_FALSE(bench.reader->Locate(3)) << "an OpScan reader does not identify itself";
+    EXPECT_THAT(bench.serial->asked, IsEmpty());
+  }
+  SearchBench bench(teskReaderTypeChatsworthACF200);
+  bench.reader->Profiles()->Item("35")->SetLocateEnabled(true);
+  EXPECT_TRUE(bench.reader->Locate(3));
+}
+
+TEST(Locate, SendsNothingButTheRequestAndUsesTheEnginesLine) {
+  const auto scanner = Identifying();
+  SearchBench bench(kReader, scanner);
+  bench.reader->SetBaudRate(teskReaderBaudRate19200);
+  bench.reader->SetFlowControl(teskReaderFlowControlHardware);
+  EXPECT_TRUE(bench.reader->Locate());
+  EXPECT_EQ(bench.serial->sent, kRequest);
+  EXPECT_THAT(scanner->Complaints(), IsEmpty());
+  EXPECT_EQ(bench.serial->settings.bitRate, 19200);
+  EXPECT_EQ(bench.serial->settings.parity, 'E');
+  EXPECT_EQ(bench.serial->settings.dataBits, 7);
+  EXPECT_EQ(bench.serial->settings.handshaking, teskReaderFlowControlHardware);
+  EXPECT_FALSE(bench.serial->open);
+}
+
+TEST(Locate, LeavesTheCommunicationsFormAsItFoundIt) {
+  for (const std::int16_t at : {std::int16_t{3}, std::int16_t{0}}) {
+    SearchBench bench;
+    bench.serial->port = at;
+    SerialControl& port = *bench.reader->fComm()->mscComm();
+    port.SetCommPort(7);
+    port.SetSettings("300,M,5,1.5");
+    port.SetHandshaking(3);
+    port.SetInputLen(12);
+    bench.reader->fComm()->tmrScan()->SetInterval(12'345);
+    bench.reader->Locate(3);
+    EXPECT_EQ(port.CommPort(), 7);
+    EXPECT_EQ(port.Settings(), "300,M,5,1.5");
+    EXPECT_EQ(port.Handshaking(), 3);
+    EXPECT_EQ(port.InputLen(), 12);
+    EXPECT_EQ(bench.reader->fComm()->tmrScan()->Interval(), 12'345);
+    EXPECT_FALSE(bench.reader->fComm()->tmrScan()->Enabled());
+    EXPECT_TRUE(bench.reader->CancelScan()) << "as a reader that is not started";
+  }
+}
+
+// Sixteen ports that are there and keep silent.
+class SilentPorts : public SerialSystem {
+ public:
+  std::unique_ptr<SerialLine> Open(std::int16_t port, const LineSettings&) override {
+    struct Silence : SerialLine {
+      std::string Read() override { return {}; }
+      void Write(std::string_view) override {}
+    };
+    asked.push_back(port);
+    if (const auto fault = faults.find(port); fault != faults.end()) {
+      throw RunTimeError(fault->second, "No");
+    }
+    return std::make_unique<Silence>();
+  }
+
+  Ports asked;
+  std::map<std::int16_t, std::int32_t> faults;  // by port: the error at opening
+};
+
+struct SilentBench {
+  SilentBench() {
+    reader = CreateReader(ReaderParts{.serial = ports, .loop = time, .clock = time});
+    reader->LoadDefaults(kReader);
+  }
+  RecordingHost host;
+  std::shared_ptr<VirtualTime> time = std::make_shared<VirtualTime>();
+  std::shared_ptr<SilentPorts> ports = std::make_shared<SilentPorts>();
+  std::shared_ptr<clsTeskReader> reader;
+};
+
+TEST(Locate, WaitsForASilentPortByAClockOfItsOwn) {
+  SilentBench bench;
+  bench.reader->SetTimeOut(600);
+  EXPECT_FALSE(bench.reader->Locate(5));
+  EXPECT_EQ(bench.ports->asked.size(), 17U);
+  EXPECT_GE(bench.time->Elapsed(), 17 * 500ms);
+  EXPECT_LE(bench.time->Elapsed(), 17 * 700ms);
+}
+
+TEST(Locate, PassesOverPortsThatAreGoneHeldOrUnwilling) {
+  SilentBench bench;
+  for (std::int16_t port = 1; port <= 16; ++port) {
+    constexpr std::array kErrors{kErrorPort, kErrorPortInUse, kErrorLineSettings, kErrorLineWrite};
+    bench.ports->faults[port] = kErrors.at(static_cast<std::size_t>(port) % kErrors.size());
+  }
+  EXPECT_FALSE(bench.reader->Locate());
+  EXPECT_EQ(bench.ports->asked, Range(1, 16));
+  EXPECT_EQ(bench.time->Elapsed(), 0ms);
+  EXPECT_THAT(bench.host.errors, IsEmpty());
+}
+
+TEST(Locate, ReportsOnceWhatNoOtherPortWouldMend) {
+  SilentBench bench;
+  bench.reader->SetParity("X");
+  EXPECT_FALSE(bench.reader->Locate());
+  EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Locate"));
+  EXPECT_THAT(bench.ports->asked, IsEmpty());
+}
+
+TEST(Locate, EndsWhenTheHostGivesUp) {
+  SilentBench bench;
+  bench.time->onMessages = [&](int turn) {
+    EXPECT_FALSE(bench.reader->Locate(1)) << "within a search";
+    if (turn == 100) {
+      EXPECT_FALSE(bench.reader->EndReader());
+    }
+  };
+  EXPECT_FALSE(bench.reader->Locate());
+  EXPECT_EQ(bench.ports->asked, Range(1, 2));
+  EXPECT_LE(bench.time->Elapsed(), 1010ms);
+  EXPECT_TRUE(bench.reader->CancelScan());
+}
+
+TEST(Locate, TouchesNothingWhileTheReaderIsStarted) {
+  Bench bench(teskReaderTypeScantronScanMark2500,
+              simulator::CreateScanner(teskReaderTypeScantronScanMark2500, {.count = 1}));
+  ASSERT_TRUE(bench.reader->StartReader());
+  const std::string before = bench.serial->sent;
+  bench.reader->SetReaderType(kReader);
+  EXPECT_FALSE(bench.reader->Locate());
+  std::string text = "as it was";
+  EXPECT_FALSE(bench.reader->Firmware(text));
+  EXPECT_EQ(text, "as it was");
+  EXPECT_EQ(bench.serial->sent, before);
+  EXPECT_TRUE(bench.serial->open);
+  EXPECT_FALSE(bench.reader->CancelScan());
+  EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Locate", "clsTeskReader.Firmware"));
+}
+
+// ---- What counts as an answer
+
+// Says the same to every request, piece by piece.
+class Answering : public simulator::Scanner {
+ public:
+  explicit Answering(std::vector<std::string> pieces) : pieces_(std::move(pieces)) {}
+
+ private:
+  void OnByte(std::uint8_t byte, simulator::Time now) override {
+    if (byte != 'E') return;
+    for (const std::string& piece : pieces_) Reply(piece, now, simulator::Milliseconds(60));
+  }
+  std::vector<std::string> pieces_;
+};
+
+TEST(Identification, IsALineWithAVersionThatEndsInTime) {
+  struct Case {
+    const char* name;
+    std::vector<std::string> pieces;
+    const char* firmware;  // null: none
+  };
+  const Case cases[] = {
+      {"as seen", {"OMR-1100 - Version 1.04\r", "03/12/1999\r"}, "OMR-1100 - Version 1.04"},
+      {"without the date", {"OMR-1100 - Version 1.04\r"}, "OMR-1100 - Version 1.04"},
+      {"in pieces", {"OMR", "-1100 - Ver", "sion 1.0", "4\r03"}, "OMR-1100 - Version 1.04"},
+      {"line ends before it", {"\r\n\r", "EZData Version 2\r\n"}, "EZData Version 2"},
+      {"control characters in it", {"\x12\x01Version 3\x7F\r"}, "Version 3"},
+      {"never ended", {"OMR-1100 - Version 1.04"}, nullptr},
+      {"no version", {"OMR-1100\r03/12/1999\r"}, nullptr},
+      {"a version in the second line only", {"Modem\rVersion 9\r"}, nullptr},
+      {"line ends alone", {"\r\r\r\n"}, nullptr},
+      {"an echo", {kRequest}, nullptr},
+      {"endless", {std::string(100'000, 'V')}, nullptr},
+      {"nothing", {}, nullptr},
+  };
+  for (const Case& c : cases) {
+    SearchBench bench(kReader, std::make_shared<Answering>(c.pieces));
+    bench.reader->SetPort(3);
+    std::string firmware = "untouched";
+    EXPECT_EQ(bench.reader->Firmware(firmware), c.firmware != nullptr) << c.name;
+    EXPECT_EQ(firmware, c.firmware != nullptr ? c.firmware : "untouched") << c.name;
+    EXPECT_EQ(bench.reader->Locate(3), c.firmware != nullptr) << c.name;
+    EXPECT_FALSE(bench.serial->open) << c.name;
+    EXPECT_THAT(bench.host.errors, IsEmpty()) << c.name;
+  }
+}
+
+TEST(Identification, SurvivesEveryFaultOfTheScannerAndAPortThatDies) {
+  using simulator::Fault;
+  using simulator::FaultKind;
+  std::vector<Fault> faults{
+      {FaultKind::SilenceIdentify}, {FaultKind::GarbageIdentify}, {FaultKind::NoVersion}};
+  for (std::size_t byte = 0; byte < 24; ++byte) faults.push_back({FaultKind::CutIdentify, 1, byte});
+  for (const Fault& fault : faults) {
+    SearchBench bench(kReader, Identifying({fault}));
+    EXPECT_TRUE(bench.reader->Locate(3)) << "found at the second request";
+    EXPECT_THAT(bench.serial->asked, ElementsAre(3, 1, 2, 3))
+        << static_cast<int>(fault.kind) << '@' << fault.byte;
+  }
+  for (std::size_t bytes = 0; bytes < 24; ++bytes) {
+    SearchBench bench;
+    bench.serial->behaviour.goneAfter = bytes;
+    bench.serial->behaviour.chunk = 1;
+    EXPECT_FALSE(bench.reader->Locate(3)) << bytes;
+    EXPECT_THAT(bench.host.errors, IsEmpty());
+    EXPECT_FALSE(bench.serial->open);
+  }
+}
+
+TEST(Identification, TakesAnAnswerAtTheSlowestLineAndNoneThatComesTooLate) {
+  const auto slow = Identifying();
+  slow->PaceAt(11);
+  SearchBench bench(kReader, slow);
+  bench.reader->SetBaudRate(teskReaderBaudRate110);
+  EXPECT_TRUE(bench.reader->Locate(3));
+  SearchBench late(kReader, Identifying({}, {.answer = simulator::Milliseconds(2000)}));
+  EXPECT_FALSE(late.reader->Locate(3));
+}
+
+// ---- Firmware
+
+TEST(Firmware, IsOfferedWhereTheProfileSaysSo) {
+  for (std::int16_t type = -1; type <= 47; ++type) {
+    SearchBench bench;
+    bench.reader->LoadDefaults(static_cast<teskReaderType>(type));
+    bench.reader->SetPort(3);
+    bench.host.errors.clear();
+    std::string firmware;
+    const bool expected = (type >= 20 && type <= 23) || type == 35 || type == 37 || type == 41;
+    EXPECT_EQ(bench.reader->Firmware(firmware), expected) << type;
+    EXPECT_EQ(firmware, expected ? "OMR-1100 - Version 1.04" : "") << type;
+    EXPECT_EQ(bench.serial->asked, expected ? Ports{3} : Ports{}) << type;
+    EXPECT_FALSE(bench.serial->open);
+  }
+}
+
+TEST(Firmware, ReportsAPortThatCannotBeOpened) {
+  SearchBench bench;
+  std::string firmware;
+  EXPECT_FALSE(bench.reader->Firmware(firmware));
+  EXPECT_THAT(bench.serial->asked, ElementsAre(9));
+  EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Firmware"));
+  EXPECT_EQ(bench.reader->Port(), 9);
+}
+
+// ---- The simulator
+
+TEST(EZDataSimulator, RecordsWhateverIsNotTheRequest) {
+  const auto scanner = Identifying();
+  const simulator::Time now{};
+  scanner->Receive("R", now);
+  scanner->Receive(
+      "\x12\x1BV\x12"
+      "F",
+      now);
+  EXPECT_EQ(scanner->Send(now), "");
+  scanner->Receive(kRequest, now);
+  EXPECT_EQ(scanner->Send(now), "OMR-1100 - Version 1.04\r03/12/1999\r");
+  EXPECT_THAT(scanner->Complaints(),
+              ElementsAre("unknown command: \"R\"", "unknown command: \"<12><1B>V<12>F\""));
+  EXPECT_EQ(scanner->SheetsLeft(), 0U);
+}
+
+TEST(EZDataSimulator, StandsForTheReadersThatAreAskedThisWay) {
+  for (std::int16_t number = 0; number <= 47; ++number) {
+    const auto type = static_cast<teskReaderType>(number);
+    const auto faults = simulator::FaultKinds(type);
+    const bool identifies = std::ranges::find(faults, simulator::FaultKind::NoVersion) != faults.end();
+    EXPECT_EQ(identifies, AnswersIdentification(type)) << number;
+    EXPECT_TRUE(!identifies || DriverModule(type).empty()) << number << " reads no sheets";
+  }
+}
+
+}  // namespace
+}  // namespace tesk::test

@@ -1,0 +1,267 @@
+// The setup dialog's spin fields, its reader-grade box and its search button.
+#include <map>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "setup/optionsLayout.h"
+#include "setup/spinField.h"
+#include "simulator/Simulators.h"
+#include "tests/support/OptionsBench.h"
+
+namespace tesk::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using enum ControlId;
+
+// ---- The reader-grade box
+
+TEST(ReaderGrade, HandsTheThresholdsOverToTheReadersThatScoreThemselves) {
+  struct Case {
+    teskReaderType type;
+    bool scores;
+  };
+  for (const Case& c : {Case{teskReaderTypeNCSOpScan3, true}, Case{teskReaderTypeNCSOpScaniNSIGHT4, true},
+                        Case{teskReaderTypeAppersonAdvantageLink, false}}) {
+    Dialog dialog(c.type);
+    dialog.Load();
+    dialog.form.Click(chkReaderGrade);
+    EXPECT_EQ(dialog.view.calls.size(), c.scores ? 1U : 0U);
+    for (const ControlId id : {txtRecognitionThreshold, txtMarkDiscrimination, txtMarkCutOff}) {
+      EXPECT_EQ(dialog[id].enabled, !c.scores) << ControlName(id);
+      EXPECT_EQ(dialog[*LabelOf(id)].enabled, !c.scores) << ControlName(id);
+    }
+    EXPECT_TRUE(dialog[txtErasureThreshold].enabled);
+    dialog.form.Click(chkReaderGrade);
+    EXPECT_EQ(dialog.view.calls.size(), c.scores ? 1U : 0U) << "clearing says nothing";
+    EXPECT_TRUE(dialog[txtMarkCutOff].enabled);
+  }
+}
+
+TEST(ReaderGrade, IsLoadedWithoutANote) {
+  Dialog dialog(teskReaderTypeNCSOpScan2);
+  dialog.reader->SetReaderGrade(true);
+  dialog.Load();
+  EXPECT_THAT(dialog.view.calls, IsEmpty());
+  EXPECT_FALSE(dialog[txtMarkCutOff].enabled);
+  dialog.form.Click(chkReaderGrade);
+  dialog.form.Click(chkReaderGrade);
+  EXPECT_THAT(
+      dialog.view.calls,
+      ElementsAre(
+          "information|Scanner Settings|Note: SelfScore uses predefined values for recognition "
+          "threshold, mark discrimination, and discrimination cut-off. To return the scanner settings "
+          "to the default values, click the Defaults button."));
+  dialog.form.Click(cmdDefaults);
+  EXPECT_TRUE(dialog[txtMarkCutOff].enabled);
+}
+
+TEST(ReaderGrade, HasNoSayWhereNobodyCanClearIt) {
+  Dialog dialog(teskReaderTypeNCSEZData);
+  dialog.reader->SetReaderGrade(true);
+  dialog.Load();
+  EXPECT_TRUE(dialog[txtRecognitionThreshold].enabled);
+}
+
+// ---- Spin fields
+
+TEST(SpinField, IsCorrectedToItsBoundsAndDecimals) {
+  struct Case {
+    std::string text;
+    std::int32_t minimum;
+    std::int32_t maximum;
+    std::size_t decimals;
+    char separator;
+    std::string expected;
+  };
+  const Case cases[] = {{"40", 0, 15, 0, '.', "15"},     {"-1", 0, 15, 0, '.', "0"},
+                        {"1", 192, 254, 0, '.', "192"},  {"15", 0, 15, 0, '.', "15"},
+                        {"0", 0, 15, 0, '.', "0"},       {"1.25", 0, 15, 1, '.', "1.2"},
+                        {"1.2", 0, 15, 1, '.', "1.2"},   {"1,25", 0, 15, 1, ',', "1,2"},
+                        {"1.25", 0, 15, 3, '.', "1.25"}, {"7.9", 0, 15, 0, '.', "7"},
+                        {"7.", 0, 15, 0, '.', "7."},     {"15.01", 0, 15, 1, '.', "15"},
+                        {"15,01", 0, 15, 1, ',', "15"},  {"99999999999999", 0, 600, 0, '.', "600"},
+                        {"", 1, 600, 0, '.', "1"},       {"-12.345", -20, 0, 2, '.', "-12.34"}};
+  for (const Case& c : cases) {
+    Control field{.kind = ControlKind::SpinField,
+                  .text = c.text,
+                  .minimum = c.minimum,
+                  .maximum = c.maximum,
+                  .decimals = c.decimals,
+                  .separator = c.separator};
+    EXPECT_EQ(CorrectSpinText(field), c.text != c.expected) << c.text;
+    EXPECT_EQ(field.text, c.expected) << c.text;
+  }
+}
+
+TEST(SpinField, NeverHoldsAMinimumAboveItsMaximum) {
+  struct Case {
+    std::int32_t low, high, minimum, maximum, expectedLow, expectedHigh;
+  };
+  const Case cases[] = {{0, 15, 192, 254, 192, 254}, {192, 254, 0, 15, 0, 15}, {0, 0, 0, 0, 0, 0},
+                        {0, 15, 15, 31, 15, 31},     {0, 15, 9, 4, 9, 9},      {0, 15, 30, 20, 20, 20},
+                        {10, 15, 20, 5, 5, 5},       {0, 31, 1, 8, 1, 8},      {0, 0, 1, 1, 1, 1}};
+  for (const Case& c : cases) {
+    Control field{.kind = ControlKind::SpinField, .minimum = c.low, .maximum = c.high};
+    // The control refuses bounds that cross, so the wrong order would throw.
+    EXPECT_NO_THROW(SetSpinMinMax(field, c.minimum, c.maximum)) << c.minimum << ' ' << c.maximum;
+    EXPECT_EQ(field.minimum, c.expectedLow);
+    EXPECT_EQ(field.maximum, c.expectedHigh);
+  }
+  Control field{.maximum = 15};
+  EXPECT_THROW(SetSpinMinimum(field, 16), RunTimeError);
+  field.minimum = 3;
+  EXPECT_THROW(SetSpinMaximum(field, 2), RunTimeError);
+}
+
+TEST(SpinField, TakesOnlyTheCharactersOfItsNumbers) {
+  const Control whole{.kind = ControlKind::SpinField, .maximum = 15};
+  const Control fine{
+      .kind = ControlKind::SpinField, .minimum = -1, .maximum = 1, .decimals = 2, .separator = ','};
+  for (const char c : std::string("0123456789"))
+    EXPECT_TRUE(TakesCharacter(whole, c) && TakesCharacter(fine, c));
+  for (const char c : std::string("-,")) EXPECT_TRUE(!TakesCharacter(whole, c) && TakesCharacter(fine, c));
+  for (const char c : std::string(".e+ a")) EXPECT_FALSE(TakesCharacter(whole, c) || TakesCharacter(fine, c));
+}
+
+TEST(SpinField, BeepsForWhatItChangesAndOnlyThen) {
+  Dialog dialog(teskReaderTypeNCSOpScan2);
+  dialog.Load();
+  dialog.form.Type(txtRecognitionThreshold, "4");
+  dialog.form.Type(txtRecognitionThreshold, "40");
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "40");
+  dialog.form.Leave(txtRecognitionThreshold);
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "15");
+  EXPECT_EQ(dialog.view.beeps, 1);
+  dialog.form.Leave(txtRecognitionThreshold);
+  dialog.form.Type(txtRecognitionThreshold, "9");
+  dialog.form.Leave(txtRecognitionThreshold);
+  EXPECT_EQ(dialog.view.beeps, 1);
+  dialog.form.Type(txtMarkCutOff, "99");
+  dialog.form.ValidateSpinValue(txtMarkCutOff, true);
+  EXPECT_EQ(dialog[txtMarkCutOff].text, "15");
+  EXPECT_EQ(dialog.view.beeps, 1) << "silent";
+}
+
+TEST(SpinField, GivesWhatIsNoNumberBack) {
+  for (const char* text : {"", "-", "abc", "1-2", "..", "1.2.3", "999999999999999999999"}) {
+    Dialog dialog(teskReaderTypeNCSOpScan2);
+    dialog.Load();
+    dialog.form.Type(txtRecognitionThreshold, text);
+    dialog.form.Leave(txtRecognitionThreshold);
+    EXPECT_EQ(dialog[txtRecognitionThreshold].text, "7") << text;
+    EXPECT_EQ(dialog.view.beeps, 1) << text;
+  }
+}
+
+TEST(SpinField, IsCheckedWhenEnterConfirmsTheDialog) {
+  Dialog dialog(teskReaderTypeNCSOpScan2);
+  dialog.Load();
+  dialog.form.Type(txtRecognitionThreshold, "32000");
+  dialog.form.Type(txtReaderTimeout, "0");
+  dialog.form.Click(cmdOK);
+  EXPECT_TRUE(dialog.form.Confirmed());
+  EXPECT_EQ(dialog.reader->RecognitionThreshold(), 15);
+  EXPECT_EQ(dialog.reader->TimeOut(), 1);
+  EXPECT_EQ(dialog.view.beeps, 2);
+}
+
+TEST(SpinField, SpinsWithinItsBounds) {
+  Dialog dialog(teskReaderTypeNCSOpScan2);
+  dialog.Load();
+  dialog.form.Spin(txtRecognitionThreshold, 1);
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "8");
+  dialog.form.Spin(txtRecognitionThreshold, 100);
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "15");
+  dialog.form.Spin(txtRecognitionThreshold, -2'000'000'000);
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "0");
+  dialog[txtRecognitionThreshold].enabled = false;
+  dialog.form.Spin(txtRecognitionThreshold, 1);
+  dialog.form.Type(txtRecognitionThreshold, "3");
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "0") << "disabled";
+  EXPECT_EQ(dialog.view.beeps, 0);
+}
+
+// ---- The search button
+
+constexpr const char* kLocated = "information|Scanner Located|The scanner was located on port: 3";
+constexpr const char* kNotLocated =
+    "warning|Scanner Not Located|The scanner was not located. Please check to ensure that the scanner has "
+    "power and is "
+    "properly connected to the computer.";
+
+std::shared_ptr<simulator::Scanner> Identifying() {
+  return simulator::CreateScanner(teskReaderTypeChatsworthOMR1100, {});
+}
+
+TEST(LocateButton, ChoosesThePortAndLeavesTheEngineAsItWas) {
+  Dialog dialog(teskReaderTypeScanningSystemsSR601, Identifying());
+  dialog.reader->Printer()->SetDistance(31);
+  const auto before = Settings(*dialog.reader);
+  dialog.Load();
+  dialog.ChooseReader(teskReaderTypeChatsworthOMR1100);
+  dialog.Choose(cboBaud, "19200");
+  dialog.form.Click(cmdLocate);
+  EXPECT_THAT(dialog.serial->asked, ElementsAre(2, 1, 2, 3));
+  EXPECT_EQ(dialog.serial->settings.bitRate, 19200) << "the dialog's choices, not the engine's";
+  EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", kLocated, "arrow"));
+  EXPECT_EQ(dialog.Value(cboPort), "3");
+  EXPECT_EQ(Settings(*dialog.reader), before);
+  EXPECT_EQ(dialog.view.unloaded, 0);
+  dialog.form.Click(cmdOK);
+  EXPECT_EQ(dialog.reader->Port(), 3) << "reaches the engine when the dialog is confirmed";
+}
+
+TEST(LocateButton, WarnsWhenNobodyAnsweredAfterTheEngineIsAsItWas) {
+  Dialog dialog(teskReaderTypeScanningSystemsSR601, nullptr);
+  dialog.serial->port = 0;
+  const auto before = Settings(*dialog.reader);
+  dialog.Load();
+  dialog.ChooseReader(teskReaderTypeNCSEZData);
+  dialog.form.Select(cboPort, -1);
+  std::map<std::string, std::string> atWarning;
+  dialog.view.onMessage = [&] { atWarning = Settings(*dialog.reader); };
+  dialog.form.Click(cmdLocate);
+  EXPECT_EQ(dialog.serial->asked.size(), 16U) << "no start port";
+  EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", kNotLocated, "arrow"));
+  EXPECT_EQ(atWarning, before);
+  EXPECT_EQ(Settings(*dialog.reader), before);
+  EXPECT_EQ(dialog.Value(cboPort), "-");
+}
+
+TEST(LocateButton, IsNotThereForReadersThatCannotBeLocated) {
+  Dialog dialog(teskReaderTypeNCSOpScan2, Identifying());
+  dialog.Load();
+  dialog.form.Click(cmdLocate);
+  EXPECT_THAT(dialog.serial->asked, IsEmpty());
+  EXPECT_THAT(dialog.view.calls, IsEmpty());
+}
+
+TEST(LocateButton, LetsTheUserEndTheSearchAndNothingElseMeanwhile) {
+  Dialog dialog(teskReaderTypeChatsworthOMR1100,
+                simulator::CreateScanner(teskReaderTypeChatsworthOMR1100,
+                                         {.faults = {{simulator::FaultKind::SilenceIdentify}}}));
+  dialog.reader->SetPort(3);
+  dialog.Load();
+  const auto before = Settings(*dialog.reader);
+  dialog.time->onMessages = [&](int turn) {
+    dialog.form.Click(cmdOK);
+    dialog.form.Click(cmdLocate);
+    dialog.Choose(cboPort, "9");
+    if (turn == 5) dialog.form.Click(cmdCancel);
+  };
+  dialog.form.Click(cmdLocate);
+  EXPECT_THAT(dialog.serial->asked, ElementsAre(3));
+  EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", "arrow")) << "cancelling shows no message";
+  EXPECT_EQ(dialog.view.unloaded, 0);
+  EXPECT_FALSE(dialog.form.Confirmed());
+  EXPECT_EQ(dialog.Value(cboPort), "3");
+  EXPECT_EQ(Settings(*dialog.reader), before);
+  dialog.form.Click(cmdCancel);
+  EXPECT_EQ(dialog.view.unloaded, 1);
+}
+
+}  // namespace
+}  // namespace tesk::test

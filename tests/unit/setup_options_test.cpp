@@ -1,0 +1,433 @@
+// The setup dialog without its window: what every reader of the catalogue shows, loading, saving, cancelling.
+#include <map>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/readerNames.h"
+#include "setup/optionValues.h"
+#include "setup/optionsLayout.h"
+#include "tests/support/OptionsBench.h"
+
+namespace tesk::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using enum ControlId;
+
+// ---- Every reader of the catalogue
+
+class EveryReader : public ::testing::TestWithParam<teskReaderType> {
+ protected:
+  std::shared_ptr<clsTeskReaderProfile> Profile(const Dialog& dialog) const {
+    return dialog.reader->Profiles()->Item(NumberText(GetParam()));
+  }
+};
+
+void ExpectState(Dialog& dialog, ControlId id, bool enabled, bool visible) {
+  EXPECT_EQ(dialog[id].enabled, enabled) << ControlName(id);
+  EXPECT_EQ(dialog[id].visible, visible) << ControlName(id);
+  if (const auto label = LabelOf(id)) {
+    EXPECT_EQ(dialog[*label].enabled, enabled) << ControlName(*label);
+    EXPECT_EQ(dialog[*label].visible, visible) << ControlName(*label);
+  }
+}
+
+void ExpectBox(Dialog& dialog, ControlId id, bool checked, bool enabled, bool visible) {
+  EXPECT_EQ(dialog[id].checked, checked) << ControlName(id);
+  ExpectState(dialog, id, enabled, visible);
+}
+
+void ExpectField(Dialog& dialog, ControlId id, std::int32_t value, std::int32_t minimum,
+                 std::int32_t maximum) {
+  EXPECT_EQ(dialog[id].text, NumberText(value)) << ControlName(id);
+  EXPECT_EQ(dialog[id].minimum, minimum) << ControlName(id);
+  EXPECT_EQ(dialog[id].maximum, maximum) << ControlName(id);
+}
+
+TEST_P(EveryReader, ShowsItsOptions) {
+  Dialog dialog;
+  dialog.Load();
+  dialog.ChooseReader(GetParam());
+  const auto p = Profile(dialog);
+  ExpectBox(dialog, chkReaderGrade, p->ReaderGrade(), p->ReaderGradeEnabled(), p->ReaderGradeVisible());
+  ExpectBox(dialog, chkBarcode, p->Barcode(), p->BarcodeEnabled(), p->BarcodeVisible());
+  ExpectBox(dialog, chkDuplex, p->Duplex(), p->DuplexEnabled(), p->DuplexVisible());
+  ExpectBox(dialog, chkFeeder, p->Feeder(), p->FeederEnabled(), p->FeederVisible());
+  ExpectBox(dialog, chkPrinter, p->Printer(), p->PrinterEnabled(), p->PrinterVisible());
+  ExpectBox(dialog, chkRejecter, p->Rejecter(), p->RejecterEnabled(), p->RejecterVisible());
+  ExpectBox(dialog, chkWindowing, p->Windowing(), p->WindowingEnabled(), p->WindowingVisible());
+  ExpectBox(dialog, chkContinuous, p->Continuous(), p->ContinuousEnabled(), p->ContinuousVisible());
+  const std::set<int> selfScore{2, 3, 4, 5, 6, 25, 26, 31, 32, 23};
+  EXPECT_EQ(dialog[chkReaderGrade].caption,
+            selfScore.contains(GetParam()) ? "SelfSco&re option installed" : "Use scanne&r grade features");
+}
+
+TEST_P(EveryReader, ShowsItsLineAndImageSettings) {
+  Dialog dialog;
+  dialog.Load();
+  dialog.ChooseReader(GetParam());
+  const auto p = Profile(dialog);
+  const auto orNothing = [](const std::string& value) { return value == "0" || value.empty() ? "-" : value; };
+  EXPECT_EQ(dialog.Value(cboPort), "2") << "no reader proposes a port";
+  EXPECT_EQ(dialog.Value(cboBaud), NumberText(p->BaudRate()));
+  EXPECT_EQ(dialog.Value(cboDataBits), orNothing(NumberText(p->DataBits())));
+  EXPECT_EQ(dialog.Value(cboParity), orNothing(p->Parity()));
+  EXPECT_EQ(dialog.Value(cboStopBits), orNothing(NumberText(p->StopBits())));
+  EXPECT_EQ(dialog.Value(cboFlowControl), NumberText(p->FlowControl()));
+  EXPECT_EQ(dialog.Value(cboColorDepth), NumberText(p->ColorDepth()));
+  EXPECT_EQ(dialog.Text(cboResolution), NumberText(p->Resolution()) + " DPI");
+  ExpectState(dialog, cboPort, p->PortEnabled(), p->PortVisible());
+  ExpectState(dialog, cboBaud, p->BaudRateEnabled(), p->BaudRateVisible());
+  ExpectState(dialog, cboDataBits, p->DataBitsEnabled(), p->DataBitsVisible());
+  ExpectState(dialog, cboParity, p->ParityEnabled(), p->ParityVisible());
+  ExpectState(dialog, cboStopBits, p->StopBitsEnabled(), p->StopBitsVisible());
+  ExpectState(dialog, cboFlowControl, p->FlowControlEnabled(), p->FlowControlVisible());
+  ExpectState(dialog, cboColorDepth, p->ColorDepthEnabled(), p->ColorDepthVisible());
+  ExpectState(dialog, cboResolution, p->ResolutionEnabled(), p->ResolutionVisible());
+  ExpectState(dialog, fraImageSettings, p->ImagingEnabled(), p->ImagingVisible());
+  ExpectState(dialog, frmComPort, p->PortEnabled(), true);
+  EXPECT_EQ(dialog[cmdLocate].visible, p->LocateEnabled());
+}
+
+TEST_P(EveryReader, ShowsAndBoundsItsThresholds) {
+  Dialog dialog;
+  dialog.Load();
+  dialog.ChooseReader(GetParam());
+  const auto p = Profile(dialog);
+  const auto low = p->RecognitionThresholdMinimum();
+  const auto high = p->RecognitionThresholdMaximum();
+  ExpectField(dialog, txtRecognitionThreshold, p->RecognitionThreshold(), low, high);
+  ExpectField(dialog, txtErasureThreshold, p->ErasureThreshold(), low, high);
+  ExpectField(dialog, txtMarkDiscrimination, p->MarkDiscrimination(), 0, high);
+  ExpectField(dialog, txtMarkCutOff, p->MarkCutOff(), low, high);
+  ExpectField(dialog, txtReaderTimeout, p->TimeOut(), 1, 600);
+  ExpectField(dialog, txtSystemPause, p->SleepTime(), 0, 10'000);
+  for (const ControlId id : {txtRecognitionThreshold, txtErasureThreshold}) {
+    ExpectState(dialog, id, p->RecognitionThresholdEnabled(), p->RecognitionThresholdVisible());
+  }
+  for (const ControlId id : {txtMarkDiscrimination, txtMarkCutOff}) {
+    ExpectState(dialog, id, p->MarkDiscriminationEnabled(), p->MarkDiscriminationVisible());
+  }
+  ExpectState(dialog, txtReaderTimeout, p->TimeOutEnabled(), p->TimeOutVisible());
+  ExpectState(dialog, txtSystemPause, p->SleepTimeEnabled(), p->SleepTimeVisible());
+  ExpectState(dialog, fraTiming, p->TimeOutEnabled(), p->TimeOutVisible());
+}
+
+TEST_P(EveryReader, ComesThroughTheDialogUnchanged) {
+  Dialog dialog(GetParam());
+  dialog.reader->SetWindowing(true);
+  dialog.reader->SetTimeOut(601);
+  dialog.reader->SetRecognitionThreshold(300);
+  dialog.reader->SetReaderGrade(true);
+  dialog.reader->Printer()->SetDistance(77);
+  const auto before = Settings(*dialog.reader);
+  dialog.Load();
+  for (const ControlId id : TabOrder()) dialog.form.Leave(id);
+  dialog.form.Click(cmdOK);
+  EXPECT_TRUE(dialog.form.Confirmed());
+  const auto image = "Image=" + BooleanText(Profile(dialog)->Imaging());
+  EXPECT_THAT(Changed(before, Settings(*dialog.reader)), ::testing::AnyOf(IsEmpty(), ElementsAre(image)));
+}
+
+// Chosen and confirmed with no more than a port, a reader is what LoadDefaults makes it.
+TEST_P(EveryReader, BecomesItsDefaultsWhenItAloneIsChosen) {
+  const auto other =
+      GetParam() == teskReaderTypeNCSOpScan2 ? teskReaderTypeScantron8000 : teskReaderTypeNCSOpScan2;
+  Dialog dialog(other);
+  dialog.Load();
+  dialog.ChooseReader(GetParam());
+  dialog.Choose(cboPort, "11");
+  dialog.form.Click(cmdOK);
+  Dialog expected(other);
+  expected.reader->LoadDefaults(GetParam());
+  auto settings = Settings(*expected.reader);
+  const auto p = Profile(dialog);
+  if (p->PortEnabled()) settings["Port"] = "11";
+  settings["Windowing"] = BooleanText(p->Windowing());
+  settings["Continuous"] = BooleanText(p->Continuous());
+  EXPECT_EQ(Settings(*dialog.reader), settings);
+}
+
+INSTANTIATE_TEST_SUITE_P(Catalogue, EveryReader, ::testing::ValuesIn(CatalogueTypes()),
+                         [](const auto& info) { return "Type" + std::to_string(info.param); });
+
+// ---- Loading
+
+TEST(SetupDialog, ListsEveryReaderInTheCataloguesOrder) {
+  Dialog dialog(teskReaderTypeChatsworthACF100);
+  dialog.Load();
+  const auto types = CatalogueTypes();
+  ASSERT_EQ(dialog[cboReaderType].entries.size(), types.size());
+  for (std::size_t i = 0; i < types.size(); ++i) {
+    EXPECT_EQ(dialog[cboReaderType].entries[i], (ListEntry{ReaderName(types[i]), NumberText(types[i])}));
+  }
+  EXPECT_EQ(dialog.Text(cboReaderType), "Chatsworth Data ACP-100");
+  EXPECT_EQ(dialog.form.Caption(), "Scanner Settings");
+}
+
+TEST(SetupDialog, ShowsTheEnginesSettingsNotTheProposals) {
+  Dialog dialog(teskReaderTypeSekonicSR6500Hybrid);
+  clsTeskReader& r = *dialog.reader;
+  r.SetBarcode(true);
+  r.SetDuplex(false);
+  r.SetBaudRate(teskReaderBaudRate300);
+  r.SetParity("M");
+  r.SetStopBits(1.5F);
+  r.SetDataBits(teskReaderDataBits5);
+  r.SetFlowControl(teskReaderFlowControlBoth);
+  r.SetColorDepth(teskReaderColorDepthColor);
+  r.SetResolution(240);
+  r.SetRecognitionThreshold(11);
+  r.SetTimeOut(33);
+  r.Printer()->SetEnabled(true);
+  dialog.Load();
+  EXPECT_TRUE(dialog[chkBarcode].checked);
+  EXPECT_FALSE(dialog[chkDuplex].checked);
+  EXPECT_TRUE(dialog[chkPrinter].checked);
+  EXPECT_EQ(dialog.Text(cboBaud), "300");
+  EXPECT_EQ(dialog.Text(cboParity), "Mark");
+  EXPECT_EQ(dialog.Text(cboStopBits), "1.5");
+  EXPECT_EQ(dialog.Text(cboDataBits), "5");
+  EXPECT_EQ(dialog.Text(cboFlowControl), "Both");
+  EXPECT_EQ(dialog.Text(cboColorDepth), "Color");
+  EXPECT_EQ(dialog.Text(cboResolution), "240 DPI");
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "11");
+  EXPECT_EQ(dialog[txtReaderTimeout].text, "33");
+  EXPECT_EQ(dialog[txtRecognitionThreshold].maximum, 15);
+  EXPECT_TRUE(dialog[fraImageSettings].visible);
+}
+
+TEST(SetupDialog, KeepsSettingsThatNoListHas) {
+  Dialog dialog;
+  clsTeskReader& r = *dialog.reader;
+  r.SetBaudRate(static_cast<teskReaderBaudRate>(4800));
+  r.SetDataBits(static_cast<teskReaderDataBits>(0));
+  r.SetStopBits(0);
+  r.SetParity("X");
+  r.SetFlowControl(static_cast<teskReaderFlowControl>(9));
+  const auto before = Settings(r);
+  dialog.Load();
+  EXPECT_EQ(dialog.Text(cboBaud), "4800");
+  for (const ControlId id : {cboDataBits, cboStopBits, cboParity, cboFlowControl}) {
+    EXPECT_EQ(dialog.Value(id), "-") << ControlName(id);
+  }
+  dialog.form.Click(cmdOK);
+  EXPECT_TRUE(dialog.form.Confirmed());
+  EXPECT_EQ(Settings(r), before);
+}
+
+TEST(SetupDialog, ReadsParityAsSerialLinesDo) {
+  for (const auto& [parity, shown] : std::map<std::string, std::string>{{"n", "None"},
+                                                                        {"S", "Space"},
+                                                                        {"s", "Space"},
+                                                                        {" ", "Space"},
+                                                                        {"e", "Even"},
+                                                                        {"O", "Odd"},
+                                                                        {"", "-"}}) {
+    Dialog dialog;
+    dialog.reader->SetParity(parity);
+    dialog.Load();
+    EXPECT_EQ(dialog.Text(cboParity), shown);
+    dialog.form.Click(cmdOK);
+    EXPECT_EQ(dialog.reader->Parity(), parity) << "only the user changes it";
+  }
+  Dialog dialog;
+  dialog.Load();
+  dialog.Choose(cboParity, " ");
+  dialog.form.Click(cmdOK);
+  EXPECT_EQ(dialog.reader->Parity(), " ");
+}
+
+TEST(SetupDialog, ProposesAResolutionWhereTheStoredOneIsNone) {
+  Dialog dialog(teskReaderTypeSekonicSR3500Hybrid);
+  dialog.reader->SetResolution(-1);
+  dialog.Load();
+  EXPECT_EQ(dialog.Text(cboResolution), "200 DPI");
+  dialog.form.Click(cmdOK);
+  EXPECT_EQ(dialog.reader->Resolution(), 200);
+}
+
+TEST(SetupDialog, StaysHarmlessForAReaderThatTheCatalogueDoesNotHave) {
+  Dialog dialog;
+  dialog.reader->SetReaderType(teskReaderTypeDatawinHemeraC);
+  dialog.reader->SetPort(17);
+  const auto before = Settings(*dialog.reader);
+  dialog.Load();
+  EXPECT_EQ(dialog.Value(cboReaderType), "-");
+  for (const ControlId id : TabOrder()) {
+    const bool works = id == cboReaderType || id == cmdOK || id == cmdCancel;
+    EXPECT_EQ(IsUsable(dialog.form.Controls(), id), works) << ControlName(id);
+    if (id != cmdOK && id != cmdCancel) dialog.form.Click(id);
+  }
+  dialog.form.cmdLocate_Click();
+  dialog.form.cmdDefaults_Click();
+  dialog.form.Click(cmdOK);
+  EXPECT_TRUE(dialog.form.Confirmed());
+  EXPECT_EQ(Settings(*dialog.reader), before);
+  EXPECT_THAT(dialog.host.messages, IsEmpty());
+}
+
+TEST(SetupDialog, TranslatesEverythingItShows) {
+  Dialog dialog(teskReaderTypeSekonicSR3500Hybrid);
+  const std::vector<std::string>& lookedUp = dialog.host.lookedUp;
+  dialog.host.lookedUp.clear();
+  const frmOptions form(*dialog.reader, dialog.view);
+  for (std::size_t i = 0; i < kControlCount; ++i) {
+    const Control& control = form.Controls()[static_cast<ControlId>(i)];
+    if (!control.caption.empty()) {
+      EXPECT_THAT(lookedUp, ::testing::Contains(control.caption));
+    }
+    for (const ListEntry& entry : control.entries) EXPECT_THAT(lookedUp, ::testing::Contains(entry.text));
+  }
+  EXPECT_THAT(lookedUp, ::testing::Contains("Scanner Settings"));
+}
+
+// ---- Saving
+
+TEST(SetupDialog, SavesWhatTheUserChose) {
+  Dialog dialog(teskReaderTypeSekonicSR8000Hybrid);
+  dialog.reader->SetImage(false);
+  const auto before = Settings(*dialog.reader);
+  dialog.Load();
+  for (const ControlId id : {chkBarcode, chkDuplex, chkPrinter, chkRejecter, chkContinuous})
+    dialog.form.Click(id);
+  dialog.Choose(cboResolution, "300");
+  dialog.Choose(cboColorDepth, "2");
+  dialog.form.Type(txtRecognitionThreshold, "4");
+  dialog.form.Type(txtErasureThreshold, "2");
+  dialog.form.Type(txtMarkDiscrimination, "1");
+  dialog.form.Type(txtMarkCutOff, "9");
+  dialog.form.Click(cmdOK);
+  EXPECT_EQ(dialog.view.unloaded, 1);
+  EXPECT_THAT(Changed(before, Settings(*dialog.reader)),
+              ElementsAre("Barcode=False", "ColorDepth=2", "Continuous=True", "Duplex=False",
+                          "ErasureThreshold=2", "Image=True", "MarkCutOff=9", "MarkDiscrimination=1",
+                          "Printer=False", "RecognitionThreshold=4", "Rejecter=False", "Resolution=300"));
+}
+
+TEST(SetupDialog, SavesTheLineOfSerialReadersOnly) {
+  Dialog dialog;
+  dialog.Load();
+  dialog.Choose(cboPort, "16");
+  dialog.Choose(cboBaud, "256000");
+  dialog.Choose(cboDataBits, "4");
+  dialog.Choose(cboStopBits, "1.5");
+  dialog.Choose(cboFlowControl, "1");
+  dialog.Choose(cboParity, "M");
+  dialog.form.Type(txtReaderTimeout, "600");
+  dialog.form.Type(txtSystemPause, "0");
+  const auto before = Settings(*dialog.reader);
+  ASSERT_TRUE(dialog.form.SaveValues());
+  EXPECT_THAT(Changed(before, Settings(*dialog.reader)),
+              ElementsAre("BaudRate=256000", "DataBits=4", "FlowControl=1", "Parity=M", "Port=16",
+                          "SleepTime=0", "StopBits=1.5", "TimeOut=600"));
+  // The line stays what it was when a USB reader is set up.
+  dialog.ChooseReader(teskReaderTypeSekonicSR2300);
+  dialog.form.Click(chkDuplex);
+  ASSERT_TRUE(dialog.form.SaveValues());
+  EXPECT_EQ(dialog.reader->BaudRate(), 256000);
+  EXPECT_EQ(dialog.reader->Parity(), "M");
+}
+
+TEST(SetupDialog, KeepsWhatWasTypedForANewReader) {
+  Dialog dialog(teskReaderTypeNCSOpScan2);
+  dialog.Load();
+  dialog.ChooseReader(teskReaderTypePDIVMR138);
+  dialog.form.Type(txtRecognitionThreshold, "200");
+  dialog.Choose(cboBaud, "19200");
+  dialog.form.Click(cmdOK);
+  EXPECT_EQ(dialog.reader->ReaderType(), teskReaderTypePDIVMR138);
+  EXPECT_EQ(dialog.reader->RecognitionThreshold(), 200);
+  EXPECT_EQ(dialog.reader->BaudRate(), 19200);
+  EXPECT_EQ(dialog.reader->RecognitionThresholdMax(), 254)
+      << "has no control and must not stay the old reader's";
+  EXPECT_EQ(dialog.reader->ErasureThreshold(), 190);
+}
+
+TEST(SetupDialog, AsksForAPortBeforeItSaves) {
+  struct Case {
+    teskReaderType type;
+    std::int16_t port;
+    bool asks;
+  };
+  const Case cases[] = {{teskReaderTypeNCSOpScan2, 17, true},
+                        {teskReaderTypeNCSEZData, 0, true},
+                        {teskReaderTypeNCSOpScan2, 16, false},
+                        {teskReaderTypeSekonicSR2300, 0, false},
+                        {teskReaderTypeNone, 0, false}};
+  for (const Case& c : cases) {
+    Dialog dialog(c.type);
+    dialog.reader->SetPort(c.port);
+    const auto before = Settings(*dialog.reader);
+    dialog.Load();
+    dialog.form.Click(cmdOK);
+    EXPECT_EQ(dialog.form.Confirmed(), !c.asks);
+    EXPECT_EQ(dialog.view.unloaded, c.asks ? 0 : 1);
+    EXPECT_EQ(Settings(*dialog.reader), before);
+    const std::vector<RecordingHost::Message> prompt{
+        {"Scanner Port", "Please select a port for your OMR Scanner."}};
+    EXPECT_EQ(dialog.host.messages, c.asks ? prompt : std::vector<RecordingHost::Message>{});
+    EXPECT_EQ(dialog.view.focus, c.asks ? std::optional(cboPort) : std::nullopt);
+    if (!c.asks) continue;
+    dialog.Choose(cboPort, "4");
+    dialog.form.Click(cmdOK);
+    EXPECT_TRUE(dialog.form.Confirmed());
+    EXPECT_EQ(dialog.reader->Port(), 4);
+  }
+}
+
+TEST(SetupDialog, CancelChangesNothing) {
+  Dialog dialog;
+  const auto before = Settings(*dialog.reader);
+  dialog.Load();
+  dialog.ChooseReader(teskReaderTypeSekonicSR8000Hybrid);
+  dialog.form.Type(txtMarkCutOff, "1");
+  dialog.form.Click(cmdCancel);
+  EXPECT_FALSE(dialog.form.Confirmed());
+  EXPECT_EQ(dialog.view.unloaded, 1);
+  EXPECT_EQ(Settings(*dialog.reader), before);
+}
+
+TEST(SetupDialog, DefaultsRestoreTheChosenReadersProposals) {
+  Dialog dialog(teskReaderTypeScantron8000);
+  dialog.reader->SetMarkCutOff(1);
+  dialog.reader->SetDuplex(false);
+  dialog.reader->SetBaudRate(teskReaderBaudRate110);
+  dialog.Load();
+  dialog.form.Type(txtRecognitionThreshold, "98");
+  dialog.Choose(cboPort, "7");
+  EXPECT_FALSE(ShowsProposals(dialog.form.Controls(), *dialog.reader->Profiles()->Item("16")));
+  dialog.form.Click(cmdDefaults);
+  EXPECT_TRUE(ShowsProposals(dialog.form.Controls(), *dialog.reader->Profiles()->Item("16")));
+  EXPECT_EQ(dialog.Value(cboPort), "7");
+  EXPECT_EQ(dialog.reader->MarkCutOff(), 1) << "nothing is saved before OK";
+  EXPECT_EQ(dialog.view.unloaded, 0);
+}
+
+TEST(SetupDialog, ReportsAnErrorStaysOpenAndSavesNothingByHalves) {
+  Dialog dialog;
+  dialog.Load();
+  dialog.form.Click(chkDuplex);
+  dialog.Choose(cboBaud, "110");
+  auto before = Settings(*dialog.reader);
+  const auto printer = dialog.reader->Printer();
+  dialog.reader->SetPrinter(nullptr);
+  dialog.form.Click(cmdOK);
+  dialog.reader->SetPrinter(printer);
+  EXPECT_EQ(Settings(*dialog.reader), before);
+  dialog[txtMarkCutOff].text = "70000";
+  dialog.form.Click(cmdOK);
+  EXPECT_EQ(Settings(*dialog.reader), before);
+  EXPECT_FALSE(dialog.form.Confirmed());
+  EXPECT_EQ(dialog.view.unloaded, 0);
+  dialog.reader->SetProfiles(nullptr);
+  dialog.form.LoadValues();
+  EXPECT_THAT(dialog.host.Sources(),
+              ElementsAre("frmOptions.SaveValues", "frmOptions.SaveValues", "frmOptions.LoadValues"));
+}
+
+}  // namespace
+}  // namespace tesk::test

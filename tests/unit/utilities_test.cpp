@@ -1,0 +1,196 @@
+// File names that are free, random numbers, and the measuring and lining up of controls.
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <regex>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "setup/basPublic.h"
+#include "tests/support/RecordingHost.h"
+
+namespace tesk::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+class TemporaryFolder {
+ public:
+  TemporaryFolder() : path_(basPublic::GetUniqueFileName("tesk", ".dir", "")) {
+    std::filesystem::create_directory(path_);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+
+  const std::string& Path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+TEST(GetUniqueFileName, MakesUpWhatTheCallerLeavesOut) {
+  RecordingHost host;
+  host.applicationName = "Über-Quillon";
+  const std::string given = basPublic::GetUniqueFileName("", "", "");
+  const std::filesystem::path path(std::u8string(given.begin(), given.end()));
+  EXPECT_TRUE(std::filesystem::equivalent(path.parent_path(), std::filesystem::temp_directory_path()));
+  const std::u8string utf8 = path.filename().u8string();
+  const std::string name(utf8.begin(), utf8.end());
+  EXPECT_TRUE(std::regex_match(name, std::regex("Über-[0-9a-f]{3}(0|[1-9A-F][0-9A-F]{0,4})\\.[0-9a-f]{1,3}")))
+      << name;
+}
+
+TEST(GetUniqueFileName, KeepsPrefixExtensionFolderAndInstanceDigits) {
+  RecordingHost host;
+  const TemporaryFolder folder;
+  std::set<std::string> instances;
+  std::set<std::string> names;
+  for (int i = 0; i < 200; ++i) {
+    const std::filesystem::path path = basPublic::GetUniqueFileName("img_", ".tif", folder.Path());
+    ASSERT_EQ(path.parent_path(), std::filesystem::path(folder.Path()));
+    const std::string name = path.filename().string();
+    std::smatch parts;
+    ASSERT_TRUE(std::regex_match(name, parts, std::regex("img_([0-9a-f]{3})(0|[1-9A-F][0-9A-F]{0,4})\\.tif")))
+        << name;
+    instances.insert(parts[1]);
+    names.insert(name);
+  }
+  EXPECT_EQ(instances.size(), 1U) << "digits of one instance";
+  EXPECT_GT(names.size(), 195U);
+}
+
+TEST(GetUniqueFileName, DrawsAFreshExtensionPerName) {
+  RecordingHost host;
+  std::set<std::string> extensions;
+  for (int i = 0; i < 50; ++i) {
+    extensions.insert(std::filesystem::path(basPublic::GetUniqueFileName("", "", "")).extension().string());
+  }
+  EXPECT_GT(extensions.size(), 30U);
+}
+
+TEST(FirstFreePath, DrawsAgainWhereAFileOrAFolderIsAndNotForEver) {
+  RecordingHost host;
+  const TemporaryFolder folder;
+  const std::string file = folder.Path() + "/taken";
+  std::ofstream(file) << "x";
+  std::vector<std::string> draws{folder.Path() + "/free", file, folder.Path()};
+  const auto draw = [&] {
+    std::string drawn = draws.back();
+    draws.pop_back();
+    return drawn;
+  };
+  EXPECT_EQ(basPublic::FirstFreePath(draw), folder.Path() + "/free");
+  EXPECT_THROW(basPublic::FirstFreePath([&] { return file; }), RunTimeError);
+}
+
+TEST(RandomNumber, ReachesBothEndsAndNothingBeyond) {
+  RecordingHost host;
+  std::array<int, 7> counts{};
+  for (int i = 0; i < 70'000; ++i) {
+    const std::int32_t number = basPublic::RandomNumber(-3, 3);
+    ASSERT_GE(number, -3);
+    ASSERT_LE(number, 3);
+    ++counts.at(static_cast<std::size_t>(number + 3));
+  }
+  for (const int count : counts) EXPECT_NEAR(count, 10'000, 600);
+}
+
+TEST(RandomNumber, TakesTheWholeRangeAndASingleNumber) {
+  RecordingHost host;
+  constexpr auto kLow = std::numeric_limits<std::int32_t>::min();
+  constexpr auto kHigh = std::numeric_limits<std::int32_t>::max();
+  int negative = 0;
+  for (int i = 0; i < 1000; ++i) negative += basPublic::RandomNumber(kLow, kHigh) < 0 ? 1 : 0;
+  EXPECT_NEAR(negative, 500, 120);
+  EXPECT_EQ(basPublic::RandomNumber(5, 5), 5);
+  EXPECT_EQ(basPublic::RandomNumber(kHigh, kHigh), kHigh);
+  EXPECT_THAT(host.Sources(), ElementsAre());
+  EXPECT_EQ(basPublic::RandomNumber(6, 5), 6);
+  EXPECT_THAT(host.Sources(), ElementsAre("basPublic.RandomNumber"));
+}
+
+// One unit per character.
+const basPublic::TextMeasure kMeasure{
+    .width = [](std::string_view text) { return static_cast<std::int32_t>(text.size()); },
+    .box = 4,
+    .padding = 3};
+
+TEST(Captions, AreMeasuredWithoutTheAccessMarker) {
+  struct Case {
+    const char* caption;
+    const char* shown;
+    char key;
+  };
+  const Case cases[] = {{"", "", 0},
+                        {"&Port:", "Port:", 'p'},
+                        {"SelfSco&re", "SelfScore", 'r'},
+                        {"A && B", "A & B", 0},
+                        {"R&&D &Lab", "R&D Lab", 'l'},
+                        {"End&", "End", 0},
+                        {"&&", "&", 0},
+                        {"&&&x", "&x", 'x'}};
+  for (const Case& c : cases) {
+    EXPECT_EQ(basPublic::ShownCaption(c.caption), c.shown);
+    EXPECT_EQ(basPublic::AccessKey(c.caption), c.key) << c.caption;
+    const Control label{.kind = ControlKind::Label, .caption = c.caption};
+    EXPECT_EQ(basPublic::ControlTextWidth(label, kMeasure),
+              static_cast<std::int32_t>(std::string(c.shown).size()));
+  }
+}
+
+TEST(Controls, AreWidenedForTheirCaptionByKindAndNeverNarrowed) {
+  struct Case {
+    ControlKind kind;
+    std::int32_t textWidth;
+    std::int32_t width;
+  };
+  const Case cases[] = {{ControlKind::Label, 5, 5},        {ControlKind::CheckBox, 5, 9},
+                        {ControlKind::OptionButton, 5, 9}, {ControlKind::Button, 5, 11},
+                        {ControlKind::Frame, 5, 1},        {ControlKind::DropDownList, 0, 1},
+                        {ControlKind::SpinField, 0, 1}};
+  for (const Case& c : cases) {
+    Control control{.kind = c.kind, .caption = "&Width"};
+    control.place = {2, 3, 1, 1};
+    EXPECT_EQ(basPublic::ControlTextWidth(control, kMeasure), c.textWidth);
+    basPublic::ControlAutoSize(control, kMeasure);
+    EXPECT_EQ(control.place, (ControlPlace{2, 3, c.width, 1}));
+    control.place.width = 50;
+    basPublic::ControlAutoSize(control, kMeasure);
+    EXPECT_EQ(control.place.width, 50);
+  }
+}
+
+TEST(Controls, LineUpByTheirLeftEdges) {
+  Control label;
+  label.place = {10, 0, 25, 1};
+  Control field;
+  basPublic::ControlPositionRight(field, label, 5);
+  EXPECT_EQ(field.place.left, 40);
+  Control other;
+  other.place.left = 12;
+  basPublic::ControlAlignLeft(std::array{&other, &field});
+  EXPECT_EQ(other.place.left, 40);
+  EXPECT_EQ(field.place.left, 40);
+  basPublic::ControlAlignLeft({});
+}
+
+TEST(Controls, ErrorsAreReportedUnderTheHelpersName) {
+  RecordingHost host;
+  const basPublic::TextMeasure broken{.width = [](std::string_view) -> std::int32_t { throw Overflow(); }};
+  Control label;
+  EXPECT_EQ(basPublic::ControlTextWidth(label, broken), 0);
+  basPublic::ControlAutoSize(label, broken);
+  struct StuckForm : basPublic::Form {
+    void Unload() override { throw ObjectNotSet(); }
+  } form;
+  basPublic::UnloadForm(form);
+  EXPECT_THAT(host.Sources(),
+              ElementsAre("basPublic.ControlTextWidth", "basPublic.ControlAutoSize", "basPublic.UnloadForm"));
+}
+
+}  // namespace
+}  // namespace tesk::test

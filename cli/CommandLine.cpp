@@ -1,0 +1,171 @@
+// Parsing of the command line and the way out of it.
+#include "cli/CommandLine.h"
+
+#include <iostream>
+#include <optional>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "base/RunTimeError.h"
+#include "base/conversions.h"
+#include "cli/CommandError.h"
+#include "cli/NearestNames.h"
+#include "platform/Platform.h"
+
+namespace tesk::cli {
+namespace {
+
+constexpr void (*kCommands[])(CLI::App&, Program&) = {
+    AddReadersCommand, AddScanCommand,     AddSimulateCommand, AddDemoCommand,
+    AddLocateCommand,  AddFirmwareCommand, AddSettingsCommand,
+};
+
+constexpr std::string_view kFooter =
+    "Examples:\n"
+    "  teskread demo\n"
+    "  teskread readers\n"
+    "  teskread scan --reader \"Scantron Scanmark 2500\" --port /dev/ttyUSB0 --side1 50x48\n"
+    "\n"
+    "Exit status: 0 done, 1 the scanner, the port or a file failed, 2 the command line is wrong,\n"
+    "130 ended by Ctrl-C.";
+
+const CLI::App& ChosenCommand(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? app : *chosen.back();
+}
+
+std::string TitleOf(const CLI::App& app) {
+  const CLI::App& command = ChosenCommand(app);
+  return &command == &app ? "teskread" : "teskread " + command.get_name();
+}
+
+std::string CommandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  return AlternativesText(names);
+}
+
+// What could have been meant by an argument that nothing takes.
+std::string ExtraText(const CLI::App& app, const std::string& argument) {
+  const CLI::App& command = ChosenCommand(app);
+  if (&command == &app && !argument.starts_with('-')) {
+    return fmt::format("\"{}\" is no command; the commands are {}", argument, CommandNames(app));
+  }
+  std::vector<std::string> names;
+  for (const CLI::Option* option : command.get_options()) names.push_back(option->get_name());
+  const std::vector<std::string_view> views(names.begin(), names.end());
+  const auto nearest = NearestNames(argument.substr(0, argument.find('=')), views, 3);
+  const std::string hint = nearest.empty() ? "" : "|did you mean " + AlternativesText(nearest) + "?";
+  return fmt::format("{}: is not understood{}", argument, hint);
+}
+
+// The option that an error of the parser begins with; nullptr where it names none.
+const CLI::Option* OptionOf(const CLI::App& app, const std::string& error) {
+  const CLI::App& command = ChosenCommand(app);
+  return error.starts_with("--") ? command.get_option_no_throw(error.substr(0, error.find_first_of(": =")))
+                                 : nullptr;
+}
+
+// A help text in the lines of a message: unfolded, its example in a line of its own.
+std::string MessageLines(const std::string& description) {
+  return Replace(Replace(description, "\nexample", "|example"), "\n", " ");
+}
+
+std::string ParseErrorText(const CLI::App& app, const CLI::ParseError& error) {
+  const auto extras = app.remaining(true);
+  if (!extras.empty()) return ExtraText(app, extras.front());
+  const std::string text = error.what();
+  if (const CLI::Option* option = OptionOf(app, text)) {
+    const bool missing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const bool valueless = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch);
+    return fmt::format("{}|{} {}: {}",
+                       missing     ? option->get_name() + ": is required"
+                       : valueless ? option->get_name() + ": takes one value, and may not stand there twice"
+                                   : text,
+                       option->get_name(), option->get_type_name(), MessageLines(option->get_description()));
+  }
+  if (&ChosenCommand(app) == &app) return "a command is required: " + CommandNames(app);
+  return text;
+}
+
+// The status of a command line that asks for nothing but help or the version; empty for any other.
+std::optional<int> Parse(CLI::App& app, int argc, const char* const* argv, Program& program) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    program.output->Write(app.help());
+    return kStatusDone;
+  } catch (const CLI::CallForVersion&) {
+    program.output->Write(fmt::format("teskread {}\n", TESKREAD_VERSION));
+    return kStatusDone;
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(ParseErrorText(app, error));
+  }
+  return std::nullopt;
+}
+
+int Run(CLI::App& app, int argc, const char* const* argv, Program& program) {
+  try {
+    if (const auto status = Parse(app, argc, argv, program)) return *status;
+    return program.run();
+  } catch (const UsageError& error) {
+    const std::string title = TitleOf(app);
+    program.console->Message(title,
+                             fmt::format("{}|\"{} --help\" explains every option", error.what(), title));
+    return kStatusWrongUsage;
+  } catch (const CommandFailure& failure) {
+    program.console->Message(TitleOf(app), failure.what());
+  } catch (const RunTimeError& error) {
+    program.console->Message(TitleOf(app), fmt::format("{}{}{}", error.Description(),
+                                                       error.Detail().empty() ? "" : "|", error.Detail()));
+  }
+  return kStatusFailed;
+}
+
+}  // namespace
+
+std::string Explain(std::string_view text, std::string_view example) {
+  constexpr std::size_t kWidth = 62;  // characters beside the names of the options
+  std::string folded;
+  std::size_t column = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find(' ', at), text.size());
+    const std::string_view word = text.substr(at, end - at);
+    if (column > 0 && column + 1 + word.size() > kWidth) {
+      folded += '\n';
+      column = 0;
+    }
+    if (column > 0) folded += ' ', ++column;
+    folded += word;
+    column += word.size();
+    at = end + 1;
+  }
+  if (!example.empty()) folded += fmt::format("\nexample: {}", example);
+  return folded;
+}
+
+int RunCommandLine(int argc, const char* const* argv) {
+  Program program;
+  program.console = std::make_shared<Console>(std::cerr, platform::StandardErrorIsTerminal());
+  try {
+    program.output = OpenStandardOutput();
+    CLI::App app("Drives optical mark readers: reads the marks of sheets over a scanner's own protocol.",
+                 "teskread");
+    app.set_version_flag("--version", TESKREAD_VERSION);
+    app.set_help_flag("-h,--help", "Prints this help and exits");
+    app.get_formatter()->column_width(34);
+    app.require_subcommand(1);
+    for (const auto add : kCommands) add(app, program);
+    // Last: commands take over what is there when they are added.
+    app.footer(std::string(kFooter));
+    return Run(app, argc, argv, program);
+  } catch (const std::exception& error) {
+    program.console->Message("teskread", error.what());
+    return kStatusFailed;
+  }
+}
+
+}  // namespace tesk::cli

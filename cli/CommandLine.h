@@ -1,0 +1,39 @@
+// The command line as a whole: its commands, its errors, its exit status. Knows nobody above the commands.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/Console.h"
+#include "cli/Output.h"
+
+namespace tesk::cli {
+
+// What every command works with.
+struct Program {
+  std::shared_ptr<Console> console;
+  std::shared_ptr<Output> output;  // standard output
+  // What the chosen command does, once the whole command line is understood; yields the exit status.
+  std::function<int()> run;
+};
+
+// Each adds one command to the command line.
+void AddReadersCommand(CLI::App& app, Program& program);
+void AddScanCommand(CLI::App& app, Program& program);
+void AddSimulateCommand(CLI::App& app, Program& program);
+void AddDemoCommand(CLI::App& app, Program& program);
+void AddLocateCommand(CLI::App& app, Program& program);
+void AddFirmwareCommand(CLI::App& app, Program& program);
+void AddSettingsCommand(CLI::App& app, Program& program);
+
+// A help text: what an option does, folded to lines, and an example of its use.
+std::string Explain(std::string_view text, std::string_view example = {});
+
+// Everything: parses, runs, prints what went wrong. Yields the exit status; never throws.
+int RunCommandLine(int argc, const char* const* argv);
+
+}  // namespace tesk::cli

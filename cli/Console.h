@@ -1,0 +1,57 @@
+// Standard error as the operator sees it: messages, and on a terminal one progress line below them. Knows
+// base alone.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "base/HostServices.h"
+
+namespace tesk::cli {
+
+// A failure to write is ignored: there is nobody left to tell.
+class Console {
+ public:
+  // animated: `stream` is a terminal.
+  Console(std::ostream& stream, bool animated) : stream_(stream), animated_(animated) {}
+
+  // "TITLE: TEXT"; the lines of `text` behind the first "|" follow, indented. Control characters are shown
+  // as "?".
+  void Message(std::string_view title, std::string_view text);
+  bool Animated() const { return animated_; }
+  // Replaces the progress line; without effect where nothing is animated.
+  void Progress(const std::string& line);
+  // Takes the progress line away before something else is printed, also on standard output.
+  void ClearProgress();
+
+ private:
+  std::ostream& stream_;
+  bool animated_;
+  std::size_t shown_ = 0;  // characters of the progress line
+};
+
+// The host's side of the engine: its messages and error reports go to the console and are counted.
+class ConsoleHost : public HostServices {
+ public:
+  explicit ConsoleHost(std::shared_ptr<Console> console) : console_(std::move(console)) {}
+
+  bool MsgBoxEx(const std::string& title, const std::string& text) override;
+  // An error without a title of its own is followed by its number and source.
+  void RaiseError(const ErrorReport& report) override;
+  bool Silent() const override { return silent_; }
+  void SetSilent(bool silent) override { silent_ = silent; }
+  std::string ApplicationName() const override { return "teskread"; }
+
+  // How many messages the operator has got.
+  int Messages() const { return messages_; }
+
+ private:
+  std::shared_ptr<Console> console_;
+  bool silent_ = false;
+  int messages_ = 0;
+};
+
+}  // namespace tesk::cli

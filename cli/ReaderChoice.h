@@ -1,0 +1,21 @@
+// Which scanner model --reader means. Knows the models' names and the assembly.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/enumerations.h"
+
+namespace tesk::cli {
+
+// A number, an enumerator or a display name, the letters in any case. Throws UsageError with the nearest
+// names, also for teskReaderTypeNone.
+teskReaderType ParseReader(const std::string& text);
+
+// Throws CommandFailure in plain words for a model that has no driver.
+void RequireDriver(teskReaderType type);
+
+// What the support of a model rests on, as `readers` prints it.
+std::string_view SupportOf(teskReaderType type);
+
+}  // namespace tesk::cli

@@ -1,0 +1,69 @@
+// Records the wire of a scan in a text file: every byte in both directions with its time, every wait and
+// its end. docs/cli.md gives the grammar. Knows the transport.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "cli/LineObserver.h"
+#include "transport/HostLoop.h"
+#include "transport/OneShotTimer.h"
+
+namespace tesk::cli {
+
+class Trace : public LineObserver {
+ public:
+  // `failed` is called once when a line cannot be written; nothing is recorded from then on.
+  Trace(std::shared_ptr<const Clock> clock, std::function<void()> failed);
+
+  // Takes the file and writes the lines before the first event. settings: as the engine has them, in one
+  // line. Nothing is recorded before.
+  void Begin(std::unique_ptr<std::ostream> stream, int readerType, std::string_view readerName,
+             std::string_view settings);
+  // How a wait that ends without bytes or time-out is told from one that got its answer.
+  void CancelledBy(std::function<bool()> cancelled) { cancelled_ = std::move(cancelled); }
+
+  void Opened(std::int16_t port, const LineSettings& settings) override;
+  void Closed() override;
+  void Sent(std::string_view bytes) override { WriteBytes('>', bytes); }
+  void Received(std::string_view bytes) override { WriteBytes('<', bytes); }
+
+  void WaitBegins(std::int32_t milliseconds);
+  void WaitEnds(bool timedOut);  // without effect where no wait is open
+
+ private:
+  void WriteBytes(char direction, std::string_view bytes);
+  void WriteEvent(std::string_view text);
+  void WriteLine(const std::string& line);
+
+  std::unique_ptr<std::ostream> stream_;
+  std::shared_ptr<const Clock> clock_;
+  std::function<void()> failed_;
+  std::function<bool()> cancelled_ = [] { return false; };
+  TimePoint start_;
+  bool waiting_ = false;
+};
+
+// A time-out timer whose waits are recorded.
+class TracedTimer : public OneShotTimer {
+ public:
+  TracedTimer(std::shared_ptr<OneShotTimer> timer, std::shared_ptr<Trace> trace)
+      : timer_(std::move(timer)), trace_(std::move(trace)) {}
+
+  bool Enabled() const override;
+  void SetEnabled(bool enabled) override;
+  std::int32_t Interval() const override { return timer_->Interval(); }
+  void SetInterval(std::int32_t milliseconds) override { timer_->SetInterval(milliseconds); }
+
+ private:
+  std::shared_ptr<OneShotTimer> timer_;
+  std::shared_ptr<Trace> trace_;
+};
+
+// "9600,N,8,1", as everybody writes line settings.
+std::string LineSettingsText(const LineSettings& settings);
+
+}  // namespace tesk::cli

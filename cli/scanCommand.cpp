@@ -1,0 +1,198 @@
+// `teskread scan`: reads sheets.
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "cli/CommandLine.h"
+#include "cli/GridText.h"
+#include "cli/ReaderChoice.h"
+#include "cli/ScanPlan.h"
+#include "cli/ScanRun.h"
+#include "cli/SimulatedOmr.h"
+#include "cli/SimulatedScanner.h"
+#include "cli/SimulatedSerial.h"
+#include "cli/terminalStyle.h"
+#include "platform/Platform.h"
+
+namespace tesk::cli {
+namespace {
+
+constexpr std::string_view kFooter =
+    "The model's defaults come first, then the options in the order of this list.\n"
+    "Models whose driver reads the rows and columns that it is told need --side1.\n"
+    "--side2 makes the form two-sided where the scanner reads both sides (Duplex).\n"
+    "\n"
+    "Examples:\n"
+    "  teskread scan --reader 13 --port /dev/ttyUSB0 --side1 50x48 --output class7.ndjson\n"
+    "  teskread scan --reader 15 --port sim --side1 50x48 --side2 50x48 --format grid";
+
+void AddEngineOptions(CLI::App& command, ScanOptions& options) {
+  const auto many = [](CLI::Option* option) { return option->allow_extra_args(false); };
+  command
+      .add_option("--reader", options.reader,
+                  Explain("the scanner model: its number, enumerator or display name (see teskread readers)",
+                          "--reader \"Scantron Scanmark 5500\""))
+      ->type_name("R")
+      ->required();
+  command
+      .add_option("--port", options.port,
+                  Explain("1 to 16, a device path, or sim: a simulated scanner of the chosen model",
+                          "--port /dev/ttyUSB0"))
+      ->type_name("P");
+  many(command.add_option("--set", options.assignments,
+                          Explain("sets a property of the engine by its own name; may be repeated",
+                                  "--set TimeOut=3 --set Duplex=False")))
+      ->type_name("NAME=VALUE");
+  command
+      .add_option(
+          "--side1", options.side1,
+          Explain("rows and columns of the sheets' front, one size per sheet definition", "--side1 50x48"))
+      ->type_name("RxC[,RxC...]");
+  command
+      .add_option("--side2", options.side2,
+                  Explain("the same of the back, as many sizes as --side1", "--side2 50x48"))
+      ->type_name("RxC[,RxC...]");
+  many(command.add_option(
+           "--window", options.windows,
+           Explain("adds a read window and reads windows instead of pages: StartRow,NumRows,RowGap,"
+                   "StartCol,NumCols,ColGap,Page,Orientation; may be repeated",
+                   "--window 1,10,1,1,5,1,1,0")))
+      ->type_name("FIELDS");
+  many(command.add_option(
+           "--barcode", options.barcodes,
+           Explain("adds a barcode definition and switches barcodes on: Page,Field,Distance,Length,"
+                   "Symbology,Orientation; may be repeated",
+                   "--barcode 1,1,30,8,teskBarcodeTypeCode39,1")))
+      ->type_name("FIELDS");
+  many(command.add_option("--imprint", options.imprints,
+                          Explain("a text to print on every sheet; up to 3 times", "--imprint \"Room 7\"")))
+      ->type_name("TEXT");
+  command
+      .add_option("--imprint-position", options.imprintPosition,
+                  Explain("where the imprint stands, in the model's own units", "--imprint-position 12"))
+      ->type_name("N");
+}
+
+void AddBatchOptions(CLI::App& command, ScanOptions& options) {
+  command
+      .add_option("--max-sheets", options.maxSheets,
+                  Explain("ends after so many sheets; none or negative: no limit", "--max-sheets 30"))
+      ->type_name("N");
+  command
+      .add_option("--dispose", options.dispose,
+                  Explain("what is done with each sheet after it was read: eject (default), reject or none",
+                          "--dispose reject"))
+      ->type_name("WHAT");
+  command
+      .add_option(
+          "--format", options.format,
+          Explain(
+              "ndjson (one JSON object per line and sheet), csv (sheet,side,row,column,value), or grid (a "
+              "picture); default grid on a terminal, else ndjson",
+              "--format csv"))
+      ->type_name("FORMAT");
+  command
+      .add_option("--output", options.output,
+                  Explain("writes the sheets to a file instead of standard output", "--output class7.ndjson"))
+      ->type_name("FILE");
+  command
+      .add_option(
+          "--trace", options.trace,
+          Explain("records every byte on the wire and every wait with its time", "--trace scan.trace"))
+      ->type_name("FILE");
+}
+
+// What a scan reads from: a serial line, or the library of the USB readers; without one the system's is taken.
+struct Source {
+  std::shared_ptr<SerialSystem> serial;
+  std::shared_ptr<OmrLibraryLoader> omrLoader = nullptr;
+};
+
+Source SourceOf(const ScanPlan& plan) {
+  if (!plan.port || plan.port->kind == PortChoice::Kind::Number) return {platform::CreateSerialSystem()};
+  if (plan.port->kind == PortChoice::Kind::Device) return {platform::CreateSerialSystem(plan.port->device)};
+  StockOptions stock;
+  stock.side1 = plan.side1;
+  stock.side2 = plan.side2;
+  auto sheets = StockOf(plan.reader, stock);
+  if (auto usb = CreateSimulatedOmr(plan.reader, sheets)) {
+    return {platform::CreateSerialSystem(), std::move(usb)};
+  }
+  return {std::make_shared<SimulatedSerial>(CreateSimulatedScanner(plan.reader, std::move(sheets)),
+                                            platform::CreateClock())};
+}
+
+// Writes sheets in the chosen format to the chosen place.
+class SheetPrinter {
+ public:
+  SheetPrinter(const ScanPlan& plan, Program& program) : plan_(plan), standardOutput_(*program.output) {
+    const bool onTerminal = plan_.output.empty() && platform::StandardOutputIsTerminal();
+    format_ = plan_.format.value_or(onTerminal ? SheetFormat::Grid : SheetFormat::Ndjson);
+    color_ = onTerminal && TerminalShowsColor();
+  }
+
+  void Begin() {
+    if (!plan_.output.empty()) file_ = OpenOutputFile(plan_.output);
+    if (format_ == SheetFormat::Csv) Target().Write(CsvHeader());
+  }
+  void Print(const clsTeskReader& engine, const SheetRecord& record) {
+    Target().Write(TextOf(engine, record));
+  }
+  void End() { Target().Close(); }
+
+ private:
+  Output& Target() { return file_ ? *file_ : standardOutput_; }
+
+  std::string TextOf(const clsTeskReader& engine, const SheetRecord& record) const {
+    switch (format_) {
+      case SheetFormat::Ndjson:
+        return NdjsonText(record);
+      case SheetFormat::Csv:
+        return CsvText(record);
+      case SheetFormat::Grid:
+        break;
+    }
+    return GridText(record, engine.ReaderName(),
+                    {.threshold = engine.RecognitionThreshold(),
+                     .darkest = engine.RecognitionThresholdMax(),
+                     .color = color_});
+  }
+
+  const ScanPlan& plan_;
+  Output& standardOutput_;
+  SheetFormat format_ = SheetFormat::Ndjson;
+  bool color_ = false;
+  std::unique_ptr<Output> file_;
+};
+
+int RunScanCommand(const ScanOptions& options, Program& program) {
+  const ScanPlan plan = ParseScanOptions(options);
+  RequireDriver(plan.reader);
+  SheetPrinter printer(plan, program);
+  Source source = SourceOf(plan);
+  const ScanOutcome outcome =
+      RunScan(plan, std::move(source.serial), program.console,
+              {.begin = [&] { printer.Begin(); },
+               .take = [&](const clsTeskReader& engine,
+                           const SheetRecord& record) { printer.Print(engine, record); }},
+              std::move(source.omrLoader));
+  printer.End();
+  return StatusOf(outcome, *program.console);
+}
+
+}  // namespace
+
+void AddScanCommand(CLI::App& app, Program& program) {
+  const auto options = std::make_shared<ScanOptions>();
+  CLI::App* command =
+      app.add_subcommand("scan", "Reads sheets until the hopper is empty, --max-sheets, or Ctrl-C");
+  AddEngineOptions(*command, *options);
+  AddBatchOptions(*command, *options);
+  command->footer(std::string(kFooter));
+  command->callback([options, &program] {
+    program.run = [options, &program] { return RunScanCommand(*options, program); };
+  });
+}
+
+}  // namespace tesk::cli

@@ -1,0 +1,178 @@
+// `teskread simulate`: is a scanner.
+#include <charconv>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "base/conversions.h"
+#include "base/readerNames.h"
+#include "cli/CommandError.h"
+#include "cli/CommandLine.h"
+#include "cli/ReaderChoice.h"
+#include "cli/SimulatedScanner.h"
+
+namespace tesk::cli {
+namespace {
+
+constexpr std::int32_t kMostSheets = 100'000;
+
+struct SimulateOptions {
+  std::string reader;
+  std::string sheets;
+  std::string count;
+  std::string seed;
+  std::string side1;
+  std::string side2;
+  std::string link;
+  bool paced = false;
+  std::vector<std::string> faults;
+};
+
+StockOptions ParseStock(const SimulateOptions& options) {
+  StockOptions stock;
+  stock.sheetFile = options.sheets;
+  if (!stock.sheetFile.empty() && !(options.count + options.seed + options.side1 + options.side2).empty()) {
+    throw UsageError(
+        "--sheets: the sheets come from the file, so --count, --seed, --side1 and --side2 do not go "
+        "with it");
+  }
+  if (!options.count.empty()) stock.count = ParseWholeNumber("--count", options.count, 0, kMostSheets);
+  if (!options.seed.empty()) {
+    const char* end = options.seed.data() + options.seed.size();
+    const auto result = std::from_chars(options.seed.data(), end, stock.seed);
+    if (result.ec != std::errc() || result.ptr != end) {
+      throw UsageError(
+          fmt::format("--seed: \"{}\" is no whole number from 0 to {}", options.seed, UINT64_MAX));
+    }
+  }
+  if (!options.side1.empty()) stock.side1 = ParseSheetSizes("--side1", options.side1);
+  if (!options.side2.empty()) stock.side2 = ParseSheetSizes("--side2", options.side2);
+  return stock;
+}
+
+std::vector<simulator::Fault> ParseFaults(teskReaderType reader, const std::vector<std::string>& texts) {
+  std::vector<simulator::Fault> faults;
+  for (const std::string& text : texts) {
+    const auto parsed = simulator::ParseFault(text, simulator::FaultKinds(reader));
+    if (!parsed.fault) throw UsageError("--fault: " + parsed.error);
+    faults.push_back(*parsed.fault);
+  }
+  return faults;
+}
+
+// Status 1 where the host broke the rules of the scanner's protocol.
+int TellComplaints(const simulator::Scanner& scanner, Console& console) {
+  for (const std::string& complaint : scanner.Complaints()) {
+    console.Message("teskread simulate", "the host sent what this scanner does not understand: " + complaint);
+  }
+  return scanner.Complaints().empty() ? kStatusDone : kStatusFailed;
+}
+
+int RunSimulate(const SimulateOptions& options, Program& program) {
+  const teskReaderType reader = ParseReader(options.reader);
+  const StockOptions stock = ParseStock(options);
+  if (simulator::FaultKinds(reader).empty()) {
+    throw CommandFailure(fmt::format("The {} has no simulated scanner in this version", ReaderName(reader)));
+  }
+  const auto scanner =
+      CreateSimulatedScanner(reader, StockOf(reader, stock), ParseFaults(reader, options.faults));
+  if (options.paced) scanner->PaceAt(LineRate(reader));
+  platform::InstallInterruptHandler();
+  const auto terminal = platform::CreatePseudoTerminal(options.link);
+  program.output->Write(fmt::format("listening on {}\n", terminal->DevicePath()));
+  Serve(*terminal, *scanner, *platform::CreateClock(), [] { return platform::Interrupted(); });
+  return TellComplaints(*scanner, *program.console);
+}
+
+std::string FaultsText(teskReaderType reader) {
+  std::string text = fmt::format("Faults of the {} (each happens once):\n", ReaderName(reader));
+  for (const simulator::FaultKind kind : simulator::FaultKinds(reader)) {
+    const auto& fault = simulator::Describe(kind);
+    text += fmt::format("  {:<24} {}\n", fault.form, fault.description);
+  }
+  return text;
+}
+
+// The faults of the reader that the command line names; without one, of a model that has them.
+std::string FooterText(const SimulateOptions& options) {
+  constexpr std::string_view kExamples =
+      "\nExamples:\n"
+      "  teskread simulate --reader 15 --link /tmp/scanner\n"
+      "  teskread simulate --reader 15 --sheets class7.ndjson --paced --fault jam@3 --fault cut@100@5\n";
+  teskReaderType reader = teskReaderTypeScantronScanMark5500;
+  if (!options.reader.empty()) reader = ParseReader(options.reader);
+  if (simulator::FaultKinds(reader).empty()) {
+    return fmt::format("The {} has no simulated scanner in this version.\n{}", ReaderName(reader), kExamples);
+  }
+  const std::string hint =
+      options.reader.empty() ? "With --reader R, --help lists the faults of that model.\n" : "";
+  return FaultsText(reader) + hint + std::string(kExamples);
+}
+
+void AddStockOptions(CLI::App& command, SimulateOptions& options) {
+  command
+      .add_option(
+          "--sheets", options.sheets,
+          Explain(
+              "the sheets in the hopper: a file of what scan --format ndjson writes; without it sheets are "
+              "generated, filled as people fill them",
+              "--sheets class7.ndjson"))
+      ->type_name("FILE");
+  command.add_option("--count", options.count, Explain("how many sheets are generated (20)", "--count 200"))
+      ->type_name("N");
+  command
+      .add_option("--seed", options.seed,
+                  Explain("the same seed gives the same sheets everywhere (1)", "--seed 42"))
+      ->type_name("S");
+  command
+      .add_option("--side1", options.side1,
+                  Explain("rows and columns of the generated sheets (50x48)", "--side1 40x48"))
+      ->type_name("RxC");
+  command
+      .add_option(
+          "--side2", options.side2,
+          Explain("generates the back too, of the same size; it is there anyway where the model reads both "
+                  "sides",
+                  "--side2 40x48"))
+      ->type_name("RxC");
+}
+
+void AddLineOptions(CLI::App& command, SimulateOptions& options) {
+  command
+      .add_option(
+          "--link", options.link,
+          Explain("a symbolic link to the pseudo-terminal, removed at the end", "--link /tmp/scanner"))
+      ->type_name("PATH");
+  command.add_flag("--paced", options.paced,
+                   Explain("delivers bytes no faster than the bit rate that the model's profile proposes",
+                           "teskread simulate --reader 15 --paced"));
+  command
+      .add_option(
+          "--fault", options.faults,
+          Explain("something that goes wrong at a sheet, see below; may be repeated", "--fault jam@3"))
+      ->type_name("KIND@SHEET")
+      ->allow_extra_args(false);
+}
+
+}  // namespace
+
+void AddSimulateCommand(CLI::App& app, Program& program) {
+  const auto options = std::make_shared<SimulateOptions>();
+  CLI::App* command = app.add_subcommand(
+      "simulate", "Is a scanner: opens a pseudo-terminal and speaks that model's side of the wire");
+  command
+      ->add_option("--reader", options->reader,
+                   Explain("the scanner model: its number, enumerator or display name", "--reader 15"))
+      ->type_name("R")
+      ->required();
+  AddStockOptions(*command, *options);
+  AddLineOptions(*command, *options);
+  command->footer([options] { return FooterText(*options); });
+  command->callback(
+      [options, &program] { program.run = [options, &program] { return RunSimulate(*options, program); }; });
+}
+
+}  // namespace tesk::cli

@@ -1,0 +1,178 @@
+// teskread's other commands, and its answers to command lines that are wrong.
+#include <signal.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/process/Process.h"
+
+namespace tesk::test {
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Texts = std::vector<std::string>;
+
+struct WrongLine {
+  Texts arguments;
+  const char* names;
+};
+
+TEST(ProcessCommandLine, WhatIsWrongIsNamedWithStatus2AndNothingOnStandardOutput) {
+  const WrongLine lines[] = {
+      {{}, "a command is required: readers, scan, simulate, demo, locate, firmware or settings"},
+      {{"scna"}, "\"scna\" is no command"},
+      {{"--frobnicate"}, "--frobnicate"},
+      {{"scan"}, "--reader: is required"},
+      {{"scan", "--reader"}, "--reader: takes one value"},
+      {{"scan", "--reader", "15", "--sied1", "50x48"}, "did you mean --side1"},
+      {{"scan", "--reader", "15", "--port", "sim", "extra"}, "extra: is not understood"},
+      {{"scan", "--reader", "scanmark", "--port", "sim"}, "did you mean Scantron Scanmark 2000"},
+      {{"scan", "--reader", "15", "--port", "17", "--side1", "50x48"}, "--port"},
+      {{"scan", "--reader", "15", "--port", "sim"}, "--side1: is required"},
+      {{"scan", "--reader", "15", "--port", "sim", "--side1", "50"}, "--side1"},
+      {{"scan", "--reader", "15", "--port", "sim", "--side1", "50x48", "--set", "Duplx=True"},
+       "did you mean Duplex"},
+      {{"scan", "--reader", "15", "--port", "sim", "--side1", "50x48", "--set", "Duplex=maybe"},
+       "True or False"},
+      {{"scan", "--reader", "15", "--port", "sim", "--side1", "50x48", "--window", "1,2"}, "--window"},
+      {{"scan", "--reader", "15", "--port", "sim", "--side1", "50x48", "--max-sheets", "x"}, "--max-sheets"},
+      {{"scan", "--reader", "0", "--port", "sim"}, "no scanner"},
+      {{"simulate", "--reader", "15", "--fault", "fire@3"}, "jam@SHEET"},
+      {{"simulate", "--reader", "15", "--count", "-1"}, "--count"},
+      {{"simulate", "--reader", "15", "--seed", "-1"}, "--seed"},
+      {{"simulate", "--reader", "15", "--sheets", "x", "--count", "3"}, "--sheets"},
+      {{"readers", "--group", "Kodak"}, "--group"},
+      {{"demo", "--sheets", "0"}, "--sheets"},
+  };
+  for (const WrongLine& line : lines) {
+    Process process(Teskread(line.arguments));
+    EXPECT_EQ(process.Wait(), 2) << testing::PrintToString(line.arguments);
+    EXPECT_EQ(process.Output(), "");
+    EXPECT_THAT(process.Error(),
+                AllOf(StartsWith("teskread"), HasSubstr(line.names), HasSubstr("--help\" explains")));
+  }
+}
+
+TEST(ProcessCommandLine, HelpAndVersionGoToStandardOutput) {
+  for (const Texts& arguments : {Texts{"--help"},
+                                 {"scan", "--help"},
+                                 {"simulate", "--help"},
+                                 {"readers", "--help"},
+                                 {"demo", "--help"}}) {
+    Process help(Teskread(arguments));
+    EXPECT_EQ(help.Wait(), 0);
+    EXPECT_THAT(help.Output(), HasSubstr("Usage: teskread"));
+    EXPECT_EQ(help.Error(), "");
+  }
+  Process faults(Teskread({"simulate", "--reader", "Scantron 8000", "--help"}));
+  EXPECT_EQ(faults.Wait(), 0);
+  EXPECT_THAT(faults.Output(), AllOf(HasSubstr("Faults of the Scantron 8000"), HasSubstr("cut@BYTE@SHEET")));
+  Process version(Teskread({"--version"}));
+  EXPECT_EQ(version.Wait(), 0);
+  EXPECT_EQ(version.Output(), "teskread " TESKREAD_VERSION "\n");
+}
+
+TEST(ProcessCommandLine, AModelWithoutADriverIsRefusedInPlainWords) {
+  for (const char* reader : {"1", "46"}) {
+    Process process(Teskread({"scan", "--reader", reader, "--port", "1"}));
+    EXPECT_EQ(process.Wait(), 1);
+    EXPECT_THAT(process.Error(), HasSubstr("has no driver in this version"));
+  }
+}
+
+TEST(ProcessReaders, TheCatalogueListsEveryPropertyOfEveryProfileInItsOrder) {
+  Process process(Teskread({"readers", "--json"}));
+  EXPECT_EQ(process.Wait(), 0);
+  const auto readers = nlohmann::json::parse(process.Output());
+  ASSERT_EQ(readers.size(), 46U);
+  for (const auto& reader : readers) EXPECT_EQ(reader.size(), 73U + 3U);
+  EXPECT_EQ(readers[1]["ReaderName"], "Apperson Advantage 1200");
+  EXPECT_EQ(readers[1]["Driver"], nullptr);
+  EXPECT_EQ(readers[1]["Support"], "no driver");
+  EXPECT_EQ(readers[29]["Enumerator"], "teskReaderTypeScantronScanMark5500");
+  EXPECT_EQ(readers[29]["Driver"], "basScantron");
+  EXPECT_EQ(readers[29]["Support"], "simulated only");
+  EXPECT_EQ(readers[29]["Duplex"], true);
+  EXPECT_EQ(readers[29]["StopBits"], 2);
+  EXPECT_EQ(readers[45]["ReaderType"], 45);
+}
+
+TEST(ProcessReaders, AGroupIsListedWithoutTheOthers) {
+  Process process(Teskread({"readers", "--group", "ct", "--json"}));
+  EXPECT_EQ(process.Wait(), 0);
+  EXPECT_EQ(nlohmann::json::parse(process.Output()).size(), 7U);
+  Process table(Teskread({"readers", "--group", "teskProfileTypePDI"}));
+  EXPECT_EQ(table.Wait(), 0);
+  EXPECT_THAT(table.Output(),
+              AllOf(HasSubstr("Peripheral Dynamics Inc. VMR138"), testing::Not(HasSubstr("Sekonic"))));
+}
+
+TEST(ProcessReaders, AClosedStandardOutputIsAFailure) {
+  Process process(Teskread({"readers"}), "/dev/full");
+  EXPECT_EQ(process.Wait(), 1);
+  EXPECT_THAT(process.Error(), HasSubstr("standard output"));
+}
+
+TEST(ProcessSimulate, TheLinkLivesAsLongAsTheScanner) {
+  const TemporaryDirectory directory;
+  const std::string link = directory / "scanner";
+  for (const int signal : {SIGINT, SIGTERM}) {
+    Process process(Teskread({"simulate", "--reader", "15", "--link", link}));
+    EXPECT_EQ("listening on " + std::filesystem::read_symlink(link).string(), process.ReadLine());
+    process.Signal(signal);
+    EXPECT_EQ(process.Wait(), 0);
+    EXPECT_FALSE(std::filesystem::is_symlink(std::filesystem::symlink_status(link)));
+  }
+}
+
+TEST(ProcessSimulate, HostsComeAndGo) {
+  Process scanner(Teskread({"simulate", "--reader", "15", "--count", "4"}));
+  const std::string device = scanner.ReadLine().substr(std::string("listening on ").size());
+  for (const char* sheets : {"1", "3"}) {
+    Process scan(
+        Teskread({"scan", "--reader", "15", "--port", device, "--side1", "50x48", "--max-sheets", sheets}));
+    EXPECT_EQ(scan.Wait(), 0) << scan.Error();
+    EXPECT_EQ(std::to_string(std::count(scan.Output().begin(), scan.Output().end(), '\n')), sheets);
+  }
+  scanner.Signal(SIGTERM);
+  EXPECT_EQ(scanner.Wait(), 0) << scanner.Error();
+}
+
+TEST(ProcessSimulate, AHostThatBreaksTheRulesIsToldAtTheEnd) {
+  Process scanner(Teskread({"simulate", "--reader", "13"}));
+  const std::string device = scanner.ReadLine().substr(std::string("listening on ").size());
+  // The 8000 is told its read threshold, which the ScanMark 2500 does not know.
+  Process scan(Teskread({"scan", "--reader", "16", "--port", device, "--side1", "50x48"}));
+  EXPECT_EQ(scan.Wait(), 1);
+  scanner.Signal(SIGTERM);
+  EXPECT_EQ(scanner.Wait(), 1);
+  EXPECT_THAT(scanner.Error(), HasSubstr("THR= 35"));
+}
+
+TEST(ProcessSimulate, ASheetFileThatIsNoneIsRefusedWithItsLine) {
+  const TemporaryDirectory directory;
+  WriteFile(directory / "sheets", "{\"side1\":{\"marks\":[[0]]}}\n{\"side1\":{\"marks\":[[99]]}}\n");
+  Process process(Teskread({"simulate", "--reader", "15", "--sheets", directory / "sheets"}));
+  EXPECT_EQ(process.Wait(), 1);
+  EXPECT_EQ(process.Output(), "");
+  EXPECT_THAT(process.Error(), HasSubstr("sheets, line 2: "));
+}
+
+TEST(ProcessDemo, EverySheetIsShownAndCounted) {
+  for (const char* reader : {"15", "11", "16"}) {
+    Process process(Teskread({"demo", "--reader", reader, "--sheets", "2"}));
+    EXPECT_EQ(process.Wait(), 0) << process.Error();
+    EXPECT_EQ(process.Error(), "");
+    EXPECT_THAT(process.Output(), AllOf(HasSubstr("Sheet 2, "), EndsWith("\n2 sheets read, 0 lost\n")));
+  }
+}
+
+}  // namespace
+}  // namespace tesk::test

@@ -8,6 +8,7 @@
 #include "base/conversions.h"
 #include "cli/CommandError.h"
 #include "cli/ReaderChoice.h"
+#include "platform/SettingsStores.h"
 
 namespace tesk::cli {
 namespace {
@@ -67,6 +68,18 @@ void ParseImprint(const ScanOptions& options, ScanPlan& plan) {
       ParseWholeNumber("--imprint-position", options.imprintPosition, INT16_MIN, INT16_MAX));
 }
 
+// The reader that the settings under --key are for.
+teskReaderType SavedReader(const ScanPlan& plan) {
+  if (!plan.key) throw UsageError("--reader: is required, or --key with the settings saved for one");
+  const auto stored =
+      platform::CreateSettingsStore()->LoadValue(plan.key->root, plan.key->path, "ScannerType");
+  const auto type = static_cast<teskReaderType>(stored ? ToInt16(Val(*stored)) : 0);
+  if (type == teskReaderTypeNone) {
+    throw CommandFailure(fmt::format("--key: no settings for a reader are saved under {}", plan.key->path));
+  }
+  return type;
+}
+
 }  // namespace
 
 bool ScanPlan::Assigns(std::string_view property) const {
@@ -76,7 +89,8 @@ bool ScanPlan::Assigns(std::string_view property) const {
 
 ScanPlan ParseScanOptions(const ScanOptions& options) {
   ScanPlan plan;
-  plan.reader = ParseReader(options.reader);
+  if (!options.key.key.empty()) plan.key = ParseSettingsKey(options.key);
+  plan.reader = options.reader.empty() ? SavedReader(plan) : ParseReader(options.reader);
   if (!options.port.empty()) plan.port = ParsePort(options.port);
   for (const auto& text : options.assignments) plan.assignments.push_back(ParseAssignment(text));
   ParseSides(options, plan);

@@ -9,12 +9,14 @@
 #include "cli/PortChoice.h"
 #include "cli/engineProperties.h"
 #include "cli/optionValues.h"
+#include "cli/settingsKey.h"
 
 namespace tesk::cli {
 
 // The texts of the command line; empty where an option was not given.
 struct ScanOptions {
   std::string reader;
+  SettingsKeyOptions key;
   std::string port;
   std::vector<std::string> assignments;
   std::string side1;
@@ -35,6 +37,7 @@ enum class SheetFormat { Ndjson, Csv, Grid };
 
 struct ScanPlan {
   teskReaderType reader = teskReaderTypeNone;
+  std::optional<SettingsKey> key;  // saved settings, loaded over the reader's defaults
   std::optional<PortChoice> port;
   std::vector<Assignment> assignments;
   std::optional<SheetSizes> side1;
@@ -52,7 +55,8 @@ struct ScanPlan {
   bool Assigns(std::string_view property) const;
 };
 
-// Throws UsageError, which names the option and says what it accepts.
+// Throws UsageError, which names the option and says what it accepts. Without --reader the settings under
+// --key name the reader; CommandFailure where they do not.
 ScanPlan ParseScanOptions(const ScanOptions& options);
 
 // Sets the engine up: the model's defaults first, then the options in the order of their documentation.

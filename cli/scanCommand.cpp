@@ -19,7 +19,8 @@ namespace tesk::cli {
 namespace {
 
 constexpr std::string_view kFooter =
-    "The model's defaults come first, then the options in the order of this list.\n"
+    "The model's defaults come first, then the settings saved under --key, then the options in the\n"
+    "order of this list. Without --reader the saved settings name the reader.\n"
     "Models whose driver reads the rows and columns that it is told need --side1.\n"
     "--side2 makes the form two-sided where the scanner reads both sides (Duplex).\n"
     "\n"
@@ -33,8 +34,8 @@ void AddEngineOptions(CLI::App& command, ScanOptions& options) {
       .add_option("--reader", options.reader,
                   Explain("the scanner model: its number, enumerator or display name (see teskread readers)",
                           "--reader \"Scantron Scanmark 5500\""))
-      ->type_name("R")
-      ->required();
+      ->type_name("R");
+  AddSettingsKeyOptions(command, options.key, false);
   command
       .add_option("--port", options.port,
                   Explain("1 to 16, a device path, or sim: a simulated scanner of the chosen model",

@@ -115,7 +115,7 @@ void SetImprint(const ScanPlan& plan, clsTeskReader& engine) {
 
 void CheckWhole(const ScanPlan& plan, const clsTeskReader& engine) {
   RequireDriver(engine.ReaderType());
-  if (!plan.port && !plan.Assigns("Port") && IsSerial(engine)) {
+  if (!plan.port && !plan.key && !plan.Assigns("Port") && IsSerial(engine)) {
     throw UsageError("--port: is required; it takes 1 to 16, a device path or \"sim\"");
   }
   if (!plan.side1 && NeedsSizes(engine)) {
@@ -134,6 +134,13 @@ void ConfigureEngine(const ScanPlan& plan, clsTeskReader& engine) {
     throw CommandFailure(fmt::format("there are no defaults for the {}", ReaderName(plan.reader)));
   }
   engine.SetRecognitionMode(teskRecognitionTypePage);
+  if (plan.key && !engine.LoadSettings(plan.key->root, plan.key->path)) {
+    throw CommandFailure(fmt::format("--key: the settings under {} cannot be read", plan.key->path));
+  }
+  if (plan.key && engine.ReaderType() != plan.reader) {
+    throw CommandFailure(fmt::format("--key: the settings under {} are for \"{}\", not for the {}",
+                                     plan.key->path, engine.ReaderName(), ReaderName(plan.reader)));
+  }
   SetPort(plan, engine);
   for (const auto& assignment : plan.assignments) Apply(assignment, engine);
   SetSides(plan, engine);

@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Shows the main job with no hardware: builds teskread, and lets it read sheets from a simulated
-# scanner on a pseudo-terminal. Ends with "N passed, N failed": sheets read, sheets not read.
+# scanner on a pseudo-terminal; then builds the automation server, and lets a Windows script host read
+# three sheets through it. Ends with "N passed, N failed": sheets read, sheets not read.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
 
 readonly logs="$PWD/build/demo"
+readonly wine_prefix="$PWD/build/demo/wine-prefix"
 passed=0
 failed=0
 
@@ -46,9 +48,9 @@ show() { # NAME COMMAND...
   fi
 }
 
-build() { # PRESET
+build() { # PRESET TARGET
   say "building $1 (the compiler's words are in build/demo/build-$1.log)"
-  if ! { cmake --preset "$1" && cmake --build --preset "$1" --target teskread --parallel "$(nproc)"; } \
+  if ! { cmake --preset "$1" && cmake --build --preset "$1" --target "$2" --parallel "$(nproc)"; } \
     </dev/null >"$logs/build-$1.log" 2>&1; then
     tail -n 40 "$logs/build-$1.log"
     fail "the build failed"
@@ -57,19 +59,53 @@ build() { # PRESET
 }
 
 demo_linux() {
-  build linux || return
+  build linux teskread || return
   say "teskread reads answer sheets from a simulated scanner"
   show linux build/linux/teskread demo
+}
+
+in_wine() { env -u DISPLAY timeout 300 cmake/wine.sh "$wine_prefix" "$@"; }
+
+# Wine takes a path that begins with "/" for a switch; its drive Z is the whole machine.
+windows_path() { printf 'Z:%s\n' "${1//\//\\}"; }
+
+start_windows() {
+  {
+    in_wine wineserver -p
+    [ -f "$wine_prefix/system.reg" ] || in_wine wineboot -i
+    in_wine regsvr32 /s "$(windows_path "$PWD/build/windows/TeskReader99.dll")"
+  } </dev/null >"$logs/wine.log" 2>&1 || {
+    fail "the automation server could not be registered; see build/demo/wine.log"
+    return 1
+  }
+}
+
+demo_windows() {
+  build windows TeskReader99 || return
+  say "a Windows script host reads answer sheets through the registered automation server"
+  start_windows || return
+  build/linux/teskread simulate --reader 15 --count 3 --link "$wine_prefix/dosdevices/com3" \
+    >"$logs/scanner.log" 2>&1 &
+  local scanner=$! tries=0
+  until grep -q '^listening' "$logs/scanner.log" || [ "$((tries += 1))" -gt 100 ]; do sleep 0.1; done
+  show windows in_wine cscript //nologo "$(windows_path "$PWD/examples/read_sheets.vbs")" 3
+  kill "$scanner" 2>/dev/null
+  wait "$scanner" || fail "the scanner complained; see build/demo/scanner.log"
+  {
+    in_wine regsvr32 /u /s "$(windows_path "$PWD/build/windows/TeskReader99.dll")"
+    in_wine wineserver -k
+  } </dev/null >>"$logs/wine.log" 2>&1
 }
 
 main() {
   mkdir -p -- "$logs"
   say "set-up"
-  if ! ./setup.sh --quick; then
+  if ! ./setup.sh; then
     fail "the set-up failed"
     finish
   fi
   demo_linux
+  demo_windows
   finish
 }
 

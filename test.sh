@@ -21,6 +21,7 @@ reports="$PWD/build/reports"
 side=sources
 wine_runs=no
 runner_group=""
+scanner_pids=()
 
 say() { printf '%s\n' "== $*"; }
 
@@ -81,7 +82,7 @@ run_check() { # NAME COMMAND...
 count_in_report() { grep -cE "$2" "$1" 2>/dev/null || true; }
 
 failures_in_report() { # the report's first "failures" is that of the whole run
-  sed -n 's/^  "failures": \([0-9]*\),$/\1/p' "$1" | head -n 1
+  sed -n "s/^  \"failures\": \([0-9]*\),\r\{0,1\}\$/\1/p" "$1" | head -n 1
 }
 
 # A GoogleTest program: every test case that ran counts.
@@ -195,17 +196,61 @@ stop_wine() {
   fi
 }
 
+# A simulated scanner behind a serial port of Wine's.
+start_scanner() { # PORT OPTION...
+  local port=$1 log="$reports/scanner_com$1.log" tries=0
+  shift
+  build/linux/teskread simulate --reader 15 --link "$wine_prefix/dosdevices/com$port" "$@" >"$log" 2>&1 &
+  scanner_pids+=("$!")
+  until grep -q '^listening' "$log" || [ "$((tries += 1))" -gt 100 ]; do sleep 0.1; done
+}
+
+# A scanner ends well when the host kept to its protocol.
+stop_scanners() {
+  local pid
+  for pid in ${scanner_pids[@]+"${scanner_pids[@]}"}; do
+    kill "$pid" 2>/dev/null
+    wait "$pid" || note_failure "scanner" "it complained; see ${reports#"$PWD"/}/scanner_com*.log"
+  done
+  scanner_pids=()
+}
+
+# Without a screen no message box can hang a test.
+run_automation() {
+  start_scanner 3 --count 400 --seed 7
+  start_scanner 4 --count 0
+  start_scanner 5 --count 40 --seed 7 --fault jam@2
+  run_gtest windows_tests env -u DISPLAY "$PWD/cmake/wine.sh" "$wine_prefix" \
+    "$PWD/build/windows/windows_tests.exe"
+  stop_scanners
+}
+
+check_size() { # the server is to stay small enough to be sent along with a host
+  [ "$(stat -c %s build/windows/TeskReader99.dll)" -lt 3145728 ]
+}
+
+# Only what every Windows has.
+check_imports() {
+  ! i686-w64-mingw32-objdump -p build/windows/TeskReader99.dll | sed -n 's/^.*DLL Name: //p' |
+    grep -viE '^(advapi32|comctl32|comdlg32|gdi32|kernel32|msvcrt|ole32|oleaut32|shell32|user32)\.dll$'
+}
+
 run_windows() {
   build windows || return
   start_wine || return
   say "tests windows"
   run_gtest unit_tests "$PWD/cmake/wine.sh" "$wine_prefix" "$PWD/build/windows/unit_tests.exe"
+  export -f check_size check_imports
+  run_check server_size bash -c check_size
+  run_check server_imports bash -c check_imports
+  run_automation
 }
 
 # ---- the run --------------------------------------------------------------------------------------
 
 end_early() {
   [ -z "$runner_group" ] || kill -KILL -- "-$runner_group" 2>/dev/null
+  stop_scanners >/dev/null
   stop_wine
   exit 130
 }

@@ -1,4 +1,4 @@
-# Libraries that are not ours: CLI11, nlohmann-json, {fmt}, GoogleTest and Google Benchmark, all from
+# Libraries that are not ours: CLI11, nlohmann-json, {fmt}, ncurses, GoogleTest and Google Benchmark, all from
 # Debian. A native build takes the installed packages. A Windows build takes the header-only ones
 # through links in the build folder (the host's /usr/include must not reach the cross compiler) and
 # compiles GoogleTest from its packaged sources.
@@ -47,5 +47,10 @@ else()
   find_package(fmt REQUIRED)
   find_package(GTest REQUIRED)
   find_package(benchmark QUIET)
+  # The terminal library, its forms and its menus.
+  foreach(name formw menuw ncursesw)
+    find_library(TESKREAD_${name} ${name} REQUIRED)
+    list(APPEND TESKREAD_TERMINAL ${TESKREAD_${name}})
+  endforeach()
 endif()
 tesk_add_fmt()

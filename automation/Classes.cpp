@@ -1,0 +1,98 @@
+// Creating objects.
+#include "automation/Classes.h"
+
+#include <memory>
+
+#include "assembly/assembly.h"
+#include "automation/Wire.h"
+#include "platform/Platform.h"
+#include "platform/windows/DialogBox.h"
+
+namespace tesk::automation {
+namespace {
+
+template <class Native>
+IUnknown* Create() {
+  return Wrap(std::make_shared<Native>());
+}
+
+template <>
+IUnknown* Create<tesk::clsTeskReader>() {
+  return Wrap(CreateReader({.serial = platform::CreateSerialSystem(),
+                            .loop = platform::CreateHostLoop(),
+                            .clock = platform::CreateClock()}));
+}
+
+#define TESK_CLASS(Name, Description) \
+  { &CLSID_##Name, L## #Name, Description, Create<tesk::Name> }
+
+constexpr CreatableClass kClasses[] = {
+    TESK_CLASS(clsTeskReader, L"TeskReader99 reader engine"),
+    TESK_CLASS(clsTeskReaderWindows, L"TeskReader99 collection of read windows"),
+    TESK_CLASS(clsTeskReaderWindow, L"TeskReader99 read window"),
+    TESK_CLASS(clsTeskReaderBarcodes, L"TeskReader99 collection of barcode definitions"),
+    TESK_CLASS(clsTeskReaderBarcode, L"TeskReader99 barcode definition"),
+    TESK_CLASS(clsTeskReaderPrinter, L"TeskReader99 imprinter"),
+    TESK_CLASS(clsTeskReaderProfile, L"TeskReader99 reader profile"),
+    TESK_CLASS(clsTeskReaderProfiles, L"TeskReader99 collection of reader profiles"),
+};
+
+#undef TESK_CLASS
+
+class Factory final : public IClassFactory, private Living {
+ public:
+  explicit Factory(const CreatableClass& creatable) : creatable_(creatable) {}
+  virtual ~Factory() = default;
+
+  STDMETHODIMP QueryInterface(REFIID id, void** object) override {
+    if (object == nullptr) return E_POINTER;
+    *object = id == IID_IUnknown || id == IID_IClassFactory ? static_cast<IClassFactory*>(this) : nullptr;
+    if (*object == nullptr) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
+  STDMETHODIMP_(ULONG) Release() override {
+    const LONG left = InterlockedDecrement(&references_);
+    if (left == 0) delete this;
+    return static_cast<ULONG>(left);
+  }
+
+  STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    if (outer != nullptr) return CLASS_E_NOAGGREGATION;
+    ComPtr<IUnknown> created;
+    const auto error = Attempt([&] { created = Adopt(creatable_.create()); });
+    return error ? RaiseToHost(*error, IID_IClassFactory) : created->QueryInterface(id, object);
+  }
+  STDMETHODIMP LockServer(BOOL lock) override {
+    automation::LockServer(lock != FALSE);
+    return S_OK;
+  }
+
+ private:
+  const CreatableClass& creatable_;
+  LONG references_ = 0;
+};
+
+}  // namespace
+
+std::shared_ptr<MessageBox> OwnBox() { return platform::CreateDialogBox(); }
+
+std::span<const CreatableClass> Classes() { return kClasses; }
+
+HRESULT GetClassFactory(REFCLSID classId, REFIID id, void** factory) {
+  for (const CreatableClass& creatable : Classes()) {
+    if (*creatable.id != classId) continue;
+    ComPtr<IClassFactory> created;
+    const auto error = Attempt([&] {
+      SetMessageBox(OwnBox());
+      created = new Factory(creatable);
+    });
+    return error ? E_OUTOFMEMORY : created->QueryInterface(id, factory);
+  }
+  return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+}  // namespace tesk::automation

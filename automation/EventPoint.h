@@ -1,0 +1,59 @@
+// The engine's events on the automation border: the connection point that hosts attach their sinks to, and
+// the calls to them.
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "automation/Com.h"
+#include "automation/Enumerator.h"
+#include "automation/Module.h"
+#include "engine/Seams.h"
+
+namespace tesk::automation {
+
+// Part of its owner, whose references it counts. Every sink is called with what the one before it left in
+// the arguments; a change that is no value of its type is left out. A sink that fails harms nobody; one
+// that has gone is forgotten.
+class EventPoint : public IConnectionPoint, public ReaderEvents {
+ public:
+  explicit EventPoint(IConnectionPointContainer& owner) : owner_(owner) {}
+  virtual ~EventPoint();
+
+  STDMETHODIMP QueryInterface(REFIID id, void** object) override;
+  STDMETHODIMP_(ULONG) AddRef() override { return owner_.AddRef(); }
+  STDMETHODIMP_(ULONG) Release() override { return owner_.Release(); }
+
+  STDMETHODIMP GetConnectionInterface(IID* id) override;
+  STDMETHODIMP GetConnectionPointContainer(IConnectionPointContainer** container) override;
+  STDMETHODIMP Advise(IUnknown* sink, DWORD* cookie) override;
+  STDMETHODIMP Unadvise(DWORD cookie) override;
+  STDMETHODIMP EnumConnections(IEnumConnections** connections) override;
+
+  void BeforeSheet(bool& bInitializePrinter) override;
+  void PreprocessSheet(SideArray& iSide1Array, SideArray& iSide2Array, BarcodeArray& sBarcodeArray,
+                       bool& bReject) override;
+  void ReadSheet(SideArray& iSide1Array, SideArray& iSide2Array, BarcodeArray& sBarcodeArray,
+                 const std::string& sSide1FileName, const std::string& sSide2FileName,
+                 const std::string& sSide1ItemCoordinates, const std::string& sSide2ItemCoordinates) override;
+  void AfterSheet(bool& bCancelScan) override;
+  void BeforePrint(bool& bCancel) override;
+  void AfterPrint() override;
+  void TranslateData(std::shared_ptr<HostObject>& oData, SideArray& iSide1Array, SideArray& iSide2Array,
+                     BarcodeArray& sBarcodeArray, bool& bNeedsMoreData) override;
+  void GetQuestionsOnPage(std::int16_t& iPage, std::int16_t& iNumberQuestions) override;
+
+ private:
+  using Connection = std::pair<DWORD, ComPtr<IDispatch>>;
+
+  bool Connected(DWORD cookie) const;
+  template <class... Values>
+  void Fire(DISPID id, Values&... values);
+  void Call(const Connection& connection, DISPID id, std::vector<VARIANT>& reversed);
+
+  IConnectionPointContainer& owner_;
+  std::vector<Connection> connections_;
+  DWORD lastCookie_ = 0;
+};
+
+}  // namespace tesk::automation

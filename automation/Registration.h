@@ -1,0 +1,15 @@
+// The server's entries in the registry, as one table: the classes, their programmatic names and the type
+// library.
+#pragma once
+
+#include "automation/Com.h"
+
+namespace tesk::automation {
+
+// Registers for the machine; for the user alone where the machine's keys are refused, or from the start.
+HRESULT Register(bool userOnly);
+
+// Takes back whatever Register wrote, for the machine and for the user; what is not there is no error.
+HRESULT Unregister();
+
+}  // namespace tesk::automation

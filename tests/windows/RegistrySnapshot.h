@@ -1,0 +1,16 @@
+// Everything that stands under the registry's classes, of the machine and of the user.
+#pragma once
+
+#include <set>
+#include <string>
+
+namespace tesk::test {
+
+// One line per key and per value.
+std::set<std::wstring> Classes();
+
+// Keeps what is there before the server was ever registered.
+void NoteCleanRegistry();
+const std::set<std::wstring>& CleanRegistry();
+
+}  // namespace tesk::test

@@ -1,0 +1,179 @@
+// Calls that no well-behaved host makes: early-bound with null pointers, late-bound with odd arguments.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/windows/Reading.h"
+
+namespace tesk::test {
+namespace {
+
+constexpr HRESULT kTypeMismatch = static_cast<HRESULT>(0x800A000D);
+
+class Misuse : public Reading {};
+
+TEST_F(Misuse, NullPointersAreRefused) {
+  EXPECT_EQ(E_POINTER, reader->get_Port(nullptr));
+  EXPECT_EQ(E_POINTER, reader->get_Windows(nullptr));
+  EXPECT_EQ(E_POINTER, reader->get_Parity(nullptr));
+  EXPECT_EQ(E_POINTER, reader->get_Side1Array(nullptr));
+  EXPECT_EQ(E_POINTER, reader->get_fComm(nullptr));
+  EXPECT_EQ(E_POINTER, reader->StartReader(nullptr));
+  EXPECT_EQ(E_POINTER, reader->QueryInterface(IID_IUnknown, nullptr));
+  EXPECT_EQ(S_OK, reader->put_Parity(nullptr)) << "a null text is an empty one";
+  EXPECT_EQ(S_OK, reader->put_Side1Rows(nullptr)) << "a null array is an empty one";
+  VARIANT_BOOL done = VARIANT_TRUE;
+  EXPECT_EQ(E_POINTER, reader->Firmware(nullptr, &done));
+  EXPECT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, 0, nullptr, &done));
+}
+
+TEST_F(Misuse, ForeignObjectsAreATypeMismatchAndNothingIsAssigned) {
+  const ComPtr<HostDispatch> foreign = new HostDispatch;
+  EXPECT_EQ(kTypeMismatch, reader->putref_Printer(reinterpret_cast<_clsTeskReaderPrinter*>(foreign.Get())));
+  EXPECT_EQ(kTypeMismatch, reader->putref_fComm(foreign.Get()));
+  ComPtr<_clsTeskReaderPrinter> printer;
+  reader->get_Printer(&printer);
+  EXPECT_TRUE(printer);
+  ComPtr<_clsTeskReaderWindows> windows;
+  reader->get_Windows(&windows);
+  EXPECT_EQ(kTypeMismatch, reader->putref_Printer(reinterpret_cast<_clsTeskReaderPrinter*>(windows.Get())));
+}
+
+TEST_F(Misuse, AnErrorCarriesItsText) {
+  ComPtr<IDispatch> form;
+  reader->get_fComm(&form);
+  const auto serial = automation::GetObjectProperty(*form.Get(), L"mscComm");
+  ComPtr<_mscComm> control;
+  ASSERT_EQ(S_OK, serial.As(&control));
+  EXPECT_EQ(static_cast<HRESULT>(0x800A0000 + 8002), control->put_CommPort(17));
+  ComPtr<IErrorInfo> info;
+  ASSERT_EQ(S_OK, GetErrorInfo(0, &info));
+  Variant description;
+  info->GetDescription(&description.bstrVal);
+  description.vt = VT_BSTR;
+  EXPECT_EQ("Invalid port number", automation::TextOf(description));
+}
+
+TEST_F(Misuse, OddArraysAreRefusedAndNothingIsAssigned) {
+  Variant good;
+  good.parray = automation::NewArray(Int16Array({5, 6}));
+  good.vt = VT_ARRAY | VT_I2;
+  ASSERT_EQ(S_OK, reader->put_Side1Cols(good.parray));
+  SAFEARRAYBOUND square[] = {{2, 1}, {2, 1}};
+  SAFEARRAYBOUND highest[] = {{2, 2147483647}};
+  struct {
+    const char* what;
+    SAFEARRAY* array;
+  } const table[] = {
+      {"two dimensions", SafeArrayCreate(VT_I2, 2, square)},
+      {"texts", SafeArrayCreateVector(VT_BSTR, 1, 2)},
+      {"32-bit numbers", SafeArrayCreateVector(VT_I4, 1, 2)},
+      {"bounds beyond 32 bits", SafeArrayCreate(VT_I2, 1, highest)},
+  };
+  for (const auto& row : table) {
+    if (row.array == nullptr) continue;  // the system itself refuses to make it
+    EXPECT_EQ(kTypeMismatch, reader->put_Side1Cols(row.array)) << row.what;
+    SafeArrayDestroy(row.array);
+  }
+  Variant found;
+  reader->get_Side1Cols(&found.parray);
+  found.vt = VT_ARRAY | VT_I2;
+  EXPECT_EQ(Described(good), Described(found));
+}
+
+TEST_F(Misuse, LateBoundCallsOfTheWrongShapeFail) {
+  Variant number(std::int32_t{1});
+  DISPID named = 99;
+  struct {
+    const char* what;
+    DISPID id;
+    WORD flags;
+    DISPPARAMS parameters;
+  } table[] = {
+      {"no such member", 9999, DISPATCH_METHOD, {}},
+      {"a method as a property to set", 101, DISPATCH_PROPERTYPUT, {&number, nullptr, 1, 0}},
+      {"too many arguments", 101, DISPATCH_METHOD, {&number, nullptr, 1, 0}},
+      {"too few arguments", 107, DISPATCH_METHOD, {}},
+      {"an argument of an unknown name", 102, DISPATCH_METHOD, {&number, &named, 1, 1}},
+      {"more names than arguments", 102, DISPATCH_METHOD, {&number, &named, 0, 1}},
+  };
+  for (auto& row : table) {
+    const HRESULT status = reader->Invoke(row.id, IID_NULL, LOCALE_USER_DEFAULT, row.flags, &row.parameters,
+                                          nullptr, nullptr, nullptr);
+    EXPECT_TRUE(FAILED(status)) << row.what;
+  }
+  EXPECT_TRUE(FAILED(reader->Invoke(102, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr)));
+}
+
+TEST_F(Misuse, NamedArgumentsFindTheirPlace) {
+  wchar_t method[] = L"ReadBatch";
+  wchar_t argument[] = L"lSheetCount";
+  wchar_t* names[] = {method, argument};
+  DISPID ids[2] = {};
+  ASSERT_EQ(S_OK, reader->GetIDsOfNames(IID_NULL, names, 2, LOCALE_USER_DEFAULT, ids));
+  LONG count = 5;
+  VARIANT reference;
+  VariantInit(&reference);
+  reference.vt = VT_BYREF | VT_I4;
+  reference.plVal = &count;
+  DISPPARAMS parameters = {&reference, &ids[1], 1, 1};
+  Variant result;
+  EXPECT_EQ(S_OK, reader->Invoke(ids[0], IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result,
+                                 nullptr, nullptr));
+  EXPECT_FALSE(automation::BooleanOf(result)) << "no reader type, so nothing starts";
+  EXPECT_EQ(5, count);
+}
+
+TEST_F(Misuse, AnErrorObjectThatFailsIsDoneWithout) {
+  // Without a screen the library's own box returns at once.
+  const ComPtr<ErrorObject> failing = new ErrorObject;
+  for (const wchar_t* name : {L"LoadString", L"MsgBoxEx", L"RaiseError", L"Silent"}) {
+    failing->On(name, [](auto&&...) { return DISP_E_EXCEPTION; });
+  }
+  Install(reader.Get(), failing.Get());
+  Variant name;
+  ASSERT_EQ(S_OK, reader->get_ReaderName(&name.bstrVal));
+  name.vt = VT_BSTR;
+  EXPECT_EQ("None", automation::TextOf(name));
+  Install(reader.Get(), errors.Get());
+}
+
+TEST_F(Misuse, TheSetupDialogTakesAnOwnerInEveryForm) {
+  const ComPtr<HostDispatch> window = new HostDispatch;
+  Variant owners[] = {Variant(), Variant(std::int32_t{0}), Variant(window.Get()),
+                      Variant(std::string("no window"))};
+  const HRESULT expected[] = {S_OK, S_OK, S_OK, kTypeMismatch};
+  for (std::size_t i = 0; i < std::size(owners); ++i) {
+    VARIANT_BOOL confirmed = VARIANT_TRUE;
+    EXPECT_EQ(expected[i], reader->ShowOptions(owners[i], &confirmed)) << i;
+    EXPECT_EQ(VARIANT_FALSE, confirmed) << i;
+  }
+}
+
+TEST_F(Misuse, AggregationIsRefused) {
+  ComPtr<IUnknown> object;
+  const ComPtr<HostDispatch> outer = new HostDispatch;
+  EXPECT_EQ(CLASS_E_NOAGGREGATION, CoCreateInstance(CLSID_clsTeskReader, static_cast<IDispatch*>(outer.Get()),
+                                                    CLSCTX_INPROC_SERVER, IID_IUnknown, &object));
+}
+
+TEST_F(Misuse, ManyEnginesAndTheirPartsAllGo) {
+  for (int i = 0; i < 50; ++i) {
+    const auto other = NewReader();
+    ComPtr<_clsTeskReaderProfiles> profiles;
+    other->get_Profiles(&profiles);
+    ComPtr<IUnknown> enumerator;
+    ASSERT_EQ(S_OK, profiles->get__NewEnum(&enumerator));
+    ComPtr<IEnumVARIANT> items;
+    ASSERT_EQ(S_OK, enumerator.As(&items));
+    std::vector<VARIANT> values(100);
+    ULONG fetched = 0;
+    EXPECT_EQ(S_FALSE, items->Next(100, values.data(), &fetched));
+    EXPECT_EQ(46U, fetched);
+    for (VARIANT& value : values) VariantClear(&value);
+  }
+}
+
+}  // namespace
+}  // namespace tesk::test

@@ -1,0 +1,247 @@
+// Sheets through the registered server from a real serial port.
+#include "tests/windows/Reading.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace tesk::test {
+namespace {
+
+using Names = std::vector<std::string>;
+
+VARIANT_BOOL& BooleanIn(const HostDispatch::Arguments& arguments, std::size_t place) {
+  EXPECT_EQ(VT_BYREF | VT_BOOL, arguments.at(place)->vt);
+  return *arguments.at(place)->pboolVal;
+}
+
+SAFEARRAY*& ArrayIn(const HostDispatch::Arguments& arguments, std::size_t place, VARTYPE type) {
+  EXPECT_EQ(VT_BYREF | VT_ARRAY | type, arguments.at(place)->vt);
+  return *arguments.at(place)->pparray;
+}
+
+TEST_F(Reading, HandsOutTheMarksThatTheScannerReadSheetForSheet) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  std::optional<std::size_t> before;
+  for (int sheet = 0; sheet < 3; ++sheet) {
+    ASSERT_TRUE(ReadAndEject());
+    const SideArray marks = SideOf(reader.Get(), &_clsTeskReader::get_Side1Array);
+    const auto place = PlaceOfSheet(marks);
+    ASSERT_TRUE(place) << "marks of no sheet in the stock: " << marks.Rows() << " x " << marks.Columns();
+    EXPECT_EQ(before.value_or(*place - 1) + 1, *place) << "a sheet is missing or came twice";
+    before = place;
+    SHORT timingMarks = 0;
+    reader->get_Side1TimingMarks(&timingMarks);
+    EXPECT_EQ(50, timingMarks);
+  }
+  EXPECT_TRUE(EndReader());
+  EXPECT_EQ(Names(), errors->shown);
+  EXPECT_EQ(Names(), errors->reports);
+}
+
+TEST_F(Reading, RaisesTheEventsOfASheetInOrder) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  ASSERT_TRUE(ReadPage());
+  EXPECT_EQ((Names{"BeforeSheet", "PreprocessSheet", "ReadSheet", "AfterSheet"}), sink->names);
+}
+
+TEST_F(Reading, OfARejectedSheetLeavesOutItsReading) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  sink->handlers["PreprocessSheet"] = [this](const HostDispatch::Arguments& arguments) {
+    BooleanIn(arguments, 3) = VARIANT_TRUE;
+    EXPECT_EQ(S_OK, reader->RejectPage());
+  };
+  ASSERT_TRUE(ReadPage());
+  EXPECT_EQ((Names{"BeforeSheet", "PreprocessSheet", "AfterSheet"}), sink->names);
+  sink->handlers.clear();
+  EXPECT_TRUE(ReadPage()) << "the next sheet comes as always";
+}
+
+TEST_F(Reading, HandsWhatOneSinkChangedToTheNextAndToTheNextEvent) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  const ComPtr<EventSink> second = new EventSink;
+  second->Connect(reader.Get());
+  sink->handlers["PreprocessSheet"] = [](const HostDispatch::Arguments& arguments) {
+    LONG place[] = {2, 3};
+    SHORT mark = 4711;
+    EXPECT_EQ(S_OK, SafeArrayPutElement(ArrayIn(arguments, 0, VT_I2), place, &mark));
+    SAFEARRAY*& barcodes = ArrayIn(arguments, 2, VT_BSTR);
+    SafeArrayDestroy(barcodes);
+    barcodes = automation::NewArray(BarcodeArray{"first", "zweite \xC3\xA4"});
+  };
+  int seen = 0;
+  const auto check = [&seen](const HostDispatch::Arguments& arguments) {
+    ++seen;
+    EXPECT_EQ(4711, automation::SideArrayOf(ArrayIn(arguments, 0, VT_I2)).At(2, 3));
+    EXPECT_EQ((BarcodeArray{"first", "zweite \xC3\xA4"}),
+              automation::BarcodeArrayOf(ArrayIn(arguments, 2, VT_BSTR)));
+  };
+  second->handlers["PreprocessSheet"] = check;
+  second->handlers["ReadSheet"] = check;
+  ASSERT_TRUE(ReadPage());
+  EXPECT_EQ(2, seen);
+  second->Disconnect();
+}
+
+TEST_F(Reading, IgnoresWhatASinkLeavesThatIsNoSideArray) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  sink->handlers["PreprocessSheet"] = [](const HostDispatch::Arguments& arguments) {
+    SAFEARRAY*& side = ArrayIn(arguments, 0, VT_I2);
+    SafeArrayDestroy(side);
+    side = automation::NewArray(BarcodeArray{"no", "marks"});
+  };
+  ASSERT_TRUE(ReadPage());
+  EXPECT_TRUE(PlaceOfSheet(SideOf(reader.Get(), &_clsTeskReader::get_Side1Array)));
+}
+
+TEST_F(Reading, StopsABatchWhereAfterSheetSaysSo) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  ASSERT_TRUE(EndReader());
+  int sheets = 0;
+  sink->handlers["AfterSheet"] = [&sheets](const HostDispatch::Arguments& arguments) {
+    if (++sheets == 2) BooleanIn(arguments, 0) = VARIANT_TRUE;
+  };
+  EjectEverySheet();
+  LONG count = 10;
+  VARIANT_BOOL read = VARIANT_FALSE;
+  ASSERT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, -1, &count, &read));
+  EXPECT_EQ(VARIANT_TRUE, read);
+  EXPECT_EQ(12, count);
+  VARIANT_BOOL cancelled = VARIANT_FALSE;
+  reader->get_CancelScan(&cancelled);
+  EXPECT_EQ(VARIANT_TRUE, cancelled);
+}
+
+TEST_F(Reading, EndsABatchAtItsLargestCount) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  ASSERT_TRUE(EndReader());
+  EjectEverySheet();
+  LONG count = 0;
+  VARIANT_BOOL read = VARIANT_FALSE;
+  ASSERT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, 3, &count, &read));
+  EXPECT_EQ(VARIANT_TRUE, read);
+  EXPECT_EQ(3, count);
+}
+
+TEST_F(Reading, TakesALeftOutCountInABatchOfScripts) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  ASSERT_TRUE(EndReader());
+  EjectEverySheet();
+  const Variant initialize(false);
+  const Variant most(std::int32_t{1});
+  const Variant read = automation::CallMethod(*reader.Get(), L"ReadBatch", {&initialize, &most});
+  EXPECT_TRUE(automation::BooleanOf(read));
+  VARIANT counter;
+  VariantInit(&counter);
+  counter.vt = VT_I2;
+  counter.iVal = 5;
+  VARIANT reference;
+  VariantInit(&reference);
+  reference.vt = VT_BYREF | VT_VARIANT;
+  reference.pvarVal = &counter;
+  const Variant seven(std::int32_t{7});
+  automation::CallMethod(*reader.Get(), L"ReadBatch", {&initialize, &seven, &reference});
+  EXPECT_EQ(7, automation::Int32Of(counter)) << "a script's variable is written through";
+}
+
+TEST_F(Reading, AnnouncesTheImprintAndSendsItWithTheSheet) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  ASSERT_TRUE(EndReader());
+  ComPtr<_clsTeskReaderPrinter> printer;
+  ASSERT_EQ(S_OK, reader->get_Printer(&printer));
+  printer->put_Enabled(VARIANT_TRUE);
+  printer->put_Active(VARIANT_TRUE);
+  const Variant line(std::string("CLASS 7B"));
+  printer->put_Buffer1(line.bstrVal);
+  LONG count = 0;
+  VARIANT_BOOL read = VARIANT_FALSE;
+  ASSERT_EQ(S_OK, reader->ReadBatch(VARIANT_TRUE, 1, &count, &read));
+  EXPECT_EQ(VARIANT_TRUE, read);
+  EXPECT_EQ((Names{"BeforeSheet", "PreprocessSheet", "ReadSheet", "BeforePrint", "AfterSheet"}), sink->names);
+  EXPECT_EQ(Names(), errors->shown);
+}
+
+TEST_F(Reading, ShowsAJamThroughTheHostsMessageBox) {
+  ASSERT_TRUE(Start(kJamPort));
+  errors->translations["Paper Jam"] = "Papierstau";
+  ASSERT_TRUE(ReadPage());
+  EXPECT_FALSE(ReadPage());
+  EXPECT_EQ(
+      (Names{"Papierstau: The Scantron scanner reports a paper jam. Please clear the jam and try again."}),
+      errors->shown);
+}
+
+TEST_F(Reading, ReportsAPortThatIsNotThereWithTheAnswerOfTheReport) {
+  EXPECT_FALSE(Start(16));
+  ASSERT_EQ(1U, errors->reports.size());
+  EXPECT_EQ(0U, errors->reports[0].find("8002 Quillon Reader - basRead.ReaderInit "));
+}
+
+// ---- Waiting
+
+// What the window messages of the host do while the reader waits for a sheet.
+std::function<void()> duringWait;
+
+void CALLBACK OnTimer(HWND, UINT, UINT_PTR timer, DWORD) {
+  KillTimer(nullptr, timer);
+  if (duringWait) duringWait();
+}
+
+class Waiting : public Reading {
+ protected:
+  // Hand-fed, so that the reader waits for a sheet for ever.
+  void StartWaiting(std::function<void()> during) {
+    ASSERT_TRUE(Start(kEmptyPort));
+    reader->put_Feeder(VARIANT_FALSE);
+    duringWait = std::move(during);
+    SetTimer(nullptr, 0, 100, OnTimer);
+  }
+  void TearDown() override {
+    duringWait = nullptr;
+    Reading::TearDown();
+  }
+};
+
+TEST_F(Waiting, EndsByCancelScanFromAWindowMessage) {
+  StartWaiting([this] { reader->put_CancelScan(VARIANT_TRUE); });
+  const ULONGLONG started = GetTickCount64();
+  EXPECT_FALSE(ReadPage());
+  EXPECT_GT(5000U, GetTickCount64() - started);
+  EXPECT_EQ(Names(), errors->shown) << "a cancel is never a message";
+}
+
+TEST_F(Waiting, RefusesASecondOperationAndEndsByEndReader) {
+  bool again = true;
+  bool ended = true;
+  StartWaiting([&] {
+    again = ReadPage();
+    ended = EndReader();
+  });
+  EXPECT_FALSE(ReadPage());
+  EXPECT_FALSE(again);
+  EXPECT_FALSE(ended) << "the wire is busy; the wait is told to end";
+  EndReader();
+  ComPtr<IDispatch> form;
+  ASSERT_EQ(S_OK, reader->get_fComm(&form));
+  const auto serial = automation::GetObjectProperty(*form.Get(), L"mscComm");
+  EXPECT_FALSE(automation::BooleanOf(automation::GetProperty(*serial.Get(), L"PortOpen")));
+}
+
+TEST_F(Waiting, SurvivesTheReleaseOfItsLastReference) {
+  StartWaiting([this] {
+    reader->put_CancelScan(VARIANT_TRUE);
+    sink->Disconnect();
+    reader.Reset();
+  });
+  _clsTeskReader* const only = reader.Get();
+  VARIANT_BOOL read = VARIANT_TRUE;
+  EXPECT_EQ(S_OK, only->ReadPage(VARIANT_FALSE, &read));
+  EXPECT_EQ(VARIANT_FALSE, read);
+  errors.Reset();
+  const auto last = NewReader();
+  Install(last.Get(), nullptr);
+}
+
+}  // namespace
+}  // namespace tesk::test

@@ -1,0 +1,105 @@
+// Registering, unregistering, and doing without.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/windows/Text.h"
+#include "tests/windows/Host.h"
+#include "tests/windows/RegistrySnapshot.h"
+
+namespace tesk::test {
+namespace {
+
+const std::wstring kClassNames[] = {
+    L"clsTeskReader",        L"clsTeskReaderWindows", L"clsTeskReaderWindow",  L"clsTeskReaderBarcodes",
+    L"clsTeskReaderBarcode", L"clsTeskReaderPrinter", L"clsTeskReaderProfile", L"clsTeskReaderProfiles"};
+
+std::wstring UpperCase(std::wstring text) {
+  CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
+  return text;
+}
+
+// What every entry of the server's names: the library, or one of the identifiers in it.
+std::vector<std::wstring> Marks() {
+  std::vector<std::wstring> marks = {L"TESKREADER99"};
+  ComPtr<ITypeLib> library;
+  if (FAILED(LoadTypeLibEx(ServerPath().c_str(), REGKIND_NONE, &library))) return {};
+  const auto add = [&marks](REFGUID guid) {
+    wchar_t text[40] = {};
+    StringFromGUID2(guid, text, 40);
+    marks.push_back(UpperCase(text));
+  };
+  TLIBATTR* attributes = nullptr;
+  library->GetLibAttr(&attributes);
+  add(attributes->guid);
+  library->ReleaseTLibAttr(attributes);
+  for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
+    ComPtr<ITypeInfo> info;
+    TYPEATTR* type = nullptr;
+    library->GetTypeInfo(i, &info);
+    info->GetTypeAttr(&type);
+    add(type->guid);
+    info->ReleaseTypeAttr(type);
+  }
+  return marks;
+}
+
+// What there is of the server's beyond the clean registry. The system may go on setting itself up meanwhile.
+std::vector<std::string> Left() {
+  static const auto marks = Marks();
+  std::vector<std::string> left;
+  for (const std::wstring& line : Classes()) {
+    if (CleanRegistry().contains(line)) continue;
+    const std::wstring upper = UpperCase(line);
+    const auto isIn = [&](const std::wstring& mark) { return upper.find(mark) != std::wstring::npos; };
+    if (std::any_of(marks.begin(), marks.end(), isIn)) left.push_back(platform::WideToUtf8(line));
+  }
+  return left;
+}
+
+class Registration : public testing::Test {
+ protected:
+  void TearDown() override { EXPECT_TRUE(RegisterServer(false)); }
+};
+
+TEST_F(Registration, LeavesNothingBehindWhenTakenBack) {
+  EXPECT_LT(8 * 8U, Left().size());
+  ASSERT_TRUE(RegisterServer(true));
+  EXPECT_EQ(std::vector<std::string>(), Left());
+  EXPECT_TRUE(RegisterServer(true)) << "taking back what is not there is no error";
+}
+
+TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {
+  ASSERT_TRUE(RegisterServer(true));
+  ASSERT_EQ(0U, RunProgram(L"regsvr32 /s /n /i:user \"" + ServerPath() + L"\"").status);
+  const auto now = Classes();
+  EXPECT_TRUE(now.contains(L"user Software\\Classes\\TeskReader99.clsTeskReader"));
+  EXPECT_FALSE(now.contains(L"Software\\Classes\\TeskReader99.clsTeskReader"));
+  ASSERT_TRUE(RegisterServer(true));
+  EXPECT_EQ(std::vector<std::string>(), Left());
+}
+
+TEST_F(Registration, MakesEveryClassCreatableByItsName) {
+  for (const std::wstring& name : kClassNames) {
+    CLSID id = {};
+    EXPECT_EQ(S_OK, CLSIDFromProgID((L"TeskReader99." + name).c_str(), &id)) << platform::WideToUtf8(name);
+    EXPECT_TRUE(Create<IDispatch>(id)) << platform::WideToUtf8(name);
+  }
+}
+
+TEST_F(Registration, IsNotNeededWhereAManifestNamesTheServer) {
+  ASSERT_TRUE(RegisterServer(true));
+  for (const std::wstring& name : kClassNames) {
+    const Ended ended =
+        RunProgram(L"\"" + ProgramFolder() + L"side_by_side\\manifest_client.exe\" TeskReader99." + name);
+    EXPECT_EQ(0U, ended.status) << platform::WideToUtf8(name) << ": " << ended.output;
+  }
+  const Ended without =
+      RunProgram(L"\"" + ProgramFolder() + L"manifest_client.exe\" TeskReader99.clsTeskReader");
+  EXPECT_NE(0U, without.status) << "the test proves nothing while the server is found without the manifest";
+}
+
+}  // namespace
+}  // namespace tesk::test

@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::size_t kLongestReply = 4096;  // bytes; no scanner's reply to a command is longer
 
+// Turns of a wait with nothing to do, each of ten to twenty milliseconds.
+constexpr int kGraceTurns = 100;
+
 // A reply has ended when the line was silent this long: some characters at the line's rate, and the time for
 // which serial adaptors hold received bytes back.
 Milliseconds Gap(std::int32_t bitRate) { return Milliseconds(20 + 30 * 1000 / std::max(bitRate, 110)); }
@@ -40,6 +43,28 @@ Wait SerialExchange::ForBytes(std::int32_t count) {
   }
   timer_->SetEnabled(false);
   return Wait::Arrived;
+}
+
+Wait SerialExchange::ForBytesDespiteCancel() {
+  timer_->SetEnabled(true);
+  int grace = kGraceTurns;
+  while (port_->InBufferCount() == 0) {
+    reader_.Loop().DoEvents(port_->Arrival());
+    const bool waiting = port_->InBufferCount() > 0;
+    const bool givenUp = Cancelled() && --grace == 0;
+    if (waiting || (timer_->Enabled() && !givenUp)) continue;
+    timer_->SetEnabled(false);
+    return givenUp ? Wait::Cancelled : Wait::TimedOut;
+  }
+  timer_->SetEnabled(false);
+  return Wait::Arrived;
+}
+
+bool SerialExchange::ComesSoon() {
+  for (int turn = 0; turn < kGraceTurns && port_->InBufferCount() == 0 && !Cancelled(); ++turn) {
+    reader_.Loop().DoEvents(port_->Arrival());
+  }
+  return port_->InBufferCount() > 0;
 }
 
 Wait SerialExchange::ForBytesWithoutLimit() {
@@ -99,8 +124,14 @@ void SerialExchange::Poll() {
 }
 
 void SerialExchange::Rest(std::int32_t factor) {
-  const auto time = std::int64_t{factor} * std::max(reader_.SleepTime(), 0);
-  if (time > 0) reader_.Loop().Sleep(Milliseconds(time));
+  constexpr std::int64_t kSlice = 1000;  // milliseconds
+  std::int64_t left = std::int64_t{factor} * std::max(reader_.SleepTime(), 0);
+  for (; left > kSlice; left -= kSlice) {
+    reader_.Loop().Sleep(Milliseconds(kSlice));
+    reader_.Loop().DoEvents(kNoArrivalHandle);
+    if (Cancelled()) return;
+  }
+  if (left > 0) reader_.Loop().Sleep(Milliseconds(left));
 }
 
 }  // namespace tesk

@@ -28,12 +28,17 @@ class SerialExchange {
 
   // Starts the time-out and waits for `count` bytes; messages run, a set CancelScan ends it.
   Wait ForBytes(std::int32_t count = 1);
+  // Waits like ForBytes for the first byte about a sheet that is on its way out: a cancel leaves the scanner
+  // another second or two, since an answer that nobody took would be taken for the next one.
+  Wait ForBytesDespiteCancel();
   // Waits like ForBytes, but without limit of time: for a person who is to insert a sheet.
   Wait ForBytesWithoutLimit();
 
   std::int32_t Waiting() const { return port_->InBufferCount(); }
   // The next byte that waits; empty where none does.
   std::optional<std::uint8_t> TakeByte();
+  // Whether a byte waits or comes within a second or so.
+  bool ComesSoon();
   // Whether another byte waits or comes before the line has been silent for a moment.
   bool FollowsWithoutGap();
   // How many bytes wait once the line has been silent for a moment; messages run. The time-out and a set
@@ -44,7 +49,7 @@ class SerialExchange {
 
   // One turn of a polling loop with nothing waiting: messages run, then the polling pause.
   void Poll();
-  // A prescribed pause of `factor` times SleepTime.
+  // A prescribed pause of `factor` times SleepTime. One of over a second ends early when the host cancels.
   void Rest(std::int32_t factor);
   bool Cancelled() const { return reader_.CancelScan(); }
 

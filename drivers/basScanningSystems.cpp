@@ -146,6 +146,16 @@ bool SetUpPageReader(clsTeskReader& reader, SerialExchange& line) {
   return true;
 }
 
+// ---- Sheets on their way out
+
+// Sends a question about a sheet that leaves and takes the answer; empty after a time-out, which is shown.
+std::string AskOnTheWayOut(SerialExchange& line, std::string_view question) {
+  line.Ask(question);
+  const Wait wait = line.ForBytesDespiteCancel();
+  if (wait == Wait::TimedOut) Show(kSilence);
+  return wait == Wait::Arrived ? line.TakeReply() : std::string();
+}
+
 // ---- Feeding a sheet
 
 bool ImprinterReady(const clsTeskReader& reader) {
@@ -163,11 +173,22 @@ void SetUpBarcodes(std::int32_t definitions, SerialExchange& line) {
   for (std::int32_t i = 0; i < std::min(definitions, most); ++i) TellWithPause(line, kBarcodeField);
 }
 
+// The codes of the heads that come behind the first answer; empty where there are none.
+std::string LateStatus(clsTeskReader& reader) {
+  SerialExchange line(reader);
+  std::string codes;
+  if (!line.ComesSoon()) return codes;
+  for (const char c : line.TakeReply()) codes += NumberText(static_cast<unsigned char>(c));
+  return codes;
+}
+
 // Feeds the sheet and shows what the scanner says against it.
 bool SheetFed(clsTeskReader& reader) {
   constexpr std::string_view kNoError = "48";
-  const std::string status = SendCommandSS(reader, kStatus, true);
+  std::string status = SendCommandSS(reader, kStatus, true);
   if (status.empty()) return false;
+  // Of two heads the second may speak later than the first; its fault must not be missed.
+  if (reader.TwoSided() && status.size() <= kNoError.size()) status += LateStatus(reader);
   const std::string back = status.substr(0, 2);
   // Kept: two characters, so the last two digits of a code of three.
   const std::string front = status.substr(status.size() - std::min<std::size_t>(status.size(), 2));
@@ -176,11 +197,18 @@ bool SheetFed(clsTeskReader& reader) {
   return true;
 }
 
-// The count of one head; empty where it did not say.
-std::optional<std::int16_t> TimingMarks(clsTeskReader& reader, std::string_view head) {
-  const std::string reply = SendCommandSS(reader, std::string(head).append(kTimingMarks), false);
-  if (reply.empty()) return std::nullopt;
-  return ToInt16(Val(reply.substr(0, 3)));
+// The count of one head, left as it is where the scanner did not say. False after a cancel, and for an answer
+// that was cut off: its rest would be taken for marks.
+bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<std::int16_t>& count) {
+  constexpr std::size_t kDigits = 3;
+  std::string reply = SendCommandSS(reader, std::string(head).append(kTimingMarks), false);
+  SerialExchange line(reader);
+  while (!reply.empty() && reply.size() < kDigits && reply.back() != '\r') {
+    if (!line.ComesSoon()) return false;
+    reply += line.TakeReply();
+  }
+  if (!reply.empty()) count = ToInt16(Val(reply.substr(0, kDigits)));
+  return !reader.CancelScan();
 }
 
 // Empty where none are wanted, or after a cancel.
@@ -299,10 +327,10 @@ bool ReadPageSS(clsTeskReader& reader) {
       for (const std::string_view command : kImprinterSetUp) TellWithPause(line, command);
     }
     if (!SheetFed(reader)) return false;
-    const auto marks1 = TimingMarks(reader, "");
-    const auto marks2 =
-        reader.TwoSided() && !reader.CancelScan() ? TimingMarks(reader, kBackSide) : std::nullopt;
-    if (reader.CancelScan()) return false;
+    std::optional<std::int16_t> marks1;
+    std::optional<std::int16_t> marks2;
+    if (!AskTimingMarks(reader, "", marks1)) return false;
+    if (reader.TwoSided() && !AskTimingMarks(reader, kBackSide, marks2)) return false;
     BarcodeArray texts;
     if (definitions >= 1) texts = ReadBarcodes(line);
     if (reader.CancelScan()) return false;
@@ -374,18 +402,20 @@ bool RejectPageSS(clsTeskReader& reader, bool reject) {
 }
 
 bool RejectPrintSS(clsTeskReader& reader) {
-  return Guarded("basScanningSystems.RejectPrintSS",
-                 [&] { return !SendCommandSS(reader, kFeedQuery, false).empty(); });
+  return Guarded("basScanningSystems.RejectPrintSS", [&] {
+    SerialExchange line(reader);
+    return !AskOnTheWayOut(line, kFeedQuery).empty();
+  });
 }
 
 bool PrintSS(clsTeskReader& reader, bool feed) {
   return Guarded("basScanningSystems.PrintSS", [&] {
     const auto printer = reader.Printer();
     if (!printer) return false;
-    if (feed && SendCommandSS(reader, kFeedQuery, false).empty()) return false;
     SerialExchange line(reader);
+    if (feed) AskOnTheWayOut(line, kFeedQuery);
     for (const std::string& command : ImprintCommands(*printer)) line.Tell(command);
-    return SendCommandSS(reader, kPrintQuery, false).find('0') != std::string::npos;
+    return AskOnTheWayOut(line, kPrintQuery).find('0') != std::string::npos;
   });
 }
 

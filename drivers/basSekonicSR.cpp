@@ -220,16 +220,17 @@ std::optional<std::string> TakeBarcode(OmrLibrary& library, std::int32_t index) 
   LibraryRoom<char> buffer(kTextBytes);
   std::int32_t length = 0;
   std::int32_t value = 0;
-  if (library.OMR_GetBarcodeData(index, length, value, buffer.Room()) != 0) return std::string();
+  const bool failed = library.OMR_GetBarcodeData(index, length, value, buffer.Room()) != 0;
   if (!buffer.Kept()) return DisbelieveWriting(), std::nullopt;
+  if (failed) return std::string();
   const auto room = buffer.Room();
   const auto end = std::ranges::find(room, '\0');
   if (end == room.end()) return Disbelieve(LoadString("A barcode text has no end.")), std::nullopt;
   if (length < 0 || length >= static_cast<std::int32_t>(kTextBytes)) {
     return Disbelieve("Barcode length: ", length), std::nullopt;
   }
-  const std::string text(room.begin(), end);
-  return library.FromAnsi(std::string_view(text).substr(0, static_cast<std::size_t>(length)));
+  // What the length counts is the library's; the text ends where it ends.
+  return library.FromAnsi(std::string(room.begin(), end));
 }
 
 // One text per barcode that was read, a single empty one where none was.
@@ -237,8 +238,9 @@ std::optional<BarcodeArray> TakeBarcodes(OmrLibrary& library) {
   LibraryRoom<std::int32_t> information(kInformationFields);
   std::int32_t count = 0;
   // A scanner that has no barcode unit has no information either: its sheets have no barcodes.
-  if (library.OMR_GetBarcodeInfo(information.Room(), count) != 0) return BarcodeArray(1);
+  const bool none = library.OMR_GetBarcodeInfo(information.Room(), count) != 0;
   if (!information.Kept()) return DisbelieveWriting(), std::nullopt;
+  if (none) return BarcodeArray(1);
   if (count < 0 || count > kMostBarcodes) return Disbelieve("Barcodes: ", count), std::nullopt;
   BarcodeArray texts;
   for (std::int32_t index = 0; index < count; ++index) {
@@ -284,9 +286,10 @@ bool Feed(const clsTeskReader& reader, OmrLibrary& library) {
 std::optional<Side> TakeSide(OmrLibrary& library, const SideOfSheet& which) {
   LibraryRoom<std::uint8_t> buffer(kMarkBytes);
   std::int32_t rows = kRows;
-  if (library.OMR_GetMarks(which.number, rows, buffer.Room()) == 0) return Fail(which.failure), std::nullopt;
-  if (rows < 0 || rows > kRows) return Disbelieve("Rows: ", rows), std::nullopt;
+  const bool failed = library.OMR_GetMarks(which.number, rows, buffer.Room()) == 0;
   if (!buffer.Kept()) return DisbelieveWriting(), std::nullopt;
+  if (failed) return Fail(which.failure), std::nullopt;
+  if (rows < 0 || rows > kRows) return Disbelieve("Rows: ", rows), std::nullopt;
   Side side;
   side.rows = static_cast<std::int16_t>(rows);
   auto mark = buffer.Room().begin();

@@ -154,25 +154,17 @@ std::wstring SystemFolder() {
   return folder;
 }
 
-// The folder of a module of this process; empty where it cannot be told.
-std::wstring FolderOf(HMODULE module) {
+// The folder of the program; empty where it cannot be told.
+std::wstring ProgramFolder() {
   std::wstring path(MAX_PATH, L'\0');
   for (;;) {
-    const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+    const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
     if (length < path.size()) {
       path.resize(length);
       return path.substr(0, path.find_last_of(L'\\') == std::wstring::npos ? 0 : path.find_last_of(L'\\'));
     }
     path.resize(path.size() * 2);
   }
-}
-
-// The module that this code was linked into.
-HMODULE OwnModule() {
-  HMODULE module = nullptr;
-  ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&OwnModule), &module);
-  return module;
 }
 
 // What the library itself needs comes from its own folder and the system's, not from the current folder or
@@ -195,7 +187,7 @@ class SystemLoader : public OmrLibraryLoader {
     DWORD before = 0;
     ::SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before);
     std::shared_ptr<OmrLibrary> library;
-    for (const std::wstring& folder : {SystemFolder(), FolderOf(nullptr), FolderOf(OwnModule())}) {
+    for (const std::wstring& folder : {SystemFolder(), ProgramFolder()}) {
       if (!library) library = Complete(LoadFrom(folder));
     }
     ::SetThreadErrorMode(before, nullptr);

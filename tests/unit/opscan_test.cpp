@@ -472,7 +472,8 @@ TEST(OpScanRead, GradedSheetGetsTenPausesBeforeItsStatus) {
     EXPECT_TRUE(b.reader().ReadPage());
     return b.bench.time->Elapsed() - before;
   };
-  EXPECT_EQ(timeOf(true) - timeOf(false), 4s);
+  EXPECT_GE(timeOf(true) - timeOf(false), 4s);
+  EXPECT_LT(timeOf(true) - timeOf(false), 4100ms);
 }
 
 TEST(OpScanRead, CancelEndsEveryWaitAtOnceAndQuietly) {

@@ -143,6 +143,56 @@ TEST(SekonicSerial, SilenceAtTheTimingMarksIsShownAndCostsTheCountAlone) {
   EXPECT_EQ(b.reader.Side1Array(), Page(b.sheets[0].side1, 20));
 }
 
+// The scanner of two heads and slow answers: pieces of one answer arrive a tenth of a second apart.
+class Hesitant : public simulator::Scanner {
+ public:
+  Hesitant(std::string status, std::string marks) : status_(std::move(status)), marks_(std::move(marks)) {}
+
+ private:
+  void OnByte(std::uint8_t byte, simulator::Time now) override {
+    if (byte != '\r') {
+      line_ += static_cast<char>(byte);
+      return;
+    }
+    const std::string command = std::exchange(line_, {});
+    if (command == "\030") Reply("\x06", now);
+    if (command == "\005OM") Reply("1", now);
+    if (command == "?") InPieces(status_, now);
+    if (command.ends_with("\005T")) InPieces(marks_, now);
+    if (command.find("ED001") != std::string::npos) {
+      for (int row = 0; row < 4; ++row) Reply("05 \r", now, simulator::Milliseconds(300));
+    }
+  }
+  void InPieces(const std::string& answer, simulator::Time now) {
+    Reply(answer.substr(0, 1), now);
+    Reply(answer.substr(1), now, simulator::Milliseconds(100));
+  }
+
+  std::string status_;
+  std::string marks_;
+  std::string line_;
+};
+
+TEST(SekonicSerial, AnswersInPiecesAreNeitherMarksNorAGoodStatus) {
+  struct Case {
+    const char* status;
+    const char* marks;
+    bool read;
+  };
+  for (const Case& c : {Case{"00", "004", true}, Case{"04", "004", false}, Case{"00", "00", false}}) {
+    Bench bench(teskReaderTypeScanningSystemsSR607, std::make_shared<Hesitant>(c.status, c.marks));
+    bench.reader->SetDuplexForm(true);
+    bench.reader->SetSide1Rows(From1({4}));
+    bench.reader->SetSide2Rows(From1({4}));
+    ASSERT_TRUE(bench.reader->StartReader());
+    EXPECT_EQ(bench.reader->ReadPage(), c.read) << c.status << c.marks;
+    if (!c.read) continue;
+    EXPECT_EQ(bench.reader->Side1TimingMarks(), 4);
+    EXPECT_EQ(bench.reader->Side1Array().At(4, 1), 5);
+    EXPECT_EQ(bench.reader->Side1Array().At(1, 2), 0);
+  }
+}
+
 TEST(SekonicSerial, ThousandRowsAreAnErrorInsteadOfAFourthDigit) {
   SekonicBench b(kSr601);
   EXPECT_TRUE(b.reader.StartReader());

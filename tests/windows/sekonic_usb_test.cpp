@@ -30,7 +30,8 @@ void Store(const std::wstring& path, const std::string& text) {
   std::ofstream(platform::WideToUtf8(path), std::ios::binary | std::ios::trunc) << text;
 }
 
-// The library beside this program for as long as a test runs; its script and its record in the same folder.
+// The library beside this program, or where a test wants it, for as long as the test runs; its script and its
+// record in the same folder.
 class SekonicUsb : public testing::Test {
  protected:
   void SetUp() override {
@@ -41,24 +42,32 @@ class SekonicUsb : public testing::Test {
   }
   void TearDown() override {
     for (const wchar_t* name : {L"OMRAPI.DLL", L"OMRAPI.script", L"OMRAPI.record"}) {
-      DeleteFileW((ProgramFolder() + name).c_str());
+      DeleteFileW((folder + name).c_str());
     }
   }
 
-  static void Install(const char* variant) {
+  void Install(const char* variant) {
     const std::wstring from =
         Backslashed(platform::Utf8ToWide(std::string("Z:" TESKREAD_OMRAPI "/") + variant));
-    ASSERT_TRUE(
-        CopyFileW((from + L"\\OMRAPI.DLL").c_str(), (ProgramFolder() + L"OMRAPI.DLL").c_str(), FALSE));
+    ASSERT_TRUE(CopyFileW((from + L"\\OMRAPI.DLL").c_str(), (folder + L"OMRAPI.DLL").c_str(), FALSE));
   }
-  static void Script(const std::string& text) { Store(ProgramFolder() + L"OMRAPI.script", text); }
-  static Lines Record() {
-    std::istringstream text(tesk::test::TextOf(ProgramFolder() + L"OMRAPI.record"));
+  void Script(const std::string& text) { Store(folder + L"OMRAPI.script", text); }
+  Lines Record() {
+    std::istringstream text(tesk::test::TextOf(folder + L"OMRAPI.record"));
     Lines lines;
     for (std::string line; std::getline(text, line);) lines.push_back(line);
     return lines;
   }
+
+  std::wstring folder = ProgramFolder();
 };
+
+// The folder where a script host, too, finds the library.
+std::wstring SystemFolder() {
+  wchar_t path[MAX_PATH];
+  const UINT length = GetSystemDirectoryW(path, MAX_PATH);
+  return std::wstring(path, length) + L"\\";
+}
 
 constexpr const char* kTenSheets =
     "sheets 10 60 7 two-sided\nbarcode 4 4711\nno-barcodes 9\nbarcode-unit 0\n";
@@ -96,6 +105,9 @@ Lines ExpectedCalls() {
 }
 
 TEST_F(SekonicUsb, AScriptReadsTenTwoSidedSheetsWithTheirBarcodes) {
+  TearDown();
+  folder = SystemFolder();
+  Install("whole");
   Script(kTenSheets);
   const Ended ended = RunProgram(L"cscript //nologo \"" + SourceFolder() + L"scripts\\sekonic_usb.vbs\"");
   EXPECT_EQ(0U, ended.status) << ended.output;

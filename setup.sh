@@ -8,10 +8,10 @@ set -euo pipefail
 
 readonly native_packages=(
   g++ cmake ninja-build ccache clang-format
-  libcli11-dev nlohmann-json3-dev libfmt-dev
+  libcli11-dev nlohmann-json3-dev libfmt-dev libncurses-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev)
 readonly cross_packages=(g++-mingw-w64-i686-posix mingw-w64-tools xvfb xauth)
-readonly wine_packages=(wine wine32:i386 wine64)
+readonly wine_packages=(wine wine32:i386 wine64 fonts-wine)
 
 scratch=""
 package_lists_are_fresh=no

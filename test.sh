@@ -21,6 +21,7 @@ reports="$PWD/build/reports"
 side=sources
 wine_runs=no
 runner_group=""
+screen_pid=""
 scanner_pids=()
 
 say() { printf '%s\n' "== $*"; }
@@ -197,10 +198,11 @@ stop_wine() {
 }
 
 # A simulated scanner behind a serial port of Wine's.
-start_scanner() { # PORT OPTION...
-  local port=$1 log="$reports/scanner_com$1.log" tries=0
-  shift
-  build/linux/teskread simulate --reader 15 --link "$wine_prefix/dosdevices/com$port" "$@" >"$log" 2>&1 &
+start_scanner() { # PORT READER OPTION...
+  local port=$1 reader=$2 log="$reports/scanner_com$1.log" tries=0
+  shift 2
+  build/linux/teskread simulate --reader "$reader" --link "$wine_prefix/dosdevices/com$port" "$@" \
+    >"$log" 2>&1 &
   scanner_pids+=("$!")
   until grep -q '^listening' "$log" || [ "$((tries += 1))" -gt 100 ]; do sleep 0.1; done
 }
@@ -217,12 +219,42 @@ stop_scanners() {
 
 # Without a screen no message box can hang a test.
 run_automation() {
-  start_scanner 3 --count 400 --seed 7
-  start_scanner 4 --count 0
-  start_scanner 5 --count 40 --seed 7 --fault jam@2
+  local scanmark=15 opscan=26 sekonic=8 vmr=24
+  start_scanner 3 "$scanmark" --count 400 --seed 7
+  start_scanner 4 "$scanmark" --count 0
+  start_scanner 5 "$scanmark" --count 40 --seed 7 --fault jam@2
+  start_scanner 6 "$opscan" --count 200 --seed 7 --side2 50x48
+  start_scanner 7 "$opscan" --count 200 --seed 7 --side2 50x48 --fault skew@2
+  start_scanner 8 "$sekonic" --count 200 --seed 7
+  start_scanner 9 "$vmr" --count 200 --seed 7 --side1 50x12
   run_gtest windows_tests env -u DISPLAY "$PWD/cmake/wine.sh" "$wine_prefix" \
     "$PWD/build/windows/windows_tests.exe"
   stop_scanners
+}
+
+# The setup dialog needs a screen. Wine's desktop takes to one when it starts, hence the restart; and no
+# window manager is there that it could wait for.
+run_dialog() {
+  local number=""
+  coproc screen { exec Xvfb -displayfd 1 -screen 0 2560x1600x24 2>"$reports/screen.log"; }
+  screen_pid=$screen_PID
+  if ! read -r -t 30 -u "${screen[0]}" number; then
+    note_failure dialog_tests "Xvfb does not start; see ${reports#"$PWD"/}/screen.log"
+    return
+  fi
+  in_wine wineserver -k >/dev/null 2>&1
+  timeout 30 cmake/wine.sh "$wine_prefix" wineserver -w >/dev/null 2>&1
+  DISPLAY=":$number" timeout 120 cmake/wine.sh "$wine_prefix" reg add 'HKCU\Software\Wine\X11 Driver' \
+    /v Managed /d N /f >>"$reports/wine.log" 2>&1
+  run_gtest dialog_tests env "DISPLAY=:$number" "$PWD/cmake/wine.sh" "$wine_prefix" \
+    "$PWD/build/windows/dialog_tests.exe"
+  in_wine wineserver -k >/dev/null 2>&1
+  stop_screen
+}
+
+stop_screen() {
+  [ -z "$screen_pid" ] || kill "$screen_pid" 2>/dev/null
+  screen_pid=""
 }
 
 check_size() { # the server is to stay small enough to be sent along with a host
@@ -244,6 +276,7 @@ run_windows() {
   run_check server_size bash -c check_size
   run_check server_imports bash -c check_imports
   run_automation
+  run_dialog
 }
 
 # ---- the run --------------------------------------------------------------------------------------
@@ -252,6 +285,7 @@ end_early() {
   [ -z "$runner_group" ] || kill -KILL -- "-$runner_group" 2>/dev/null
   stop_scanners >/dev/null
   stop_wine
+  stop_screen
   exit 130
 }
 

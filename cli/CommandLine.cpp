@@ -18,7 +18,7 @@ namespace {
 
 constexpr void (*kCommands[])(CLI::App&, Program&) = {
     AddReadersCommand, AddScanCommand,     AddSimulateCommand, AddDemoCommand,
-    AddLocateCommand,  AddFirmwareCommand, AddSettingsCommand,
+    AddLocateCommand,  AddFirmwareCommand, AddSettingsCommand, AddSetupCommand,
 };
 
 constexpr std::string_view kFooter =

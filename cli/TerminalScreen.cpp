@@ -18,6 +18,26 @@ void Write(WINDOW* window, int line, int column, const std::string& text) {
   mvwaddnstr(window, line, column, text.c_str(), static_cast<int>(text.size()));
 }
 
+// What a key asks of a menu: letters search, what means nothing is refused by the menu.
+int RequestOf(int key) {
+  switch (key) {
+    case KEY_UP:
+      return REQ_UP_ITEM;
+    case KEY_DOWN:
+      return REQ_DOWN_ITEM;
+    case KEY_PPAGE:
+      return REQ_SCR_UPAGE;
+    case KEY_NPAGE:
+      return REQ_SCR_DPAGE;
+    case KEY_HOME:
+      return REQ_FIRST_ITEM;
+    case KEY_END:
+      return REQ_LAST_ITEM;
+    default:
+      return key > kBlank && key < 127 ? key : 0;
+  }
+}
+
 }  // namespace
 
 bool IsEnter(int key) { return key == '\n' || key == '\r' || key == KEY_ENTER; }
@@ -54,7 +74,7 @@ TerminalScreen::TerminalScreen() {
   std::setlocale(LC_CTYPE, "");
   screen_ = newterm(nullptr, stdout, stdin);
   if (screen_ == nullptr) {
-    throw UsageError("setup needs a terminal that can be drawn on|TERM in the environment names none");
+    throw CommandFailure("this terminal cannot be drawn on");
   }
   cbreak();
   noecho();
@@ -137,13 +157,7 @@ int TerminalScreen::PickFrom(const std::vector<std::string>& entries, int chosen
     const int key = ReadKey();
     open = !IsEnter(key) && key != kBlank && key != kEscape && key != KEY_RESIZE;
     if (IsEnter(key) || key == kBlank) picked = item_index(current_item(menu));
-    if (key == KEY_UP) menu_driver(menu, REQ_UP_ITEM);
-    if (key == KEY_DOWN) menu_driver(menu, REQ_DOWN_ITEM);
-    if (key == KEY_PPAGE) menu_driver(menu, REQ_SCR_UPAGE);
-    if (key == KEY_NPAGE) menu_driver(menu, REQ_SCR_DPAGE);
-    if (key == KEY_HOME) menu_driver(menu, REQ_FIRST_ITEM);
-    if (key == KEY_END) menu_driver(menu, REQ_LAST_ITEM);
-    if (key > kBlank && key < 127) menu_driver(menu, key);
+    menu_driver(menu, RequestOf(key));
   }
   unpost_menu(menu);
   free_menu(menu);

@@ -25,10 +25,13 @@ struct WindowCloser {
 };
 using Window = std::unique_ptr<WINDOW, WindowCloser>;
 
+// Throws UsageError where TERM in the environment names no terminal that can be drawn on.
+void RequireDrawableTerminal();
+
 // Takes the terminal over and gives it back. One at a time.
 class TerminalScreen {
  public:
-  // Throws UsageError for a terminal that cannot be drawn on.
+  // Throws CommandFailure for a terminal that cannot be drawn on.
   TerminalScreen();
   TerminalScreen(const TerminalScreen&) = delete;
   TerminalScreen& operator=(const TerminalScreen&) = delete;

@@ -34,6 +34,7 @@ std::shared_ptr<MessageBox> CreateConsoleBox();
 // What it prints: "TITLE: TEXT" and a line end; the text's further lines, parted by "|", indented by two.
 std::string ConsoleText(const std::string& title, const std::string& text);
 
+bool StandardInputIsTerminal();
 bool StandardErrorIsTerminal();
 bool StandardOutputIsTerminal();
 

@@ -27,6 +27,7 @@ class ConsoleBox : public MessageBox {
 
 std::shared_ptr<MessageBox> CreateConsoleBox() { return std::make_shared<ConsoleBox>(); }
 
+bool StandardInputIsTerminal() { return ::isatty(STDIN_FILENO) != 0; }
 bool StandardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
 bool StandardOutputIsTerminal() { return ::isatty(STDOUT_FILENO) != 0; }
 

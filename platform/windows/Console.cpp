@@ -45,6 +45,7 @@ BOOL WINAPI NoteInterrupt(DWORD event) {
 
 std::shared_ptr<MessageBox> CreateConsoleBox() { return std::make_shared<ConsoleBox>(); }
 
+bool StandardInputIsTerminal() { return IsConsole(STD_INPUT_HANDLE); }
 bool StandardErrorIsTerminal() { return IsConsole(STD_ERROR_HANDLE); }
 bool StandardOutputIsTerminal() { return IsConsole(STD_OUTPUT_HANDLE); }
 

@@ -26,7 +26,7 @@ struct WrongLine {
 
 TEST(ProcessCommandLine, WhatIsWrongIsNamedWithStatus2AndNothingOnStandardOutput) {
   const WrongLine lines[] = {
-      {{}, "a command is required: readers, scan, simulate, demo, locate, firmware or settings"},
+      {{}, "a command is required: readers, scan, simulate, demo, locate, firmware, settings or setup"},
       {{"scna"}, "\"scna\" is no command"},
       {{"--frobnicate"}, "--frobnicate"},
       {{"scan"}, "--reader: is required"},
@@ -48,6 +48,8 @@ TEST(ProcessCommandLine, WhatIsWrongIsNamedWithStatus2AndNothingOnStandardOutput
       {{"simulate", "--reader", "15", "--count", "-1"}, "--count"},
       {{"simulate", "--reader", "15", "--seed", "-1"}, "--seed"},
       {{"simulate", "--reader", "15", "--sheets", "x", "--count", "3"}, "--sheets"},
+      {{"simulate"}, "--reader: is required"},
+      {{"simulate", "--replay", "x", "--reader", "15"}, "--replay"},
       {{"readers", "--group", "Kodak"}, "--group"},
       {{"demo", "--sheets", "0"}, "--sheets"},
   };
@@ -163,6 +165,15 @@ TEST(ProcessSimulate, ASheetFileThatIsNoneIsRefusedWithItsLine) {
   EXPECT_EQ(process.Wait(), 1);
   EXPECT_EQ(process.Output(), "");
   EXPECT_THAT(process.Error(), HasSubstr("sheets, line 2: "));
+}
+
+TEST(ProcessSimulate, ATraceThatIsNoneIsRefusedWithItsLine) {
+  const TemporaryDirectory directory;
+  WriteFile(directory / "trace", "teskread-trace 1\nversion 1\nreader 99 x\n");
+  Process process(Teskread({"simulate", "--replay", directory / "trace"}));
+  EXPECT_EQ(process.Wait(), 1);
+  EXPECT_EQ(process.Output(), "");
+  EXPECT_THAT(process.Error(), HasSubstr("trace, line 3: "));
 }
 
 TEST(ProcessDemo, EverySheetIsShownAndCounted) {

@@ -170,6 +170,30 @@ TEST(ProcessScan, TheImprintIsSentWithEverySheet) {
                                     "EJCT A     Room 7\r")));
 }
 
+TEST(ProcessScan, AReplayedTraceReadsTheSameSheetsAndCatchesAnotherScan) {
+  const TemporaryDirectory directory;
+  std::string sheets;
+  {
+    Scanner scanner({"--reader", "15", "--count", "2"});
+    Process scan(ScanArguments("15", scanner.Device(), {"--trace", directory / "trace"}));
+    EXPECT_EQ(scan.Wait(), 0) << scan.Error();
+    EXPECT_EQ(scanner.End(), 0);
+    sheets = scan.Output();
+  }
+  Scanner replay({"--replay", directory / "trace"});
+  Process same(ScanArguments("15", replay.Device()));
+  EXPECT_EQ(same.Wait(), 0) << same.Error();
+  EXPECT_EQ(same.Output(), sheets);
+  EXPECT_EQ(replay.End(), 0);
+
+  Scanner strict({"--replay", directory / "trace"});
+  Process other(ScanArguments("15", strict.Device(), {"--dispose", "reject", "--set", "TimeOut=1"}));
+  EXPECT_EQ(other.Wait(), 1);
+  strict.Program().Signal(SIGTERM);
+  EXPECT_EQ(strict.Program().Wait(), 1);
+  EXPECT_THAT(strict.Program().Error(), HasSubstr("expected \"A\", got \"C\"; the record is \"<1B>EJCT A"));
+}
+
 struct FaultCase {
   const char* fault;
   const char* message;  // empty: the scan ends quietly

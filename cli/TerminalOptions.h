@@ -1,0 +1,85 @@
+// The setup dialog in a terminal: one column of fields that scrolls, lists that pop up. Knows setup/ and the
+// terminal library.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/TerminalScreen.h"
+#include "setup/frmOptions.h"
+#include "setup/optionsLayout.h"
+
+namespace tesk::cli {
+
+// One dialog, from its opening to its end.
+class TerminalOptions : public OptionsView {
+ public:
+  TerminalOptions(TerminalScreen& screen, clsTeskReader& reader);
+  TerminalOptions(const TerminalOptions&) = delete;
+  TerminalOptions& operator=(const TerminalOptions&) = delete;
+  ~TerminalOptions() override;
+
+  // True when the user confirmed; an interrupt is a No.
+  bool Run();
+  // For waits of the engine's: Escape and interrupts end a port search.
+  bool RunMessages();
+
+  void Unload() override { closed_ = true; }
+  void Refresh() override { stale_ = true; }
+  void SetFocus(ControlId id) override;
+  void Beep() override;
+  void SetHourglass(bool on) override;
+  void ShowInformation(const std::string& title, const std::string& text) override;
+  void ShowWarning(const std::string& title, const std::string& text) override;
+
+ private:
+  struct Columns {
+    int label = 0;
+    int value = 0;  // where values begin
+    int width = 0;  // of the whole
+  };
+
+  Columns Measure() const;
+  void Rebuild();
+  void AddText(const std::string& text, int line, int column, chtype look);
+  void AddField(ControlId id, int line, int column, int width);
+  int AddFrames(const Columns& columns);
+  void AddRow(const LayoutRow& row, int line, const Columns& columns);
+  void AddButtons(int line, const Columns& columns);
+  std::string Shown(ControlId id) const;
+  void ClearForm();
+
+  bool TooSmall() const;
+  void Draw();
+  void DrawTooSmall();
+  void ScrollTo(int line);
+  std::string HintFor(ControlId id) const;
+
+  ControlId Current() const;
+  ControlKind CurrentKind() const;
+  void Handle(int key);
+  void HandleField(int key);
+  void Move(int request);
+  void LeaveField();
+  void Activate();
+  void Pick(ControlId list);
+  void TakeText();
+
+  TerminalScreen& screen_;
+  frmOptions form_;
+  FORM* fields_ = nullptr;
+  std::vector<FIELD*> all_;
+  std::map<FIELD*, ControlId> ids_;
+  Window pad_;
+  Columns columns_;
+  int lines_ = 0;   // of the pad
+  int scroll_ = 0;  // the pad's first line that is seen
+  std::optional<ControlId> focus_;
+  bool stale_ = true;
+  bool closed_ = false;
+  bool searching_ = false;
+};
+
+}  // namespace tesk::cli

@@ -1,0 +1,107 @@
+// `teskread setup`: the setup dialog over the settings saved under a key.
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "assembly/assembly.h"
+#include "cli/CommandError.h"
+#include "cli/CommandLine.h"
+#include "cli/ReaderChoice.h"
+#include "cli/SetupScreen.h"
+#include "cli/settingsKey.h"
+#include "platform/Platform.h"
+#include "platform/SettingsStores.h"
+
+namespace tesk::cli {
+namespace {
+
+struct SetupOptions {
+  SettingsKeyOptions key;
+  std::string reader;
+};
+
+// Messages stand where the dialog stands, and on standard error before and after it.
+class SetupHost : public ConsoleHost {
+ public:
+  SetupHost(std::shared_ptr<Console> console, std::shared_ptr<SetupScreen> screen)
+      : ConsoleHost(std::move(console)), screen_(std::move(screen)) {}
+
+  bool MsgBoxEx(const std::string& title, const std::string& text) override {
+    return screen_->ShowMessage(title, text) || ConsoleHost::MsgBoxEx(title, text);
+  }
+  void RaiseError(const ErrorReport& report) override {
+    const std::string text = report.message + (report.detail.empty() ? "" : "|" + report.detail);
+    if (!Silent() && !screen_->ShowMessage(report.title, text)) ConsoleHost::RaiseError(report);
+  }
+
+ private:
+  std::shared_ptr<SetupScreen> screen_;
+};
+
+class InstalledHost {
+ public:
+  explicit InstalledHost(std::shared_ptr<HostServices> host) { SetError(std::move(host)); }
+  InstalledHost(const InstalledHost&) = delete;
+  InstalledHost& operator=(const InstalledHost&) = delete;
+  ~InstalledHost() { SetError(nullptr); }
+};
+
+// The named model's proposals, or what is saved.
+void Begin(const SetupOptions& options, const SettingsKey& key, clsTeskReader& engine) {
+  if (!options.reader.empty()) {
+    if (!engine.LoadDefaults(ParseReader(options.reader))) {
+      throw CommandFailure("there are no defaults for this reader");
+    }
+    engine.SetPort(1);
+    return;
+  }
+  const auto store = platform::CreateSettingsStore();
+  if (!store->LoadValue(key.root, key.path, "ScannerType")) {
+    throw UsageError("--reader: is required: nothing is saved under this key yet");
+  }
+  if (!engine.LoadSettings(key.root, key.path)) {
+    throw CommandFailure(fmt::format("the settings under the key {} cannot be read", key.path));
+  }
+}
+
+int RunSetup(const SetupOptions& options, Program& program) {
+  const SettingsKey key = ParseSettingsKey(options.key);
+  platform::InstallInterruptHandler();
+  const auto screen = CreateSetupScreen();
+  const InstalledHost host(std::make_shared<SetupHost>(program.console, screen));
+  const auto engine =
+      CreateReader({.serial = platform::CreateSerialSystem(),
+                    .loop = platform::CreateHostLoop([screen] { return screen->RunMessages(); }),
+                    .clock = platform::CreateClock(),
+                    .setupDialog = screen->Dialog()});
+  Begin(options, key, *engine);
+  const bool confirmed = engine->ShowOptions(nullptr);
+  if (platform::Interrupted()) return kStatusInterrupted;
+  if (!confirmed) {
+    program.console->Message("teskread setup", "nothing was changed");
+    return kStatusDone;
+  }
+  return engine->SaveSettings(key.root, key.path) ? kStatusDone : kStatusFailed;
+}
+
+}  // namespace
+
+void AddSetupCommand(CLI::App& app, Program& program) {
+  const auto options = std::make_shared<SetupOptions>();
+  CLI::App& command = *app.add_subcommand("setup", "Shows and changes the settings under a key in a dialog");
+  AddSettingsKeyOptions(command, options->key, true);
+  command
+      .add_option("--reader", options->reader,
+                  Explain("begins with this model's defaults; without it, with what is saved", "--reader 4"))
+      ->type_name("R");
+  command.footer(
+      "Examples:\n"
+      "  teskread setup --key School\\Lab --reader \"Scantron EZData\"\n"
+      "  teskread setup --key School\\Lab");
+  command.callback(
+      [options, &program] { program.run = [options, &program] { return RunSetup(*options, program); }; });
+}
+
+}  // namespace tesk::cli

@@ -1,0 +1,291 @@
+// The dialog's messages. The system's own modal loop runs it.
+#include "platform/windows/OptionsDialog.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "base/HostServices.h"
+#include "base/RunTimeError.h"
+#include "platform/windows/HelpViewer.h"
+#include "platform/windows/SystemFunction.h"
+#include "platform/windows/Text.h"
+#include "platform/windows/VisualStyles.h"
+
+#ifndef WM_DPICHANGED
+#define WM_DPICHANGED 0x02E0
+#endif
+
+namespace tesk::platform {
+namespace {
+
+// An empty dialog; its windows are added when it opens.
+struct EmptyDialog {
+  DLGTEMPLATE header{};
+  WORD menu = 0;
+  WORD className = 0;
+  WORD title = 0;
+};
+
+RECT RectangleOf(HWND window) {
+  RECT rectangle{};
+  ::GetWindowRect(window, &rectangle);
+  return rectangle;
+}
+
+// Of the screen that the window is on, without the task bar.
+RECT WorkArea(HWND window) {
+  MONITORINFO monitor{};
+  monitor.cbSize = sizeof monitor;
+  ::GetMonitorInfoW(::MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
+  return monitor.rcWork;
+}
+
+// Within [low, high]; where it does not fit, its beginning is what is seen.
+LONG Within(LONG start, LONG length, LONG low, LONG high) {
+  return std::max(std::min(start, high - length), low);
+}
+
+POINT CentreOf(const RECT& area, SIZE size) {
+  return {(area.left + area.right - size.cx) / 2, (area.top + area.bottom - size.cy) / 2};
+}
+
+// The host's window, or its active one where it named none or one that is gone.
+HWND OwnerOf(const std::shared_ptr<HostObject>& parent) {
+  const auto named = reinterpret_cast<HWND>(parent ? parent->WindowHandle() : 0);
+  const HWND window = ::IsWindow(named) ? named : ::GetActiveWindow();
+  return window != nullptr ? ::GetAncestor(window, GA_ROOT) : nullptr;
+}
+
+// We lay the windows out for a new resolution ourselves.
+void KeepSystemFromScaling(HWND dialog) {
+  constexpr int kDisableAll = 1;  // DDC_DISABLE_ALL
+  auto* const set = UserFunction<BOOL WINAPI(HWND, int, int)>("SetDialogDpiChangeBehavior");
+  if (set != nullptr) set(dialog, kDisableAll, kDisableAll);
+}
+
+class WindowSetupDialog : public SetupDialog {
+ public:
+  bool Show(clsTeskReader& reader, std::int32_t helpTopic,
+            const std::shared_ptr<HostObject>& parent) override {
+    OptionsDialog dialog(reader, helpTopic);
+    return dialog.Run(OwnerOf(parent));
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<SetupDialog> CreateSetupDialog() { return std::make_shared<WindowSetupDialog>(); }
+
+OptionsDialog::OptionsDialog(clsTeskReader& reader, std::int32_t helpTopic)
+    : reader_(reader), helpTopic_(helpTopic), form_(reader, *this) {}
+
+bool OptionsDialog::Run(HWND owner) {
+  form_.LoadValues();
+  owner_ = owner;
+  EmptyDialog empty;
+  empty.header.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME | DS_SETFOREGROUND;
+  const INT_PTR result = ::DialogBoxIndirectParamW(OwnModule(), &empty.header, owner, &Procedure,
+                                                   reinterpret_cast<LPARAM>(this));
+  if (result == -1) throw RunTimeError(kErrorInternal, "The window of the setup dialog cannot be made");
+  return form_.Confirmed();
+}
+
+// ---- What the form asks for
+
+void OptionsDialog::Unload() {
+  if (window_ != nullptr) ::EndDialog(window_, 0);
+}
+
+void OptionsDialog::Refresh() {
+  if (window_ == nullptr || font_ == nullptr) return;
+  const HWND focus = ::GetFocus();
+  refreshing_ = true;
+  FitTo(windows_.Show(form_.Controls()));
+  refreshing_ = false;
+  // A control that is hidden or disabled under the user's hands would take the keyboard with it.
+  const bool ours = focus != nullptr && ::IsChild(window_, focus) && ::IsWindowVisible(window_);
+  if (ours && (!::IsWindowVisible(focus) || !::IsWindowEnabled(focus))) SetFocus(ControlId::cboReaderType);
+}
+
+// Through the dialog, which moves the mark of the default button along.
+void OptionsDialog::SetFocus(ControlId id) {
+  const HWND window = windows_.Window(id);
+  if (window_ != nullptr) ::SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(window), TRUE);
+}
+
+void OptionsDialog::Beep() { ::MessageBeep(MB_OK); }
+
+// While the pointer shows it the dialog itself has the focus: no key reaches a control, and the Escape key
+// reaches us although the messages run in the engine's loop, which knows no dialogs.
+void OptionsDialog::SetHourglass(bool on) {
+  hourglass_ = on;
+  ::SetCursor(::LoadCursorW(nullptr, on ? IDC_WAIT : IDC_ARROW));
+  if (window_ == nullptr) return;
+  if (on) focusBefore_ = ::SetFocus(window_);
+  if (!on && focusBefore_ != nullptr && ::GetFocus() == window_) ::SetFocus(focusBefore_);
+}
+
+void OptionsDialog::ShowInformation(const std::string& title, const std::string& text) {
+  ShowBox(title, text, MB_ICONINFORMATION);
+}
+
+void OptionsDialog::ShowWarning(const std::string& title, const std::string& text) {
+  ShowBox(title, text, MB_ICONWARNING);
+}
+
+void OptionsDialog::ShowBox(const std::string& title, const std::string& text, UINT icon) {
+  const VisualStyles styles;
+  ::SetCursor(::LoadCursorW(nullptr, IDC_ARROW));
+  const bool hourglass = std::exchange(hourglass_, false);
+  ::MessageBoxW(window_, Utf8ToWide(text).c_str(), Utf8ToWide(title).c_str(), MB_OK | icon);
+  hourglass_ = hourglass;
+}
+
+// ---- Messages
+
+INT_PTR CALLBACK OptionsDialog::Procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+  if (message == WM_INITDIALOG) ::SetWindowLongPtrW(window, DWLP_USER, second);
+  auto* const dialog = reinterpret_cast<OptionsDialog*>(::GetWindowLongPtrW(window, DWLP_USER));
+  if (dialog == nullptr) return FALSE;
+  if (message == WM_INITDIALOG) {
+    // An error leaves an empty window, which nobody could close by a button.
+    const auto error = Attempt([&] { dialog->Open(window); });
+    if (error) ::EndDialog(window, -1);
+    return FALSE;  // the focus is where we put it
+  }
+  return Guarded("frmOptions.Message", [&] { return dialog->Handle(message, first, second); }) ? TRUE : FALSE;
+}
+
+bool OptionsDialog::Handle(UINT message, WPARAM first, LPARAM second) {
+  switch (message) {
+    case WM_COMMAND:
+      if (!refreshing_) Command(LOWORD(first), HIWORD(first));
+      return true;
+    case WM_NOTIFY:
+      return Notify(*reinterpret_cast<const NMHDR*>(second));
+    case WM_HELP:
+      Help();
+      return true;
+    case WM_KEYDOWN:
+      if (hourglass_ && first == VK_ESCAPE) form_.Click(ControlId::cmdCancel);
+      return hourglass_;
+    case WM_SETFOCUS:
+      return hourglass_;
+    case WM_SETCURSOR:
+      if (!hourglass_) return false;
+      ::SetCursor(::LoadCursorW(nullptr, IDC_WAIT));
+      ::SetWindowLongPtrW(window_, DWLP_MSGRESULT, TRUE);
+      return true;
+    case WM_DPICHANGED:
+      ChangeScreen(HIWORD(first), *reinterpret_cast<const RECT*>(second));
+      return true;
+    case WM_SETTINGCHANGE:
+      if (first == SPI_SETNONCLIENTMETRICS) ChangeFont(DpiOf(window_));
+      return false;
+    case WM_DESTROY:
+      window_ = nullptr;
+      return false;
+    default:
+      return false;
+  }
+}
+
+void OptionsDialog::Open(HWND window) {
+  window_ = window;
+  KeepSystemFromScaling(window);
+  ::SetWindowTextW(window, Utf8ToWide(form_.Caption()).c_str());
+  refreshing_ = true;  // new fields tell that they are empty
+  windows_.Create(window);
+  refreshing_ = false;
+  ChangeFont(DpiOf(window));
+  ::SetFocus(windows_.Window(ControlId::cboReaderType));
+}
+
+void OptionsDialog::Command(int command, int notification) {
+  const auto id = ControlOfCommand(command);
+  if (!id) return;
+  switch (form_.Controls()[*id].kind) {
+    case ControlKind::DropDownList:
+      return ListCommand(*id, notification);
+    case ControlKind::SpinField:
+      return FieldCommand(*id, notification);
+    default:
+      if (notification != BN_CLICKED) return;
+      form_.Click(*id);
+      Refresh();
+  }
+}
+
+// While a list is dropped down its choice is not yet the user's: the Escape key takes it back.
+void OptionsDialog::ListCommand(ControlId list, int notification) {
+  const HWND window = windows_.Window(list);
+  if (notification == CBN_SELENDCANCEL) listCancelled_ = true;
+  if (notification == CBN_DROPDOWN || notification == CBN_SELENDOK) listCancelled_ = false;
+  const bool dropped = ::SendMessageW(window, CB_GETDROPPEDSTATE, 0, 0) != FALSE;
+  const bool closing = notification == CBN_CLOSEUP && !listCancelled_;
+  if (!closing && (notification != CBN_SELCHANGE || dropped)) {
+    if (notification == CBN_CLOSEUP) Refresh();
+    return;
+  }
+  const auto position = static_cast<std::int32_t>(::SendMessageW(window, CB_GETCURSEL, 0, 0));
+  // Choosing a reader again must not undo what was changed since.
+  if (position != form_.Controls()[list].chosen) form_.Select(list, position);
+  Refresh();
+}
+
+void OptionsDialog::FieldCommand(ControlId field, int notification) {
+  if (notification == EN_CHANGE) form_.Type(field, windows_.Text(field));
+  // Who cancels wants nothing checked.
+  const bool cancelling = ::GetFocus() == windows_.Window(ControlId::cmdCancel);
+  if (notification == EN_KILLFOCUS && !cancelling) form_.Leave(field);
+}
+
+bool OptionsDialog::Notify(const NMHDR& header) {
+  const auto field = ControlOfArrows(static_cast<int>(header.idFrom));
+  if (!field || header.code != static_cast<UINT>(UDN_DELTAPOS)) return false;
+  form_.Spin(*field, reinterpret_cast<const NMUPDOWN&>(header).iDelta);
+  ::SetWindowLongPtrW(window_, DWLP_MSGRESULT, TRUE);  // the arrows stand where Spin put them
+  return true;
+}
+
+void OptionsDialog::Help() {
+  if (!ShowHelp(window_, reader_.HelpFile(), helpTopic_)) Beep();
+}
+
+// ---- Size and place
+
+void OptionsDialog::ChangeFont(unsigned dpi) {
+  auto font = std::make_unique<DialogFont>(dpi);
+  windows_.SetFont(*font);
+  font_ = std::move(font);
+  Refresh();
+}
+
+void OptionsDialog::ChangeScreen(unsigned dpi, const RECT& proposed) {
+  ::SetWindowPos(window_, nullptr, proposed.left, proposed.top, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  ChangeFont(dpi);
+}
+
+// The upper left corner stays unless the dialog would leave the screen; at first it is in the owner's middle.
+void OptionsDialog::FitTo(LayoutSize inside) {
+  RECT client{};
+  ::GetClientRect(window_, &client);
+  const RECT now = RectangleOf(window_);
+  const SIZE size{inside.width + (now.right - now.left) - client.right,
+                  inside.height + (now.bottom - now.top) - client.bottom};
+  const HWND nearby = placed_ || owner_ == nullptr ? window_ : owner_;
+  const RECT area = WorkArea(nearby);
+  const bool overOwner = owner_ != nullptr && ::IsWindowVisible(owner_) && !::IsIconic(owner_);
+  const POINT corner =
+      placed_ ? POINT{now.left, now.top} : CentreOf(overOwner ? RectangleOf(owner_) : area, size);
+  const LONG left = Within(corner.x, size.cx, area.left, area.right);
+  const LONG top = Within(corner.y, size.cy, area.top, area.bottom);
+  ::SetWindowPos(window_, nullptr, left, top, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
+  placed_ = true;
+}
+
+}  // namespace tesk::platform

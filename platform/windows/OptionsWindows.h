@@ -1,0 +1,51 @@
+// The child windows of the setup dialog: one per control, a second one for the arrows of a spin field. They
+// are made in the order of the tab key, each label before its field, so that access keys and screen readers
+// find what belongs together.
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "platform/windows/DialogFont.h"
+#include "platform/windows/WindowsApi.h"
+#include "setup/optionControls.h"
+#include "setup/optionsLayout.h"
+
+namespace tesk::platform {
+
+// The number under which a control's window reports; OK and Cancel have the system's.
+int CommandOf(ControlId id);
+int ArrowsCommandOf(ControlId id);
+// Empty for a number that is none of ours.
+std::optional<ControlId> ControlOfCommand(int command);
+std::optional<ControlId> ControlOfArrows(int command);
+
+class OptionsWindows {
+ public:
+  // Throws error 51 where the system refuses a window. The windows die with the dialog.
+  void Create(HWND dialog);
+  // `font` outlives its use by the windows.
+  void SetFont(const DialogFont& font);
+  // Brings every window to what its control says, and every control to its place. Yields the size of the
+  // dialog's inside.
+  LayoutSize Show(OptionControls& controls);
+
+  HWND Window(ControlId id) const { return windows_[static_cast<std::size_t>(id)]; }
+  std::string Text(ControlId field) const;
+
+ private:
+  HWND& At(ControlId id) { return windows_[static_cast<std::size_t>(id)]; }
+  void Add(HWND dialog, ControlId id, bool startsGroup);
+  void ShowValues(ControlId id, const Control& control);
+  void ShowList(ControlId id, const Control& list);
+  void ShowSpin(ControlId id, const Control& field);
+  void ShowStates(const OptionControls& controls, ControlId id);
+  void Place(ControlId id, const Control& control);
+
+  std::array<HWND, kControlCount> windows_{};
+  std::array<HWND, kControlCount> arrows_{};
+  OptionControls shown_ = CreateOptionControls();  // of which the windows tell already
+  const DialogFont* font_ = nullptr;
+};
+
+}  // namespace tesk::platform

@@ -109,7 +109,10 @@ void SetImprint(const ScanPlan& plan, clsTeskReader& engine) {
   using Setter = void (clsTeskReaderPrinter::*)(const std::string&);
   constexpr Setter kBuffers[] = {&clsTeskReaderPrinter::SetBuffer1, &clsTeskReaderPrinter::SetBuffer2,
                                  &clsTeskReaderPrinter::SetBuffer3};
-  for (std::size_t i = 0; i < plan.imprints.size(); ++i) (printer.*kBuffers[i])(plan.imprints[i]);
+  for (std::size_t i = 0; i < plan.imprints.size(); ++i) {
+    const Setter set = kBuffers[i];
+    (printer.*set)(plan.imprints[i]);
+  }
   if (plan.imprintPosition) SetImprintPosition(*plan.imprintPosition, engine, printer);
 }
 

@@ -6,7 +6,7 @@ if(TESKREAD_CCACHE)
 endif()
 
 if(TESKREAD_SANITIZE)
-  add_compile_options(-O1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_compile_options(-O1 -g1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
 

@@ -94,12 +94,28 @@ std::string SerialExchange::TakeReply() {
   return reply;
 }
 
-bool SerialExchange::FollowsWithoutGap() {
-  if (port_->InBufferCount() > 0) return true;
-  reader_.Loop().DoEvents(port_->Arrival());
-  if (port_->InBufferCount() > 0 || Cancelled()) return port_->InBufferCount() > 0;
-  reader_.Loop().Pause(port_->Arrival(), Gap(reader_.BaudRate()));
+// The silence lasts its full time: a pause between polls may be shorter than it was asked for.
+bool SerialExchange::ByteWithin(Milliseconds time) {
+  constexpr Milliseconds kSlice{5};
+  constexpr int kSlicesPerTurn = 20;
+  int slices = 0;
+  for (auto left = time; left.count() > 0 && port_->InBufferCount() == 0 && !Cancelled(); left -= kSlice) {
+    if (slices++ % kSlicesPerTurn == 0) reader_.Loop().DoEvents(port_->Arrival());
+    if (port_->InBufferCount() == 0) reader_.Loop().Sleep(std::min(left, kSlice));
+  }
   return port_->InBufferCount() > 0;
+}
+
+bool SerialExchange::FollowsWithoutGap() { return ByteWithin(Gap(reader_.BaudRate())); }
+
+bool SerialExchange::FollowsWithinSleepTime() {
+  return ByteWithin(std::max(Gap(reader_.BaudRate()), Milliseconds(reader_.SleepTime())));
+}
+
+void SerialExchange::ClearUntilQuiet() {
+  timer_->SetEnabled(true);
+  while (timer_->Enabled() && !Cancelled() && FollowsWithoutGap()) Clear();
+  timer_->SetEnabled(false);
 }
 
 std::int32_t SerialExchange::WaitingOnceQuiet() {
@@ -109,7 +125,7 @@ std::int32_t SerialExchange::WaitingOnceQuiet() {
   while (waiting != before && timer_->Enabled() && !reader_.CancelScan()) {
     before = waiting;
     reader_.Loop().DoEvents(port_->Arrival());
-    reader_.Loop().Pause(port_->Arrival(), Gap(reader_.BaudRate()));
+    reader_.Loop().Sleep(Gap(reader_.BaudRate()));
     waiting = port_->InBufferCount();
   }
   timer_->SetEnabled(false);

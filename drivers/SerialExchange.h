@@ -41,6 +41,11 @@ class SerialExchange {
   bool ComesSoon();
   // Whether another byte waits or comes before the line has been silent for a moment.
   bool FollowsWithoutGap();
+  // The same with SleepTime as the silence, where that is longer.
+  bool FollowsWithinSleepTime();
+  // Discards what waits and what follows it without a gap, so that the end of one answer is not taken for the
+  // beginning of the next.
+  void ClearUntilQuiet();
   // How many bytes wait once the line has been silent for a moment; messages run. The time-out and a set
   // CancelScan end the wait.
   std::int32_t WaitingOnceQuiet();
@@ -57,6 +62,8 @@ class SerialExchange {
   OneShotTimer& Timer() const { return *timer_; }
 
  private:
+  bool ByteWithin(Milliseconds time);
+
   clsTeskReader& reader_;
   std::shared_ptr<frmComm> comm_;
   std::shared_ptr<SerialControl> port_;

@@ -138,26 +138,10 @@ bool Answered(SerialExchange& line, std::int32_t count, const Message& silence) 
   return wait == Wait::Arrived;
 }
 
-// Discards what waits and what follows it without a gap, so that the end of one answer is not taken for the
-// beginning of the next.
-void DiscardTail(SerialExchange& line) {
-  line.Timer().SetEnabled(true);
-  while (line.Timer().Enabled() && !line.Cancelled() && line.FollowsWithoutGap()) line.Clear();
-  line.Timer().SetEnabled(false);
-}
-
 // Without a feeder, and while answer sheets are graded, a person inserts the sheet and takes their time.
 bool SheetCame(const clsTeskReader& reader, SerialExchange& line) {
   if (reader.ReaderGrade() || !reader.Feeder()) return line.ForBytesWithoutLimit() == Wait::Arrived;
   return Answered(line, 1, kSheetSilence);
-}
-
-// Whether another byte comes before the text section has been silent for SleepTime; never less than what a
-// line may pause between two bytes of its own.
-bool TextGoesOn(SerialExchange& line) {
-  if (line.FollowsWithoutGap()) return true;
-  line.Poll();
-  return line.Waiting() > 0;
 }
 
 // Feeds the record until it ends; False when a wait failed.
@@ -167,7 +151,7 @@ bool TakeRecord(SerialExchange& line, OpScanRecord& record) {
       if (const auto wrong = record.Take(*byte)) Show(*wrong);
     } else if (!record.MayEndInSilence()) {
       if (!Answered(line, 1, kDataSilence)) return false;
-    } else if (!TextGoesOn(line)) {
+    } else if (!line.FollowsWithinSleepTime()) {
       return !line.Cancelled();
     }
   }
@@ -259,7 +243,7 @@ bool ReadPageNCS(clsTeskReader& reader) {
     reader.SetSide1TimingMarks(page.side1Lines);
     if (twoSided) reader.SetSide2TimingMarks(page.side2Lines);
     if (reader.ReaderGrade()) line.Rest(10);
-    DiscardTail(line);
+    line.ClearUntilQuiet();
     if (!CheckStatusNCS(reader)) return false;
     reader.SetSide1Array(std::move(page.side1));
     reader.SetSide2Array(std::move(page.side2));

@@ -171,6 +171,7 @@ class Rows {
   }
   // More rows came than were counted: all of them have been placed too low.
   bool Overrun() const { return counted_ && row_ < 0; }
+  bool Counted() const { return counted_; }
   // All the rows that were counted have been placed.
   bool Complete() const { return counted_ && row_ < 1 && !secondHalf_; }
 
@@ -230,8 +231,10 @@ bool TakeSheet(clsTeskReader& reader, SerialExchange& line, Rows& rows) {
   for (; wait == Wait::Arrived && !line.Cancelled(); wait = line.ForBytes()) {
     const std::uint8_t byte = line.TakeByte().value();
     if (byte == kCarriageReturn && !line.FollowsWithoutGap()) {
-      if (rows.Overrun()) ShowDataLoss(reader);
-      return !rows.Overrun();
+      // What came without a line feed in front was never placed.
+      const bool lost = rows.Overrun() || (!first && !rows.Counted());
+      if (lost) ShowDataLoss(reader);
+      return !lost;
     }
     if (first) {
       TakeFirst(reader, line, byte, rows);
@@ -285,7 +288,7 @@ bool SetRecThresholdPD(clsTeskReader& reader, std::int32_t pause) {
     const auto current = TakeThreshold(line);
     if (!current) return Show(kThresholdInvalid), false;
     if (!Step(reader, line, reader.RecognitionThreshold() - *current, pause)) return false;
-    line.Clear();
+    line.ClearUntilQuiet();
     return true;
   });
 }

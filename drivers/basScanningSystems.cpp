@@ -85,10 +85,8 @@ std::string TakeAnswer(SerialExchange& line, std::size_t longest = kLongestAnswe
       answer += static_cast<char>(*byte);
       if (answer.size() > longest) throw basUtils::SendsWithoutEnd();
     }
-    line.Poll();
-    if (line.Cancelled()) return {};
-  } while (line.FollowsWithoutGap());
-  return answer;
+  } while (line.FollowsWithinSleepTime());
+  return line.Cancelled() ? std::string() : answer;
 }
 
 // Waits for the next byte of a sheet's data. False after a cancel; a time-out is an error.

@@ -15,6 +15,7 @@
 #include "cli/CommandError.h"
 #include "cli/LineActivity.h"
 #include "cli/Trace.h"
+#include "cli/traceSettings.h"
 #include "platform/Platform.h"
 
 namespace tesk::cli {
@@ -27,24 +28,6 @@ std::unique_ptr<std::ostream> OpenTraceFile(const std::string& path) {
   if (*file) return file;
   throw CommandFailure(
       fmt::format("--trace {}: cannot be written: {}", path, std::strerror(errno ? errno : EIO)));
-}
-
-// The settings that decide what goes over the wire.
-std::string SettingsText(const clsTeskReader& engine) {
-  const auto sizes = [](const Int16Array& rows, const Int16Array& columns) {
-    std::string text;
-    for (std::size_t i = 0; i < rows.Elements().size(); ++i) {
-      text += fmt::format("{}{}x{}", i == 0 ? "" : ",", rows.Elements()[i], columns.Elements()[i]);
-    }
-    return text.empty() ? std::string("none") : text;
-  };
-  return fmt::format(
-      "Side1={} Side2={} Duplex={} DuplexForm={} Feeder={} Rejecter={} RecognitionMode={} "
-      "RecognitionThreshold={} TimeOut={} SleepTime={}",
-      sizes(engine.Side1Rows(), engine.Side1Cols()), sizes(engine.Side2Rows(), engine.Side2Cols()),
-      engine.Duplex(), engine.DuplexForm(), engine.Feeder(), engine.Rejecter(),
-      std::int32_t{engine.RecognitionMode()}, engine.RecognitionThreshold(), engine.TimeOut(),
-      engine.SleepTime());
 }
 
 // Installs the host object for as long as a batch runs.
@@ -113,7 +96,7 @@ class ScanRun {
     if (!trace_) return;
     trace_->CancelledBy([this] { return engine_->CancelScan(); });
     trace_->Begin(OpenTraceFile(plan_.trace), engine_->ReaderType(), engine_->ReaderName(),
-                  SettingsText(*engine_));
+                  TraceSettingsText(*engine_, plan_));
   }
 
   // Counts as a message: a scan whose trace is not whole did not do what it was asked to.

@@ -12,8 +12,6 @@
 namespace tesk::cli {
 namespace {
 
-constexpr std::size_t kBytesPerLine = 16;
-
 constexpr std::string_view kHandshakes[] = {"none", "xon-xoff", "hardware", "both"};
 
 std::string_view HandshakeName(teskReaderFlowControl handshaking) {
@@ -24,16 +22,20 @@ std::string_view HandshakeName(teskReaderFlowControl handshaking) {
 // "1B 51 53 54 53 0D                                |.QSTS.|"
 std::string BytesText(std::string_view bytes) {
   std::string hex;
-  std::string printable;
-  for (const char byte : bytes) {
-    const auto code = static_cast<unsigned char>(byte);
-    hex += fmt::format("{:02X} ", code);
-    printable += code >= 32 && code < 127 ? byte : '.';
-  }
-  return fmt::format("{:<{}} |{}|", hex, kBytesPerLine * 3, printable);
+  for (const char byte : bytes) hex += fmt::format("{:02X} ", static_cast<unsigned char>(byte));
+  return fmt::format("{:<{}} |{}|", hex, kBytesPerTraceLine * 3, PrintableBytes(bytes));
 }
 
 }  // namespace
+
+std::string PrintableBytes(std::string_view bytes) {
+  std::string text;
+  for (const char byte : bytes) {
+    const auto code = static_cast<unsigned char>(byte);
+    text += code >= 32 && code < 127 ? byte : '.';
+  }
+  return text;
+}
 
 std::string LineSettingsText(const LineSettings& settings) {
   return fmt::format("{},{},{},{}", settings.bitRate, settings.parity, settings.dataBits,
@@ -76,8 +78,8 @@ void Trace::WaitEnds(bool timedOut) {
 }
 
 void Trace::WriteBytes(char direction, std::string_view bytes) {
-  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kBytesPerLine))) {
-    WriteEvent(fmt::format("{} {}", direction, BytesText(bytes.substr(0, kBytesPerLine))));
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kBytesPerTraceLine))) {
+    WriteEvent(fmt::format("{} {}", direction, BytesText(bytes.substr(0, kBytesPerTraceLine))));
   }
 }
 

@@ -2,6 +2,7 @@
 // its end. docs/cli.md gives the grammar. Knows the transport.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <ostream>
@@ -62,6 +63,11 @@ class TracedTimer : public OneShotTimer {
   std::shared_ptr<OneShotTimer> timer_;
   std::shared_ptr<Trace> trace_;
 };
+
+inline constexpr std::size_t kBytesPerTraceLine = 16;
+
+// Bytes as people read them: "." for what is not printable.
+std::string PrintableBytes(std::string_view bytes);
 
 // "9600,N,8,1", as everybody writes line settings.
 std::string LineSettingsText(const LineSettings& settings);

@@ -1,5 +1,6 @@
 // Sets the engine up for a scan.
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -15,22 +16,10 @@ namespace tesk::cli {
 namespace {
 
 // The drivers that dimension their arrays by the sheet sizes; the others read a fixed grid.
-struct NeedOfSizes {
-  std::string_view module;
-  bool forPages;
-  bool forWindows;
-};
-constexpr NeedOfSizes kNeedsOfSizes[] = {
-    {"basScantron", true, true},
-    {"basScanningSystems", false, true},
-};
+constexpr std::string_view kSizedByTheHost[] = {"basScantron", "basScanningSystems"};
 
 bool NeedsSizes(const clsTeskReader& engine) {
-  const bool pages = engine.RecognitionMode() == teskRecognitionTypePage;
-  const auto* need =
-      std::find_if(std::begin(kNeedsOfSizes), std::end(kNeedsOfSizes),
-                   [&](const NeedOfSizes& row) { return row.module == DriverModule(engine.ReaderType()); });
-  return need != std::end(kNeedsOfSizes) && (pages ? need->forPages : need->forWindows);
+  return std::ranges::find(kSizedByTheHost, DriverModule(engine.ReaderType())) != std::end(kSizedByTheHost);
 }
 
 bool IsSerial(const clsTeskReader& engine) {

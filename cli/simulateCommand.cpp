@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -13,6 +14,7 @@
 #include "cli/CommandLine.h"
 #include "cli/ReaderChoice.h"
 #include "cli/SimulatedScanner.h"
+#include "cli/TraceFile.h"
 
 namespace tesk::cli {
 namespace {
@@ -27,6 +29,7 @@ struct SimulateOptions {
   std::string side1;
   std::string side2;
   std::string link;
+  std::string replay;
   bool paced = false;
   std::vector<std::string> faults;
 };
@@ -63,15 +66,49 @@ std::vector<simulator::Fault> ParseFaults(teskReaderType reader, const std::vect
   return faults;
 }
 
-// Status 1 where the host broke the rules of the scanner's protocol.
-int TellComplaints(const simulator::Scanner& scanner, Console& console) {
+// Status 1 where the host did what the scanner does not accept.
+int TellComplaints(const simulator::Scanner& scanner, std::string_view what, Console& console) {
   for (const std::string& complaint : scanner.Complaints()) {
-    console.Message("teskread simulate", "the host sent what this scanner does not understand: " + complaint);
+    console.Message("teskread simulate", fmt::format("{}: {}", what, complaint));
   }
   return scanner.Complaints().empty() ? kStatusDone : kStatusFailed;
 }
 
+// Behind a pseudo-terminal until the operator ends it.
+void ServeUntilInterrupted(const SimulateOptions& options, teskReaderType reader, simulator::Scanner& scanner,
+                           const Clock& clock, Program& program) {
+  if (options.paced) scanner.PaceAt(LineRate(reader));
+  platform::InstallInterruptHandler();
+  const auto terminal = platform::CreatePseudoTerminal(options.link);
+  program.output->Write(fmt::format("listening on {}\n", terminal->DevicePath()));
+  Serve(*terminal, scanner, clock, [] { return platform::Interrupted(); });
+}
+
+void CheckReplayStandsAlone(const SimulateOptions& options) {
+  const std::string others =
+      options.reader + options.sheets + options.count + options.seed + options.side1 + options.side2;
+  if (others.empty() && options.faults.empty()) return;
+  throw UsageError(
+      "--replay: the scanner, its sheets and its faults are the recorded ones, so only --link and --paced go "
+      "with it");
+}
+
+int RunReplay(const SimulateOptions& options, Program& program) {
+  CheckReplayStandsAlone(options);
+  const auto clock = platform::CreateClock();
+  RecordedTrace trace = ReadTraceFile(options.replay);
+  simulator::Replay scanner(std::move(trace.session), clock->Now());
+  ServeUntilInterrupted(options, trace.reader, scanner, *clock, program);
+  scanner.End();
+  return TellComplaints(scanner, "the host and " + options.replay + " part", *program.console);
+}
+
 int RunSimulate(const SimulateOptions& options, Program& program) {
+  if (!options.replay.empty()) return RunReplay(options, program);
+  if (options.reader.empty()) {
+    throw UsageError(
+        "--reader: is required, except with --replay; it takes a number, an enumerator or a name");
+  }
   const teskReaderType reader = ParseReader(options.reader);
   const StockOptions stock = ParseStock(options);
   if (simulator::FaultKinds(reader).empty()) {
@@ -79,12 +116,8 @@ int RunSimulate(const SimulateOptions& options, Program& program) {
   }
   const auto scanner =
       CreateSimulatedScanner(reader, StockOf(reader, stock), ParseFaults(reader, options.faults));
-  if (options.paced) scanner->PaceAt(LineRate(reader));
-  platform::InstallInterruptHandler();
-  const auto terminal = platform::CreatePseudoTerminal(options.link);
-  program.output->Write(fmt::format("listening on {}\n", terminal->DevicePath()));
-  Serve(*terminal, *scanner, *platform::CreateClock(), [] { return platform::Interrupted(); });
-  return TellComplaints(*scanner, *program.console);
+  ServeUntilInterrupted(options, reader, *scanner, *platform::CreateClock(), program);
+  return TellComplaints(*scanner, "the host sent what this scanner does not understand", *program.console);
 }
 
 std::string FaultsText(teskReaderType reader) {
@@ -101,7 +134,8 @@ std::string FooterText(const SimulateOptions& options) {
   constexpr std::string_view kExamples =
       "\nExamples:\n"
       "  teskread simulate --reader 15 --link /tmp/scanner\n"
-      "  teskread simulate --reader 15 --sheets class7.ndjson --paced --fault jam@3 --fault cut@100@5\n";
+      "  teskread simulate --reader 15 --sheets class7.ndjson --paced --fault jam@3 --fault cut@100@5\n"
+      "  teskread simulate --replay scan.trace --link /tmp/scanner\n";
   teskReaderType reader = teskReaderTypeScantronScanMark5500;
   if (!options.reader.empty()) reader = ParseReader(options.reader);
   if (simulator::FaultKinds(reader).empty()) {
@@ -143,6 +177,13 @@ void AddStockOptions(CLI::App& command, SimulateOptions& options) {
 void AddLineOptions(CLI::App& command, SimulateOptions& options) {
   command
       .add_option(
+          "--replay", options.replay,
+          Explain("answers as the scanner did that scan --trace recorded, and checks every byte of the "
+                  "host's; in place of --reader and the sheets",
+                  "--replay scan.trace"))
+      ->type_name("TRACE");
+  command
+      .add_option(
           "--link", options.link,
           Explain("a symbolic link to the pseudo-terminal, removed at the end", "--link /tmp/scanner"))
       ->type_name("PATH");
@@ -166,8 +207,7 @@ void AddSimulateCommand(CLI::App& app, Program& program) {
   command
       ->add_option("--reader", options->reader,
                    Explain("the scanner model: its number, enumerator or display name", "--reader 15"))
-      ->type_name("R")
-      ->required();
+      ->type_name("R");
   AddStockOptions(*command, *options);
   AddLineOptions(*command, *options);
   command->footer([options] { return FooterText(*options); });

@@ -191,7 +191,8 @@ TEST(ProcessScan, AReplayedTraceReadsTheSameSheetsAndCatchesAnotherScan) {
   EXPECT_EQ(other.Wait(), 1);
   strict.Program().Signal(SIGTERM);
   EXPECT_EQ(strict.Program().Wait(), 1);
-  EXPECT_THAT(strict.Program().Error(), HasSubstr("expected \"A\", got \"C\"; the record is \"<1B>EJCT A"));
+  EXPECT_THAT(strict.Program().Error(),
+              HasSubstr("byte 2 of 9: expected \"E\", got \"P\"; the record is \"<1B>EJCT A"));
 }
 
 struct FaultCase {

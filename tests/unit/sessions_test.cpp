@@ -1,0 +1,272 @@
+// The recorded sessions, replayed on virtual time: the same bytes must go out and the same sheets come in.
+// And the reader of traces, which trusts nothing.
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <ostream>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "cli/BatchHost.h"
+#include "cli/CommandError.h"
+#include "cli/SimulatedSerial.h"
+#include "tests/support/Session.h"
+#include "tests/support/TestBench.h"
+
+namespace tesk::test {
+namespace {
+
+using simulator::Direction;
+using simulator::Milliseconds;
+using simulator::Recorded;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// What a scan writes.
+struct Outcome {
+  std::string sheets;
+  std::string messages;
+  std::vector<std::string> complaints;
+};
+
+Outcome ReplaySession(cli::RecordedTrace trace) {
+  Outcome outcome;
+  const cli::ScanPlan plan = PlanOf(trace);
+  const auto time = std::make_shared<VirtualTime>();
+  const auto scanner = std::make_shared<simulator::Replay>(std::move(trace.session), time->Now());
+  time->nextDue = [scanner] { return scanner->NextDue(); };
+  const auto engine = CreateReader(
+      {.serial = std::make_shared<cli::SimulatedSerial>(scanner, time), .loop = time, .clock = time});
+  std::ostringstream messages;
+  const auto console = std::make_shared<cli::Console>(messages, false);
+  engine->SetError(std::make_shared<cli::ConsoleHost>(console));
+  cli::ConfigureEngine(plan, *engine);
+  cli::BatchHost batch(
+      *engine, {.console = console,
+                .activity = std::make_shared<cli::LineActivity>(time),
+                .clock = time,
+                .interrupted = [] { return false; },
+                .deliver = [&](const cli::SheetRecord& record) { outcome.sheets += cli::NdjsonText(record); },
+                .disposal = plan.disposal});
+  engine->AddEvents(batch);
+  std::int32_t count = 0;
+  engine->ReadBatch(!plan.imprints.empty(), plan.maxSheets, count);
+  engine->RemoveEvents(batch);
+  SetError(nullptr);
+  scanner->End();
+  outcome.messages = messages.str();
+  outcome.complaints = scanner->Complaints();
+  return outcome;
+}
+
+class Session : public testing::TestWithParam<std::string> {};
+
+TEST_P(Session, GoesOverTheWireByteByByteAsRecordedAndReadsTheSameSheets) {
+  const Outcome outcome = ReplaySession(SessionTrace(GetParam()));
+  EXPECT_THAT(outcome.complaints, IsEmpty());
+  EXPECT_EQ(outcome.sheets, SessionFile(GetParam(), ".ndjson"));
+  EXPECT_EQ(outcome.messages, SessionFile(GetParam(), ".messages"));
+}
+
+TEST_P(Session, SaysWhereItIsFrom) {
+  const auto comments = SessionTrace(GetParam()).comments;
+  ASSERT_EQ(comments.size(), 3U);
+  EXPECT_THAT(comments[0], testing::StartsWith("model: "));
+  EXPECT_THAT(comments[1], testing::StartsWith("from: "));
+  EXPECT_THAT(comments[2], testing::StartsWith("shows: "));
+}
+
+TEST_P(Session, AHostThatSendsOneOtherByteIsCaughtAtIt) {
+  cli::RecordedTrace trace = SessionTrace(GetParam());
+  const auto last = std::find_if(trace.session.rbegin(), trace.session.rend(), [](const Recorded& record) {
+    return record.direction == Direction::FromHost;
+  });
+  ASSERT_NE(last, trace.session.rend());
+  last->bytes.back() = static_cast<char>(last->bytes.back() ^ 1);
+  const std::string place = "line " + std::to_string(last->line) + " ";
+  const std::string byte = "byte " + std::to_string(last->bytes.size()) + " of ";
+  EXPECT_THAT(ReplaySession(std::move(trace)).complaints,
+              ElementsAre(testing::AllOf(HasSubstr(place), HasSubstr(byte))));
+}
+
+INSTANTIATE_TEST_SUITE_P(Recorded, Session, testing::ValuesIn(SessionNames()), [](const auto& tested) {
+  std::string name = tested.param;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+});
+
+TEST(Sessions, EverySerialFamilyIsThere) {
+  const auto names = SessionNames();
+  for (const char* family : {"scanmark-", "scantron8000-", "opscan-", "sekonic-", "sr430-", "vmr138-"}) {
+    EXPECT_THAT(names, testing::Contains(testing::StartsWith(family)));
+  }
+}
+
+std::vector<Recorded> ShortSession() {
+  return {{Direction::FromHost, "READ", Milliseconds(0), 7, "0.1"},
+          {Direction::ToHost, "one", Milliseconds(100), 8, "0.2"},
+          {Direction::ToHost, "two", Milliseconds(50), 9, "0.25"},
+          {Direction::FromHost,
+           "\x1b"
+           "E\r",
+           Milliseconds(0), 10, "0.3"}};
+}
+
+TEST(Replay, AnswersWithTheRecordedDelays) {
+  const simulator::Time start{};
+  simulator::Replay replay(ShortSession(), start);
+  replay.Receive("REA", start);
+  EXPECT_FALSE(replay.NextDue());
+  replay.Receive("D", start);
+  EXPECT_EQ(replay.Send(start + Milliseconds(99)), "");
+  EXPECT_EQ(replay.Send(start + Milliseconds(100)), "one");
+  EXPECT_EQ(replay.Send(start + Milliseconds(149)), "");
+  EXPECT_EQ(replay.Send(start + Milliseconds(150)), "two");
+  replay.Receive(
+      "\x1b"
+      "E\r",
+      start);
+  replay.End();
+  EXPECT_THAT(replay.Complaints(), IsEmpty());
+}
+
+struct Difference {
+  const char* sent;
+  const char* complaint;
+};
+
+TEST(Replay, SaysWhereTheHostPartsAndIsSilentFromThenOn) {
+  const Difference differences[] = {
+      {"REXD",
+       "line 7 (0.1 s), byte 3 of 4: expected \"A\", got \"X\"; the record is \"READ\", the host sent "
+       "\"REX\""},
+      {"READ\x1b"
+       "F\r",
+       "line 10 (0.3 s), byte 2 of 3: expected \"E\", got \"F\"; the record is \"<1B>E<0D>\", "
+       "the host sent \"<1B>F\""},
+      {"READ\x1b"
+       "E\rX",
+       "at the end of the session, after line 10 (0.3 s): expected nothing more, got \"X\""},
+      {"READ\x1b",
+       "line 10 (0.3 s), byte 2 of 3: expected \"E<0D>\", got nothing more; records of the host's "
+       "that were not sent whole: 1"},
+      {"",
+       "line 7 (0.1 s), byte 1 of 4: expected \"READ\", got nothing more; records of the host's that were "
+       "not sent whole: 2"},
+  };
+  for (const Difference& difference : differences) {
+    simulator::Replay replay(ShortSession(), {});
+    replay.Receive(difference.sent, {});
+    if (!replay.Complaints().empty()) {
+      EXPECT_FALSE(replay.NextDue());
+    }
+    replay.End();
+    EXPECT_THAT(replay.Complaints(), ElementsAre(difference.complaint));
+  }
+}
+
+// A good trace; the tests below spoil it.
+std::vector<std::string> GoodTrace() {
+  return {"teskread-trace 1",
+          "version 1",
+          "reader 15 a scanner",
+          "settings Duplex=true",
+          "",
+          "   0.000000 open 1 9600,N,8,1 none",
+          "   0.100000 > 41 0D |A.|",
+          "   0.100000 wait 1000",
+          "   1.100000 end timed out",
+          "  61.350000 < 42 |B|",
+          "  99.000000 < 43 |C|",
+          "  99.100000 close"};
+}
+
+std::string Joined(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const auto& line : lines) text += line + "\n";
+  return text;
+}
+
+std::string RefusalOf(const std::string& text) {
+  std::istringstream stream(text);
+  try {
+    cli::ReadTrace(stream, "t");
+  } catch (const cli::CommandFailure& failure) {
+    return failure.what();
+  }
+  return "taken";
+}
+
+TEST(TraceFile, KeepsADelayThatTheHostWaitedOutAndShortensOthers) {
+  std::istringstream stream(Joined(GoodTrace()));
+  const auto trace = cli::ReadTrace(stream, "t");
+  ASSERT_EQ(trace.session.size(), 3U);
+  EXPECT_EQ(trace.session[0].bytes, "A\r");
+  EXPECT_EQ(trace.session[1].delay, Milliseconds(61'250));
+  EXPECT_EQ(trace.session[2].delay, cli::kLongestReplayedDelay);
+  EXPECT_EQ(trace.session[2].line, 11U);
+}
+
+struct Spoiled {
+  std::size_t line;  // from 1
+  const char* text;
+  const char* refusal;
+};
+
+TEST(TraceFile, IsRefusedWithTheLineThatIsWrong) {
+  const Spoiled spoiled[] = {
+      {1, "teskread-trace 2", "this is no trace"},
+      {2, "version ", "\"version V\" is expected"},
+      {3, "reader 99 x", "the reader \"99\""},
+      {3, "reader 15", "the reader's name is missing"},
+      {4, "settings Duplex", "\"Duplex\" is no NAME=VALUE"},
+      {5, "x", "an empty line is expected"},
+      {6, "   0.000000 open 1 9600,X,8,1 none", "\"X\" is no parity"},
+      {6, "   0.000000 open 1 9600,N,8,1 maybe", "\"maybe\" is no handshake"},
+      {6, "   0.000000 close", "the port is not open"},
+      {7, "   0.100000 > 41 0D |AB|", "are not the 2 bytes before it"},
+      {7, "   0.100000 > 41 0D |A.", "are not the 2 bytes before it"},
+      {7, "   0.100000 > 4g |A|", "1 to 16 bytes"},
+      {7, "   0.100000 > ", "1 to 16 bytes"},
+      {7, "   0.1 > 41 |A|", "no six decimals"},
+      {7, "  -0.100000 > 41 |A|", "the time"},
+      {7, "   0.100000 ? 41 |A|", "is no event"},
+      {7, "", "the event is missing"},
+      {9, "   1.100000 end", "is no event"},
+      {9, "   1.100000 end of it", "is no end of a wait"},
+      {9, "   1.100000 wait 5", "a wait begins before"},
+      {10, "   0.500000 < 42 |B|", "the time is before"},
+      {12, "  99.100000 open 1 9600,N,8,1 none", "the port is open already"},
+  };
+  for (const Spoiled& one : spoiled) {
+    auto lines = GoodTrace();
+    lines[one.line - 1] = one.text;
+    EXPECT_THAT(RefusalOf(Joined(lines)), HasSubstr("t, line " + std::to_string(one.line) + ": "));
+    EXPECT_THAT(RefusalOf(Joined(lines)), HasSubstr(one.refusal));
+  }
+}
+
+TEST(TraceFile, IsRefusedWhereverALineWasCut) {
+  const std::string text = Joined(GoodTrace());
+  ASSERT_EQ(RefusalOf(text), "taken");
+  for (std::size_t length = 0; length < text.size(); ++length) {
+    const std::string cut = text.substr(0, length);
+    const bool wholeLine = cut.ends_with('\n');
+    const bool bytes = cut.find("|A.|\n") != std::string::npos;
+    const auto line = std::count(cut.begin(), cut.end(), '\n') + 1;
+    EXPECT_THAT(RefusalOf(cut), HasSubstr(wholeLine && bytes ? "taken" : "t, line " + std::to_string(line)));
+  }
+}
+
+TEST(TraceFile, SettingsHoldAnyByte) {
+  std::string value;
+  for (int byte = 0; byte < 256; ++byte) value += static_cast<char>(byte);
+  EXPECT_EQ(cli::UnescapedSetting(cli::EscapedSetting(value)), value);
+  EXPECT_EQ(cli::EscapedSetting(value).find_first_of(" ;"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tesk::test

@@ -184,8 +184,7 @@ TEST(StoredValues, TypesAreReadAsTheyAlwaysWere) {
 TEST(StoredValues, KeysArePathsAndNothingElse) {
   EXPECT_EQ(platform::CanonicalKey("School/Lab\\"), "School\\Lab");
   EXPECT_EQ(platform::CanonicalKey(""), "");
-  for (const char* bad : {"a\nb", "\x7f"})
-    EXPECT_THROW(platform::CanonicalKey(bad), RunTimeError) << bad;
+  for (const char* bad : {"a\nb", "\x7f"}) EXPECT_THROW(platform::CanonicalKey(bad), RunTimeError) << bad;
   EXPECT_THROW(platform::CanonicalKey(std::string(256, 'x')), RunTimeError);
   EXPECT_THROW(platform::RootName(static_cast<teskReaderRegistryKey>(7)), RunTimeError);
 }

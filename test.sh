@@ -152,12 +152,12 @@ run_checks() {
 }
 
 # Leaves `side` and `reports` at the preset's own.
-build() { # PRESET
+build() { # PRESET [TARGET]
   say "build $1"
   side=$1
   reports="$PWD/build/$1/reports"
   mkdir -p -- "$reports"
-  if ! { cmake --preset "$1" && cmake --build --preset "$1" --parallel "$(nproc)"; } \
+  if ! { cmake --preset "$1" && cmake --build --preset "$1" --parallel "$(nproc)" --target "${2:-all}"; } \
     >"$reports/build.log" 2>&1; then
     note_failure build "see ${reports#"$PWD"/}/build.log"
     grep -E -A 6 'error|Error|FAILED' "$reports/build.log" | head -n 120
@@ -165,11 +165,18 @@ build() { # PRESET
   fi
 }
 
-run_native() { # PRESET
-  build "$1" || return
-  say "tests $1"
-  run_gtest unit_tests "$PWD/build/$1/unit_tests"
-  run_gtest process_tests "$PWD/build/$1/process_tests"
+run_linux() {
+  build linux || return
+  say "tests linux"
+  run_gtest unit_tests "$PWD/build/linux/unit_tests"
+  run_gtest process_tests "$PWD/build/linux/process_tests"
+}
+
+# The same unit, driver and contract tests under the address and undefined-behaviour sanitizers.
+run_sanitized() {
+  build asan unit_tests || return
+  say "tests asan"
+  run_gtest unit_tests "$PWD/build/asan/unit_tests"
 }
 
 # ---- the Windows side -----------------------------------------------------------------------------
@@ -302,8 +309,8 @@ main() {
   trap end_early INT TERM
   set_up
   run_checks
-  run_native linux
-  run_native asan
+  run_linux
+  run_sanitized
   [ "$with_windows" = no ] || run_windows
   finish
 }

@@ -22,6 +22,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "drivers/opscanRecord.h"
 #include "engine/clsTeskReader.h"
@@ -63,11 +64,6 @@ char LowerLetter(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - '
 
 // ---- Messages
 
-struct Message {
-  const char* title;
-  const char* text;
-};
-
 constexpr Message kStatusSilence{"No Response",
                                  "There was no response from the scanner while checking status."};
 constexpr Message kSheetSilence{"No Response",
@@ -78,8 +74,6 @@ constexpr Message kInvalidMode{"Invalid Scan Mode", "An invalid scan mode was sp
 constexpr const char* kWrongLengthTitle = "Invalid Number of Bytes";
 constexpr const char* kWrongLengthOfSide1 = "The scanner reported an invalid number of bytes on side 1";
 constexpr const char* kWrongLengthOfSide2 = "The scanner reported an invalid number of bytes on side 2";
-
-void Show(const Message& message) { ShowMessage(message.title, message.text); }
 
 void Show(const WrongLength& wrong) {
   ShowComposedMessage(kWrongLengthTitle,

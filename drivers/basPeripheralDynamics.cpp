@@ -22,6 +22,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "engine/clsTeskReader.h"
 
@@ -48,11 +49,6 @@ constexpr std::uint8_t kCarriageReturn = 13;
 
 // ---- Messages
 
-struct Message {
-  const char* title;
-  const char* text;
-};
-
 constexpr Message kThresholdSilence{"Threshold Initialization Error",
                                     "There was no response from the PDI scanner while initializing."};
 constexpr Message kThresholdInvalid{
@@ -67,8 +63,6 @@ constexpr Message kDataLoss{
     "Read Error",
     "An unexpected value was encountered while reading data.  Possible loss of data encountered during "
     "scanning process.  Try increasing the value of System Pause option."};
-
-void Show(const Message& message) { ShowMessage(message.title, message.text); }
 
 void ShowDataLoss(const clsTeskReader& reader) {
   ShowComposedMessage(kDataLoss.title, LoadString(kDataLoss.text) + "|" + LoadString("System Pause: ") +

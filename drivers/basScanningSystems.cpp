@@ -33,6 +33,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "drivers/sekonicCommands.h"
 #include "drivers/sekonicRecords.h"
@@ -55,11 +56,6 @@ constexpr std::size_t kLongestData = 262144;  // bytes of a sheet's marks
 
 // ---- Messages
 
-struct Message {
-  const char* title;
-  const char* text;
-};
-
 constexpr Message kInitSilence{"Initialization Error",
                                "There was no response from the Sekonic scanner while initializing."};
 constexpr Message kInitRefused{"Initialization Error",
@@ -71,8 +67,6 @@ constexpr Message kWrongMode{
     "default position; Check the manual that came with your hardware for further instructions on how to do "
     "this."};
 constexpr const char* kStatusTitle = "Scanner Error";
-
-void Show(const Message& message) { ShowMessage(message.title, message.text); }
 
 // ---- Waiting
 

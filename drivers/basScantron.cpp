@@ -23,6 +23,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "engine/clsTeskReader.h"
 #include "transport/basUtils.h"
@@ -57,11 +58,6 @@ const Dialect& DialectOf(teskReaderType type) {
 }
 
 // ---- Messages
-
-struct Message {
-  const char* title;
-  const char* text;
-};
 
 constexpr Message kResetSilence{"No Response",
                                 "There was no response from the Scantron scanner. Could not initialize!"};
@@ -112,8 +108,6 @@ constexpr const char* kSide2Refused =
 constexpr const char* kSide2WindowRefused =
     "An error occurred trying to download the form definition to the Scantron scanner. Invalid sheet "
     "definition";
-
-void Show(const Message& message) { ShowMessage(message.title, message.text); }
 
 // ---- Sending and waiting
 

@@ -25,6 +25,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Message.h"
 #include "drivers/sekonicErrors.h"
 #include "engine/OmrLibrary.h"
 #include "engine/clsTeskReader.h"
@@ -48,11 +49,6 @@ constexpr std::int32_t kBarcodeReadType = 23;
 constexpr std::array<std::uint8_t, 3> kUncheckedCodes = {'a', 'b', 'c'};
 
 // ---- Messages
-
-struct Message {
-  const char* title;
-  const char* text;
-};
 
 constexpr const char* kInitTitle = "Initialization Error";
 constexpr Message kOpenFailed{

@@ -21,6 +21,7 @@ std::shared_ptr<clsTeskReader> CreateReader(ReaderParts parts) {
   auto setupDialog = parts.setupDialog ? std::move(parts.setupDialog) : platform::CreateSetupDialog();
   return std::make_shared<clsTeskReader>(EngineSeams{.comm = std::move(comm),
                                                      .loop = std::move(parts.loop),
+                                                     .clock = std::move(parts.clock),
                                                      .dispatch = std::make_shared<basRead>(),
                                                      .portSearch = std::make_shared<IdentifyingPortSearch>(),
                                                      .setupDialog = std::move(setupDialog),

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
+#include <utility>
 
 #include "base/RunTimeError.h"
 #include "transport/basUtils.h"
@@ -10,127 +12,184 @@
 namespace tesk {
 namespace {
 
-constexpr std::size_t kLongestReply = 4096;  // bytes; no scanner's reply to a command is longer
+constexpr std::size_t kLongestTail = 4096;  // bytes; more than any scanner sends behind an answer
+constexpr std::size_t kMostKinds = 64;      // of answers whose tails are remembered
 
-// Turns of a wait with nothing to do, each of ten to twenty milliseconds.
-constexpr int kGraceTurns = 100;
+// How long the line must have been quiet before an exchange that is out of step goes on: longer than any
+// scanner pauses within an answer.
+constexpr Milliseconds kBackInStep{300};
 
-// A reply has ended when the line was silent this long: some characters at the line's rate, and the time for
-// which serial adaptors hold received bytes back.
-Milliseconds Gap(std::int32_t bitRate) { return Milliseconds(20 + 30 * 1000 / std::max(bitRate, 110)); }
+// Bytes gather for so long before the next look at a line that trickles. A system's sleep may last a tick
+// longer, which the last bytes must not have to wait for.
+constexpr Milliseconds kGathering{5};
+constexpr Milliseconds kTick{17};
 
 }  // namespace
 
-SerialExchange::SerialExchange(clsTeskReader& reader)
-    : reader_(reader), comm_(reader.fComm()), port_(Deref(comm_).mscComm()), timer_(Deref(comm_).tmrScan()) {}
+// What has become of a wait's limits.
+class SerialExchange::Watch {
+ public:
+  Watch(SerialExchange& line, const Limits& limits) : line_(line), limits_(limits) {
+    line_.timer_->SetEnabled(true);
+  }
+
+  void PieceCame() {
+    if (limits_.time == Limits::Time::Piece) line_.timer_->SetEnabled(true);
+  }
+  // How the wait ends now; empty: it goes on.
+  std::optional<Wait> Over() {
+    if (line_.Cancelled()) {
+      if (!cancelledAt_) cancelledAt_ = line_.reader_.Now();
+      if (line_.reader_.Now() - *cancelledAt_ >= limits_.grace) return Wait::Cancelled;
+    }
+    if (limits_.time != Limits::Time::Endless && !line_.timer_->Enabled()) return Wait::TimedOut;
+    return std::nullopt;
+  }
+
+ private:
+  SerialExchange& line_;
+  Limits limits_;
+  std::optional<TimePoint> cancelledAt_;
+};
+
+SerialExchange::SerialExchange(clsTeskReader& reader, std::shared_ptr<SerialSession> session)
+    : reader_(reader),
+      comm_(reader.fComm()),
+      port_(Deref(comm_).mscComm()),
+      timer_(Deref(comm_).tmrScan()),
+      session_(std::move(session)) {}
+
+// ---- Sending
 
 void SerialExchange::Ask(std::string_view bytes) {
-  Clear();
+  Surplus();
+  if (session_->outOfStep) {
+    UntilQuiet(kBackInStep);
+    session_->outOfStep = false;
+  }
   port_->Output(bytes);
 }
 
-void SerialExchange::Clear() { basUtils::DiscardInput(*port_); }
+// ---- Waiting for a shape
 
-Wait SerialExchange::ForBytes(std::int32_t count) {
-  timer_->SetEnabled(true);
-  while (port_->InBufferCount() < count) {
-    reader_.Loop().DoEvents(port_->Arrival());
-    if (reader_.CancelScan()) {
-      timer_->SetEnabled(false);
-      return Wait::Cancelled;
+Wait SerialExchange::Take(Shape& answer, const Limits& limits) {
+  // Until the answer is whole: a shape may throw, and the line may break.
+  const bool before = std::exchange(session_->outOfStep, true);
+  Watch watch(*this, limits);
+  lookedAt_ = reader_.Now();
+  for (;;) {
+    const std::int32_t taken = TakeWaiting(answer);
+    const std::size_t missing = answer.Missing();
+    if (missing == 0) {
+      session_->outOfStep = before;
+      return End(Wait::Arrived);
     }
-    if (!timer_->Enabled() && port_->InBufferCount() < count) return Wait::TimedOut;
+    if (taken > 0) watch.PieceCame();
+    if (const auto over = watch.Over()) return End(*over);
+    Turn(missing, taken);
   }
-  timer_->SetEnabled(false);
-  return Wait::Arrived;
 }
 
-Wait SerialExchange::ForBytesDespiteCancel() {
-  timer_->SetEnabled(true);
-  int grace = kGraceTurns;
+Wait SerialExchange::Await(const Limits& limits) {
+  Watch watch(*this, limits);
   while (port_->InBufferCount() == 0) {
-    reader_.Loop().DoEvents(port_->Arrival());
-    const bool waiting = port_->InBufferCount() > 0;
-    const bool givenUp = Cancelled() && --grace == 0;
-    if (waiting || (timer_->Enabled() && !givenUp)) continue;
-    timer_->SetEnabled(false);
-    return givenUp ? Wait::Cancelled : Wait::TimedOut;
+    if (const auto over = watch.Over()) return End(*over);
+    Turn(1, 0);
   }
-  timer_->SetEnabled(false);
-  return Wait::Arrived;
+  return End(Wait::Arrived);
 }
 
-bool SerialExchange::ComesSoon() {
-  for (int turn = 0; turn < kGraceTurns && port_->InBufferCount() == 0 && !Cancelled(); ++turn) {
-    reader_.Loop().DoEvents(port_->Arrival());
-  }
-  return port_->InBufferCount() > 0;
-}
-
-Wait SerialExchange::ForBytesWithoutLimit() {
-  while (port_->InBufferCount() == 0) {
-    reader_.Loop().DoEvents(port_->Arrival());
-    if (reader_.CancelScan()) return Wait::Cancelled;
-  }
-  return Wait::Arrived;
-}
-
-std::optional<std::uint8_t> SerialExchange::TakeByte() {
+std::int32_t SerialExchange::TakeWaiting(Shape& answer) {
   port_->SetInputLen(1);
-  const std::string byte = port_->Input();
-  if (byte.empty()) return std::nullopt;
-  return static_cast<std::uint8_t>(byte[0]);
-}
-
-std::string SerialExchange::TakeReply() {
-  port_->SetInputLen(0);
-  std::string reply = port_->Input();
-  timer_->SetEnabled(true);
-  while (timer_->Enabled() && !Cancelled() && FollowsWithoutGap()) {
-    reply += port_->Input();
-    if (reply.size() > kLongestReply) throw basUtils::SendsWithoutEnd();
+  std::int32_t taken = 0;
+  for (std::int32_t waiting = port_->InBufferCount(); taken < waiting && answer.Missing() > 0; ++taken) {
+    const auto byte = basUtils::ReadFromComPort(*port_, *timer_, {reader_.Loop(), reader_.SleepTime()});
+    answer.Take(static_cast<std::uint8_t>(byte[0]));
   }
-  timer_->SetEnabled(false);
-  return reply;
+  return taken;
 }
 
-// The silence lasts its full time: a pause between polls may be shorter than it was asked for.
-bool SerialExchange::ByteWithin(Milliseconds time) {
+// Where a long rest is missing and bytes come no faster than the line's rate, they gather for a moment first:
+// a wake-up for each would cost more than the byte.
+void SerialExchange::Turn(std::size_t missing, std::int32_t taken) {
+  constexpr std::int64_t kSlack = 4;  // bytes
+  const TimePoint now = reader_.Now();
+  const auto since = std::chrono::duration_cast<Milliseconds>(now - std::exchange(lookedAt_, now));
+  const bool trickles = taken > 0 && taken <= CharactersIn(since) + kSlack;
+  if (trickles && static_cast<std::int64_t>(missing) > CharactersIn(kGathering + kTick)) {
+    reader_.Loop().Sleep(kGathering);
+  }
+  reader_.Loop().DoEvents(port_->Arrival());
+}
+
+Wait SerialExchange::End(Wait wait) {
+  timer_->SetEnabled(false);
+  if (wait != Wait::Arrived) session_->outOfStep = true;
+  return wait;
+}
+
+// ---- Waiting for quiet
+
+std::string SerialExchange::Tail(const std::string& kind, Milliseconds quiet) {
+  const auto known = session_->tails.find(kind);
+  std::string tail;
+  if (known != session_->tails.end()) {
+    Bytes expected(known->second.size());
+    const Wait wait = Take(expected, kDespiteCancel);
+    if (wait == Wait::Arrived && expected.Text() == known->second) return expected.Text();
+    tail = expected.Text();
+  }
+  tail += UntilQuiet(quiet);
+  if (session_->tails.size() >= kMostKinds) session_->Forget();
+  session_->tails[kind] = tail;
+  return tail;
+}
+
+bool SerialExchange::Follows(Milliseconds quiet) {
   constexpr Milliseconds kSlice{5};
-  constexpr int kSlicesPerTurn = 20;
-  int slices = 0;
-  for (auto left = time; left.count() > 0 && port_->InBufferCount() == 0 && !Cancelled(); left -= kSlice) {
-    if (slices++ % kSlicesPerTurn == 0) reader_.Loop().DoEvents(port_->Arrival());
-    if (port_->InBufferCount() == 0) reader_.Loop().Sleep(std::min(left, kSlice));
-  }
-  return port_->InBufferCount() > 0;
-}
-
-bool SerialExchange::FollowsWithoutGap() { return ByteWithin(Gap(reader_.BaudRate())); }
-
-bool SerialExchange::FollowsWithinSleepTime() {
-  return ByteWithin(std::max(Gap(reader_.BaudRate()), Milliseconds(reader_.SleepTime())));
-}
-
-void SerialExchange::ClearUntilQuiet() {
-  timer_->SetEnabled(true);
-  while (timer_->Enabled() && !Cancelled() && FollowsWithoutGap()) Clear();
-  timer_->SetEnabled(false);
-}
-
-std::int32_t SerialExchange::WaitingOnceQuiet() {
-  timer_->SetEnabled(true);
-  std::int32_t before = -1;
-  std::int32_t waiting = port_->InBufferCount();
-  while (waiting != before && timer_->Enabled() && !reader_.CancelScan()) {
-    before = waiting;
+  const TimePoint start = reader_.Now();
+  while (port_->InBufferCount() == 0) {
+    const auto silence = std::chrono::duration_cast<Milliseconds>(reader_.Now() - start);
+    const auto left = (Cancelled() ? Moment() : std::max(quiet, Moment())) - silence;
+    if (left.count() <= 0) return false;
     reader_.Loop().DoEvents(port_->Arrival());
-    reader_.Loop().Sleep(Gap(reader_.BaudRate()));
-    waiting = port_->InBufferCount();
+    if (port_->InBufferCount() == 0) reader_.Loop().Pause(port_->Arrival(), std::min(left, kSlice));
+  }
+  return true;
+}
+
+std::string SerialExchange::UntilQuiet(Milliseconds quiet) {
+  std::string bytes;
+  Watch watch(*this, kDespiteCancel);
+  while (Follows(quiet)) {
+    port_->SetInputLen(0);
+    bytes += port_->Input();
+    if (bytes.size() > kLongestTail || watch.Over()) throw basUtils::SendsWithoutEnd();
   }
   timer_->SetEnabled(false);
-  return waiting;
+  return bytes;
 }
+
+bool SerialExchange::Surplus() {
+  if (port_->InBufferCount() == 0) return false;
+  session_->outOfStep = true;
+  return true;
+}
+
+void SerialExchange::Clear() { basUtils::ClearComPortBuffer(*port_); }
+
+Milliseconds SerialExchange::Moment() const {
+  return Milliseconds(20 + 30 * 1000 / std::max<std::int32_t>(reader_.BaudRate(), 110));
+}
+
+std::int64_t SerialExchange::CharactersIn(Milliseconds time) const {
+  constexpr std::int64_t kShortestCharacter = 7;  // bits: start, five of data, stop
+  return time.count() * std::max<std::int32_t>(reader_.BaudRate(), 110) / (kShortestCharacter * 1000);
+}
+
+bool IsLineEnd(std::string_view text) { return text.find_first_not_of("\r\n") == std::string_view::npos; }
+
+// ---- Pauses
 
 void SerialExchange::Poll() {
   reader_.Loop().DoEvents(port_->Arrival());
@@ -139,15 +198,17 @@ void SerialExchange::Poll() {
   reader_.Loop().Pause(port_->Arrival(), Milliseconds(std::clamp(reader_.SleepTime(), 0, 1000)));
 }
 
-void SerialExchange::Rest(std::int32_t factor) {
-  constexpr std::int64_t kSlice = 1000;  // milliseconds
-  std::int64_t left = std::int64_t{factor} * std::max(reader_.SleepTime(), 0);
-  for (; left > kSlice; left -= kSlice) {
-    reader_.Loop().Sleep(Milliseconds(kSlice));
+void SerialExchange::Pause(Milliseconds time) {
+  constexpr Milliseconds kSlice{1000};
+  for (; time > kSlice; time -= kSlice) {
+    reader_.Loop().Sleep(kSlice);
     reader_.Loop().DoEvents(kNoArrivalHandle);
-    if (Cancelled()) return;
   }
-  if (left > 0) reader_.Loop().Sleep(Milliseconds(left));
+  if (time.count() > 0) reader_.Loop().Sleep(time);
+}
+
+void SerialExchange::Rest(std::int32_t factor) {
+  Pause(Milliseconds(std::int64_t{factor} * std::max(reader_.SleepTime(), 0)));
 }
 
 }  // namespace tesk

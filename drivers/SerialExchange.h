@@ -1,73 +1,114 @@
-// One driver routine's conversation with a serial scanner: sending, waiting for the answer, taking bytes.
+// One driver routine's conversation with a serial scanner: sending, waiting for an answer by its shape,
+// waiting for quiet, and the pauses that protocols prescribe.
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
+#include "drivers/Shape.h"
 #include "engine/clsTeskReader.h"
 
 namespace tesk {
 
 enum class Wait { Arrived, Cancelled, TimedOut };
 
+// How long a wait may last.
+struct Limits {
+  enum class Time {
+    Answer,  // the engine's time-out, for the whole answer
+    Piece,   // the same, from each piece to the next: for long records on slow lines
+    Endless  // until somebody cancels: for a person who is to insert a sheet
+  };
+  Time time = Time::Answer;
+  // How much longer than CancelScan the wait lasts: for answers about a sheet that has been read or is on its
+  // way out, since an answer that nobody took would be taken for the next one.
+  Milliseconds grace{0};
+};
+
+inline constexpr Limits kEachPiece{Limits::Time::Piece};
+inline constexpr Limits kForPerson{Limits::Time::Endless};
+inline constexpr Limits kDespiteCancel{Limits::Time::Answer, Milliseconds(1500)};
+
+// What the exchanges of one engine with its scanner have learnt. Drivers keep it with what is their own.
+struct SerialSession : DriverState {
+  // The last answer did not come, or more came than was asked for: what comes next may be anybody's.
+  bool outOfStep = false;
+  // What stood behind a complete answer of a kind; a line end as a rule.
+  std::map<std::string, std::string> tails;
+
+  // At a start: another scanner may be on the line.
+  void Forget() { tails.clear(); }
+};
+
 // Holds the engine's port and timer for the time of one routine, so that a host that replaces them while the
 // routine waits harms nobody.
 class SerialExchange {
  public:
-  explicit SerialExchange(clsTeskReader& reader);  // error 91 where the engine has no communications form
+  // error 91 where the engine has no communications form
+  SerialExchange(clsTeskReader& reader, std::shared_ptr<SerialSession> session);
 
-  // Discards what waits and writes `bytes`: nothing that came before a command can be its answer.
+  // Sends a command that is answered. Where something waits, or the exchange is out of step, the line must
+  // first have been quiet: nothing that came before a command can be its answer.
   void Ask(std::string_view bytes);
-  // Writes without touching what waits.
+  // Sends a command that is not answered.
   void Tell(std::string_view bytes) { port_->Output(bytes); }
+
+  // Waits for an answer until its shape is complete, and takes not a byte more. What has arrived is taken
+  // whether or not the host has cancelled.
+  Wait Take(Shape& answer, const Limits& limits = {});
+  // Waits until a first byte is there, and takes none.
+  Wait Await(const Limits& limits = {});
+
+  // What follows a complete answer of this kind. The first time after a start the silence behind it tells,
+  // `quiet` long and at least a moment; from then on it is awaited as it was, and nothing more.
+  std::string Tail(const std::string& kind, Milliseconds quiet = Milliseconds(0));
+  // Whether a byte waits or comes before the line has been silent for `quiet`, a moment at least; after a
+  // cancel only that moment.
+  bool Follows(Milliseconds quiet = Milliseconds(0));
+  // Takes what comes until the line has been as silent. Error 8020 for a line that does not fall silent
+  // within the time-out.
+  std::string UntilQuiet(Milliseconds quiet = Milliseconds(0));
+  // Whether bytes wait that nobody asked for; the exchange is then out of step.
+  bool Surplus();
   // Discards what waits.
   void Clear();
 
-  // Starts the time-out and waits for `count` bytes; messages run, a set CancelScan ends it.
-  Wait ForBytes(std::int32_t count = 1);
-  // Waits like ForBytes for the first byte about a sheet that is on its way out: a cancel leaves the scanner
-  // another second or two, since an answer that nobody took would be taken for the next one.
-  Wait ForBytesDespiteCancel();
-  // Waits like ForBytes, but without limit of time: for a person who is to insert a sheet.
-  Wait ForBytesWithoutLimit();
-
-  std::int32_t Waiting() const { return port_->InBufferCount(); }
-  // The next byte that waits; empty where none does.
-  std::optional<std::uint8_t> TakeByte();
-  // Whether a byte waits or comes within a second or so.
-  bool ComesSoon();
-  // Whether another byte waits or comes before the line has been silent for a moment.
-  bool FollowsWithoutGap();
-  // The same with SleepTime as the silence, where that is longer.
-  bool FollowsWithinSleepTime();
-  // Discards what waits and what follows it without a gap, so that the end of one answer is not taken for the
-  // beginning of the next.
-  void ClearUntilQuiet();
-  // How many bytes wait once the line has been silent for a moment; messages run. The time-out and a set
-  // CancelScan end the wait.
-  std::int32_t WaitingOnceQuiet();
-  // All that waits, together with what follows it without a gap: a reply on a slow line comes in pieces.
-  std::string TakeReply();
-
-  // One turn of a polling loop with nothing waiting: messages run, then the polling pause.
+  // One turn of a loop that asks again and again: messages run, then the polling pause.
   void Poll();
-  // A prescribed pause of `factor` times SleepTime. One of over a second ends early when the host cancels.
+  // A prescribed pause: lasts its full time, whatever the host does meanwhile.
+  void Pause(Milliseconds time);
+  // The same, so many times SleepTime.
   void Rest(std::int32_t factor);
-  bool Cancelled() const { return reader_.CancelScan(); }
 
+  // The silence that ends an answer without a shape: some characters at the line's rate, and the time for
+  // which serial adaptors hold received bytes back.
+  Milliseconds Moment() const;
+
+  bool Cancelled() const { return reader_.CancelScan(); }
   SerialControl& Port() const { return *port_; }
   OneShotTimer& Timer() const { return *timer_; }
+  SerialSession& Session() const { return *session_; }
 
  private:
-  bool ByteWithin(Milliseconds time);
+  class Watch;
+
+  std::int32_t TakeWaiting(Shape& answer);
+  void Turn(std::size_t missing, std::int32_t taken);
+  Wait End(Wait wait);
+  std::int64_t CharactersIn(Milliseconds time) const;
 
   clsTeskReader& reader_;
   std::shared_ptr<frmComm> comm_;
   std::shared_ptr<SerialControl> port_;
   std::shared_ptr<OneShotTimer> timer_;
+  std::shared_ptr<SerialSession> session_;
+  TimePoint lookedAt_{};
 };
+
+// True for a text that is empty or consists of line ends: what may stand behind an answer.
+bool IsLineEnd(std::string_view text);
 
 }  // namespace tesk

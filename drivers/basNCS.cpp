@@ -14,6 +14,7 @@
 //   host     SO                     close
 #include "drivers/basNCS.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string>
@@ -30,11 +31,26 @@
 namespace tesk::basNCS {
 namespace {
 
-// What the family keeps between calls, for all engines.
-struct Kept {
+// What ended the last record with a text section.
+enum class TextEnd { Unknown, LineEnd, Silence };
+
+// What the family keeps between calls.
+struct Kept : SerialSession {
   std::int16_t scanMode = 0;  // as InitReaderNCS found it; 0: the scanner named none that is known
   char reportLetter = '\0';   // upper case, of the last scan-mode report; 0 once it has been acted on
-} kept;
+  TextEnd textEnd = TextEnd::Unknown;
+  std::size_t lines = 0;  // of the last record; the next one is likely to have as many
+
+  void StartAnew() {
+    Forget();
+    scanMode = 0;
+    reportLetter = '\0';
+    textEnd = TextEnd::Unknown;
+    lines = 0;
+  }
+};
+
+SerialExchange Exchange(clsTeskReader& reader) { return {reader, reader.Kept<Kept>()}; }
 
 constexpr std::string_view kStart = "r";
 constexpr std::string_view kReadSheet = "\x11";
@@ -52,8 +68,7 @@ constexpr std::int16_t kReadingMode = 1;
 constexpr std::int16_t kPassageMode = 5;  // every change of mode passes through it
 constexpr std::size_t kReportLetterAt = 34;
 constexpr std::size_t kModeLetterAt = 48;
-constexpr std::int32_t kReportLength = 51;
-constexpr std::size_t kLongestReport = 200;
+constexpr std::size_t kReportLength = 51;
 constexpr Milliseconds kModeChange{200};
 constexpr int kMostPolls = 11;  // scan-mode reports that may lead to success
 
@@ -92,8 +107,8 @@ struct Fault {
 
 constexpr unsigned kFaultBitsOfByte1 = 3;
 constexpr unsigned kFaultBits = 15;
-constexpr std::int32_t kShortestStatus = 4;
-constexpr std::size_t kStatusLength = 5;
+constexpr std::size_t kShortestStatus = 4;
+using Status = std::array<std::uint8_t, 3>;  // the first three bytes
 
 // In the order in which they are looked for; the first is shown.
 constexpr Fault kFaults[] = {
@@ -116,7 +131,7 @@ constexpr Fault kFaults[] = {
       "The scanner reports a read head error.  Check with the scanner's manufacturer for support."}},
 };
 
-const Fault* FindFault(const std::array<std::uint8_t, kStatusLength>& status) {
+const Fault* FindFault(const Status& status) {
   for (const Fault& fault : kFaults) {
     if ((status[fault.byte] & fault.bit) != 0) return &fault;
   }
@@ -125,31 +140,77 @@ const Fault* FindFault(const std::array<std::uint8_t, kStatusLength>& status) {
 
 // ---- Waiting
 
-// Waits for `count` bytes. A time-out is shown, a cancel is not.
-bool Answered(SerialExchange& line, std::int32_t count, const Message& silence) {
-  const Wait wait = line.ForBytes(count);
+// Waits for an answer. A time-out is shown, a cancel is not.
+bool Answered(SerialExchange& line, Shape& answer, const Message& silence, const Limits& limits = {}) {
+  const Wait wait = line.Take(answer, limits);
   if (wait == Wait::TimedOut) Show(silence);
   return wait == Wait::Arrived;
 }
 
 // Without a feeder, and while answer sheets are graded, a person inserts the sheet and takes their time.
 bool SheetCame(const clsTeskReader& reader, SerialExchange& line) {
-  if (reader.ReaderGrade() || !reader.Feeder()) return line.ForBytesWithoutLimit() == Wait::Arrived;
-  return Answered(line, 1, kSheetSilence);
+  const bool byHand = reader.ReaderGrade() || !reader.Feeder();
+  const Wait wait = line.Await(byHand ? kForPerson : Limits());
+  if (wait == Wait::TimedOut) Show(kSheetSilence);
+  return wait == Wait::Arrived;
 }
 
-// Feeds the record until it ends; False when a wait failed.
-bool TakeRecord(SerialExchange& line, OpScanRecord& record) {
+// ---- The record of a sheet
+
+// Until the text section, where silence may be an end, a record is as long as it says at its end. The last
+// record tells how much of it can be expected still.
+class MarksOfRecord : public Shape {
+ public:
+  MarksOfRecord(OpScanRecord& record, std::size_t lines) : record_(record), lines_(lines) {}
+
+  std::size_t Missing() const override {
+    if (record_.Ended() || record_.MayEndInSilence()) return 0;
+    constexpr std::size_t kShortestLine = 4;  // a marker, and a run for all that is in it
+    const std::size_t lines = record_.Lines();
+    return lines + 1 < lines_ ? (lines_ - lines - 1) * kShortestLine : 1;
+  }
+  void Take(std::uint8_t byte) override {
+    if (const auto wrong = record_.Take(byte)) Show(*wrong);
+  }
+
+ private:
+  OpScanRecord& record_;
+  std::size_t lines_;
+};
+
+// How long silence in the text section must last to be the end: the pause that hosts set, and far longer where
+// this scanner is not known to end its records so.
+Milliseconds TextSilence(const clsTeskReader& reader, const Kept& kept) {
+  constexpr Milliseconds kUnusual{600};
+  const Milliseconds pause(std::max(reader.SleepTime(), 0));
+  return kept.textEnd == TextEnd::Silence ? pause : std::max(pause, kUnusual);
+}
+
+// Takes the record until it ends; False when a wait failed.
+bool TakeRecord(const clsTeskReader& reader, SerialExchange& line, Kept& kept, OpScanRecord& record) {
+  MarksOfRecord marks(record, kept.lines);
   while (!record.Ended()) {
-    if (const auto byte = line.TakeByte()) {
-      if (const auto wrong = record.Take(*byte)) Show(*wrong);
-    } else if (!record.MayEndInSilence()) {
-      if (!Answered(line, 1, kDataSilence)) return false;
-    } else if (!line.FollowsWithinSleepTime()) {
-      return !line.Cancelled();
+    if (!record.MayEndInSilence()) {
+      if (!Answered(line, marks, kDataSilence, kEachPiece)) return false;
+    } else if (line.Follows(TextSilence(reader, kept))) {
+      Bytes next(1);
+      if (line.Take(next, kDespiteCancel) != Wait::Arrived) return false;
+      record.Take(static_cast<std::uint8_t>(next.Text()[0]));
+    } else {
+      kept.textEnd = TextEnd::Silence;
+      return true;
     }
   }
+  if (record.HasText()) kept.textEnd = TextEnd::LineEnd;
   return true;
+}
+
+// A record that did not end alone was cut by a damaged byte, or belongs to another sheet.
+bool EndedAlone(SerialExchange& line, const OpScanRecord& record) {
+  const std::string behind = record.Ended() ? line.Tail("record") : std::string();
+  if (IsLineEnd(behind) && !line.Surplus()) return true;
+  line.Session().outOfStep = true;
+  return Show(record.WrongEnd(behind.size())), false;
 }
 
 // ---- Starting
@@ -169,10 +230,11 @@ bool ChangeToReadingMode(clsTeskReader& reader) {
 
 bool InitReaderNCS(clsTeskReader& reader) {
   return Guarded("basNCS.InitReaderNCS", [&] {
-    SerialExchange line(reader);
-    kept = {};
-    if (!GetScanModeNCS(reader, kept.scanMode)) return false;
-    if (kept.scanMode != kReadingMode && !ChangeToReadingMode(reader)) return false;
+    SerialExchange line = Exchange(reader);
+    const auto kept = reader.Kept<Kept>();
+    kept->StartAnew();
+    if (!GetScanModeNCS(reader, kept->scanMode)) return false;
+    if (kept->scanMode != kReadingMode && !ChangeToReadingMode(reader)) return false;
     line.Tell(kStart);
     return true;
   });
@@ -181,27 +243,26 @@ bool InitReaderNCS(clsTeskReader& reader) {
 bool CloseReaderNCS(clsTeskReader& reader) {
   return Guarded("basNCS.CloseReaderNCS", [&] {
     if (reader.SleepTime() < 1) reader.SetSleepTime(50);
-    SerialExchange line(reader);
+    SerialExchange line = Exchange(reader);
+    const auto kept = reader.Kept<Kept>();
     if (!line.Port().PortOpen()) return true;
     line.Rest(2);
     if (!reader.Feeder()) line.Tell(kClose);
-    if (!RestoredAtClose(kept.scanMode)) return true;
+    if (!RestoredAtClose(kept->scanMode)) return true;
     line.Rest(2);
-    return SetScanModeNCS(reader, kPassageMode) && SetScanModeNCS(reader, kept.scanMode);
+    return SetScanModeNCS(reader, kPassageMode) && SetScanModeNCS(reader, kept->scanMode);
   });
 }
 
 bool GetScanModeNCS(clsTeskReader& reader, std::int16_t& mode) {
   return Guarded("basNCS.GetScanModeNCS", [&] {
-    SerialExchange line(reader);
+    SerialExchange line = Exchange(reader);
     line.Ask(kScanMode);
-    if (!Answered(line, kReportLength, kStatusSilence)) return false;
-    std::string report;
-    while (report.size() < kLongestReport && line.FollowsWithoutGap()) {
-      report += static_cast<char>(line.TakeByte().value());
-    }
-    kept.reportLetter = UpperLetter(report.at(kReportLetterAt));
-    const std::size_t position = kModeLetters.find(LowerLetter(report.at(kModeLetterAt)));
+    Bytes report(kReportLength);
+    if (!Answered(line, report, kStatusSilence)) return false;
+    line.Tail("s0");
+    reader.Kept<Kept>()->reportLetter = UpperLetter(report.Text().at(kReportLetterAt));
+    const std::size_t position = kModeLetters.find(LowerLetter(report.Text().at(kModeLetterAt)));
     if (position != std::string_view::npos) mode = Narrow<std::int16_t>(position + 1);
     return true;
   });
@@ -209,14 +270,15 @@ bool GetScanModeNCS(clsTeskReader& reader, std::int16_t& mode) {
 
 bool SetScanModeNCS(clsTeskReader& reader, std::int16_t mode) {
   return Guarded("basNCS.SetScanModeNCS", [&] {
-    SerialExchange line(reader);
+    SerialExchange line = Exchange(reader);
+    const auto kept = reader.Kept<Kept>();
     line.Clear();
     if (mode < 1 || mode > static_cast<std::int16_t>(kModeLetters.size())) return Show(kInvalidMode), false;
     line.Tell(std::string{'e', kModeLetters[static_cast<std::size_t>(mode) - 1], kEndOfText});
-    reader.Loop().Sleep(kModeChange);
-    if (kept.reportLetter == 'A' || kept.reportLetter == 'I') {
+    line.Pause(kModeChange);
+    if (kept->reportLetter == 'A' || kept->reportLetter == 'I') {
       line.Tell(kReadSheet);
-      kept.reportLetter = '\0';
+      kept->reportLetter = '\0';
     }
     line.Clear();
     return true;
@@ -225,36 +287,43 @@ bool SetScanModeNCS(clsTeskReader& reader, std::int16_t mode) {
 
 // ---- Sheets
 
-bool ReadPageNCS(clsTeskReader& reader) {
-  return Guarded("basNCS.ReadPageNCS", [&] {
-    SerialExchange line(reader);
+std::optional<Sheet> ReadPageNCS(clsTeskReader& reader) {
+  return Guarded("basNCS.ReadPageNCS", [&]() -> std::optional<Sheet> {
+    SerialExchange line = Exchange(reader);
+    const auto kept = reader.Kept<Kept>();
     const bool twoSided = reader.TwoSided();
     OpScanRecord record(twoSided);
     line.Ask(kReadSheet);
-    if (!SheetCame(reader, line) || !TakeRecord(line, record)) return false;
-
-    Page& page = record.Result();
-    reader.SetSide1TimingMarks(page.side1Lines);
-    if (twoSided) reader.SetSide2TimingMarks(page.side2Lines);
+    if (!SheetCame(reader, line) || !TakeRecord(reader, line, *kept, record)) return std::nullopt;
     if (reader.ReaderGrade()) line.Rest(10);
-    line.ClearUntilQuiet();
-    if (!CheckStatusNCS(reader)) return false;
-    reader.SetSide1Array(std::move(page.side1));
-    reader.SetSide2Array(std::move(page.side2));
-    reader.SetBarcodeTexts(std::move(page.texts));
-    return true;
+    if (!EndedAlone(line, record)) return std::nullopt;
+    kept->lines = record.Lines();
+
+    Sheet sheet = record.Result();
+    reader.SetSide1TimingMarks(*sheet.side1TimingMarks);
+    if (twoSided) reader.SetSide2TimingMarks(*sheet.side2TimingMarks);
+    if (!CheckStatusNCS(reader)) return std::nullopt;
+    // Without a single value it is no sheet, whatever the scanner says.
+    if (!record.HasValues()) return Show(record.WrongEnd(0)), std::nullopt;
+    return sheet;
   });
 }
 
 bool CheckStatusNCS(clsTeskReader& reader) {
   return Guarded("basNCS.CheckStatusNCS", [&] {
-    SerialExchange line(reader);
+    SerialExchange line = Exchange(reader);
     line.Ask(kStatus);
-    if (!Answered(line, kShortestStatus, kStatusSilence)) return false;
-    std::array<std::uint8_t, kStatusLength> status{};
-    for (std::uint8_t& byte : status) {
-      if (line.FollowsWithoutGap()) byte = line.TakeByte().value();
+    Bytes answer(kShortestStatus);
+    if (!Answered(line, answer, kStatusSilence, kDespiteCancel)) return false;
+    // A fifth byte is of no use. More than that was not said about the status: what is left of a record comes
+    // in front of it, and makes it an answer that was never seen alone.
+    const std::string behind = line.Tail("s1" + answer.Text());
+    if (!IsLineEnd(std::string_view(behind).substr(std::min<std::size_t>(behind.size(), 1)))) {
+      line.Session().outOfStep = true;
+      return Show(WrongLength{1, static_cast<std::int32_t>(behind.size()), 0}), false;
     }
+    Status status{};
+    std::ranges::copy_n(answer.Text().begin(), status.size(), status.begin());
     if ((((status[1] & kFaultBitsOfByte1) | status[2]) & kFaultBits) == 0) return true;
     if (const Fault* fault = FindFault(status)) {
       Show(fault->message);
@@ -268,7 +337,7 @@ bool PrintNCS(clsTeskReader& reader) {
   return Guarded("basNCS.PrintNCS", [&] {
     const auto printer = reader.Printer();
     if (!printer) return false;
-    SerialExchange line(reader);
+    SerialExchange line = Exchange(reader);
     line.Tell("1" + PaddedText(printer->Distance(), 2) + kEndOfText);
     line.Tell("2" + WireText(printer->Buffer1()) + " " + kEndOfText);
     return true;
@@ -276,11 +345,11 @@ bool PrintNCS(clsTeskReader& reader) {
 }
 
 void RejectPageNCS(clsTeskReader& reader) {
-  Guarded("basNCS.RejectPageNCS", [&] { SerialExchange(reader).Tell(kReject); });
+  Guarded("basNCS.RejectPageNCS", [&] { Exchange(reader).Tell(kReject); });
 }
 
 void EjectPageNCS(clsTeskReader& reader) {
-  Guarded("basNCS.EjectPageNCS", [&] { SerialExchange(reader).Tell(kEject); });
+  Guarded("basNCS.EjectPageNCS", [&] { Exchange(reader).Tell(kEject); });
 }
 
 }  // namespace tesk::basNCS

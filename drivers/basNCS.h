@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+
+#include "engine/Sheet.h"
 
 namespace tesk {
 class clsTeskReader;
@@ -15,8 +18,8 @@ bool InitReaderNCS(clsTeskReader& reader);
 bool CloseReaderNCS(clsTeskReader& reader);
 
 // Reads one sheet into arrays of 150 x 48 values, 0 to 15; column 48 is always 0. Side 2 is read where Duplex
-// and DuplexForm are True. The text lines of the sheet become the engine's barcode texts.
-bool ReadPageNCS(clsTeskReader& reader);
+// and DuplexForm are True. The text lines of the sheet are its barcode texts. Empty: none was read.
+std::optional<Sheet> ReadPageNCS(clsTeskReader& reader);
 // Asks how the last sheet fared. A fault is shown and, with a Rejecter, the sheet rejected.
 bool CheckStatusNCS(clsTeskReader& reader);
 

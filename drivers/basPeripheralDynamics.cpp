@@ -23,7 +23,7 @@
 #include "base/HostServices.h"
 #include "base/conversions.h"
 #include "drivers/Message.h"
-#include "drivers/SerialExchange.h"
+#include "drivers/OldExchange.h"
 #include "engine/clsTeskReader.h"
 
 namespace tesk::basPeripheralDynamics {
@@ -93,7 +93,7 @@ constexpr struct {
 };
 
 // What the scanner still has to be told after its start.
-void CompleteSetUp(SerialExchange& line, std::int16_t status1, std::int16_t status2) {
+void CompleteSetUp(OldExchange& line, std::int16_t status1, std::int16_t status2) {
   if ((status1 & 16) != 0) line.Tell("D");
   if ((status1 & 4) != 0) line.Tell("G");
   if ((status2 & 8) == 0) return;
@@ -132,7 +132,7 @@ std::optional<std::int32_t> DigitValue(std::optional<std::uint8_t> digit) {
 }
 
 // The threshold that the scanner answers with, 192 to 255; empty for anything else.
-std::optional<std::int32_t> TakeThreshold(SerialExchange& line) {
+std::optional<std::int32_t> TakeThreshold(OldExchange& line) {
   const auto high = DigitValue(line.TakeByte());
   const auto low = DigitValue(line.TakeByte());
   if (!high || !low || *high < 12) return std::nullopt;
@@ -140,7 +140,7 @@ std::optional<std::int32_t> TakeThreshold(SerialExchange& line) {
 }
 
 // False: cancelled.
-bool Step(clsTeskReader& reader, SerialExchange& line, std::int32_t steps, std::int32_t pause) {
+bool Step(clsTeskReader& reader, OldExchange& line, std::int32_t steps, std::int32_t pause) {
   const std::string_view command = steps > 0 ? kThresholdUp : kThresholdDown;
   for (std::int32_t left = steps > 0 ? steps : -steps; left > 0; --left) {
     line.Tell(command);
@@ -200,7 +200,7 @@ std::int16_t RowsIn(std::int32_t waiting) {
 }
 
 // Takes the byte in front of the rows; rows are counted only behind a line feed.
-void TakeFirst(clsTeskReader& reader, SerialExchange& line, std::uint8_t byte, Rows& rows) {
+void TakeFirst(clsTeskReader& reader, OldExchange& line, std::uint8_t byte, Rows& rows) {
   line.Rest(5);
   if (byte != kLineFeed) return;
   // On a slow line the record is not complete after the pause, and too low a count would move every row.
@@ -211,7 +211,7 @@ void TakeFirst(clsTeskReader& reader, SerialExchange& line, std::uint8_t byte, R
 
 // Whether `byte`, behind the last row, begins an ending of two bytes: a carriage return and one more, or a
 // line feed and a carriage return. Takes the second one.
-bool EndsInTwo(SerialExchange& line, std::uint8_t byte) {
+bool EndsInTwo(OldExchange& line, std::uint8_t byte) {
   if (byte != kCarriageReturn && byte != kLineFeed) return false;
   if (line.Waiting() != 1) return false;
   const auto second = line.TakeByte();
@@ -219,7 +219,7 @@ bool EndsInTwo(SerialExchange& line, std::uint8_t byte) {
 }
 
 // Takes one sheet from its first byte on. False: cancelled, or shown.
-bool TakeSheet(clsTeskReader& reader, SerialExchange& line, Rows& rows) {
+bool TakeSheet(clsTeskReader& reader, OldExchange& line, Rows& rows) {
   bool first = true;
   Wait wait = line.ForBytesWithoutLimit();
   for (; wait == Wait::Arrived && !line.Cancelled(); wait = line.ForBytes()) {
@@ -250,7 +250,7 @@ bool TakeSheet(clsTeskReader& reader, SerialExchange& line, Rows& rows) {
 
 bool InitReaderPD(clsTeskReader& reader) {
   return Guarded("basPeripheralDynamics.InitReaderPD", [&] {
-    SerialExchange line(reader);
+    OldExchange line(reader);
     line.Port().SetInputLen(1);
     line.Ask(kStart);
     reader.Loop().Sleep(kAfterStart);
@@ -265,14 +265,14 @@ bool InitReaderPD(clsTeskReader& reader) {
 
 void CloseReaderPD(clsTeskReader& reader) {
   Guarded("basPeripheralDynamics.CloseReaderPD", [&] {
-    SerialExchange line(reader);
+    OldExchange line(reader);
     if (line.Port().PortOpen()) line.Tell(kEndReading);
   });
 }
 
 bool SetRecThresholdPD(clsTeskReader& reader, std::int32_t pause) {
   return Guarded("basPeripheralDynamics.SetRecThresholdPD", [&] {
-    SerialExchange line(reader);
+    OldExchange line(reader);
     Sleep(reader, std::int64_t{pause} * 5);
     line.Ask(kThresholdUp);
     Sleep(reader, std::int64_t{pause} * 5);
@@ -291,7 +291,7 @@ bool SetRecThresholdPD(clsTeskReader& reader, std::int32_t pause) {
 
 bool CheckStatusPD(clsTeskReader& reader, std::int16_t& status1, std::int16_t& status2) {
   return Guarded("basPeripheralDynamics.CheckStatusPD", [&] {
-    SerialExchange line(reader);
+    OldExchange line(reader);
     line.Rest(5);
     line.Ask(kStatus);
     line.Rest(5);
@@ -311,38 +311,38 @@ bool CheckStatusPD(clsTeskReader& reader, std::int16_t& status1, std::int16_t& s
   });
 }
 
-bool ReadPagePD(clsTeskReader& reader) {
-  return Guarded("basPeripheralDynamics.ReadPagePD", [&] {
-    SerialExchange line(reader);
+std::optional<Sheet> ReadPagePD(clsTeskReader& reader) {
+  return Guarded("basPeripheralDynamics.ReadPagePD", [&]() -> std::optional<Sheet> {
+    OldExchange line(reader);
     line.Clear();
     line.Port().SetInputLen(1);
     Rows rows(Narrow<std::int16_t>(reader.RecognitionThreshold() + 1));
     std::int16_t status1 = 0;
     std::int16_t status2 = 0;
-    if (!CheckStatusPD(reader, status1, status2)) return false;
+    if (!CheckStatusPD(reader, status1, status2)) return std::nullopt;
     if ((status1 & kReadUnderWay) == 0) {
       line.Ask(kReadSheet);
       line.Rest(5);
     }
-    if (!TakeSheet(reader, line, rows)) return false;
+    if (!TakeSheet(reader, line, rows)) return std::nullopt;
     line.Tell(kEndReading);
     line.Rest(5);
-    reader.SetSide1Array(std::move(rows.Side()));
-    reader.SetSide2Array({});
-    return true;
+    Sheet sheet;
+    sheet.side1 = std::move(rows.Side());
+    return sheet;
   });
 }
 
 void RejectPagePD(clsTeskReader& reader) {
   Guarded("basPeripheralDynamics.RejectPagePD", [&] {
-    SerialExchange(reader).Tell(kReject);
+    OldExchange(reader).Tell(kReject);
     reader.Loop().Sleep(kAfterReject);
   });
 }
 
 void EjectPagePD(clsTeskReader& reader) {
   Guarded("basPeripheralDynamics.EjectPagePD", [&] {
-    SerialExchange(reader).Tell(kEject);
+    OldExchange(reader).Tell(kEject);
     reader.Loop().Sleep(kAfterEject);
   });
 }

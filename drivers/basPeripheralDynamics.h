@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+
+#include "engine/Sheet.h"
 
 namespace tesk {
 class clsTeskReader;
@@ -20,8 +23,8 @@ bool CheckStatusPD(clsTeskReader& reader, std::int16_t& status1, std::int16_t& s
 bool SetRecThresholdPD(clsTeskReader& reader, std::int32_t pause);
 
 // Reads one sheet into an array of 500 x 14; a mark is RecognitionThreshold + 1. Waits for the sheet without
-// limit until CancelScan is set.
-bool ReadPagePD(clsTeskReader& reader);
+// limit until CancelScan is set. Empty: none was read.
+std::optional<Sheet> ReadPagePD(clsTeskReader& reader);
 void RejectPagePD(clsTeskReader& reader);
 void EjectPagePD(clsTeskReader& reader);
 

@@ -34,7 +34,7 @@
 #include "base/HostServices.h"
 #include "base/conversions.h"
 #include "drivers/Message.h"
-#include "drivers/SerialExchange.h"
+#include "drivers/OldExchange.h"
 #include "drivers/sekonicCommands.h"
 #include "drivers/sekonicRecords.h"
 #include "engine/clsTeskReader.h"
@@ -72,7 +72,7 @@ constexpr const char* kStatusTitle = "Scanner Error";
 
 // All of an answer whose first byte is there: it has ended when the line was silent for SleepTime, and for a
 // moment at least. Empty when the host cancels meanwhile.
-std::string TakeAnswer(SerialExchange& line, std::size_t longest = kLongestAnswer) {
+std::string TakeAnswer(OldExchange& line, std::size_t longest = kLongestAnswer) {
   std::string answer;
   do {
     while (const auto byte = line.TakeByte()) {
@@ -84,7 +84,7 @@ std::string TakeAnswer(SerialExchange& line, std::size_t longest = kLongestAnswe
 }
 
 // Waits for the next byte of a sheet's data. False after a cancel; a time-out is an error.
-bool DataArrived(SerialExchange& line) {
+bool DataArrived(OldExchange& line) {
   const Wait wait = line.ForBytes();
   if (wait == Wait::TimedOut) throw RunTimeError(kErrorTimeOut, "There was no response from the scanner.");
   return wait == Wait::Arrived;
@@ -93,7 +93,7 @@ bool DataArrived(SerialExchange& line) {
 // ---- Starting
 
 // The answer to a question of the initialisation; empty after a time-out, which is shown, and after a cancel.
-std::string AskAtStart(SerialExchange& line, std::string_view question) {
+std::string AskAtStart(OldExchange& line, std::string_view question) {
   line.Ask(question);
   const Wait wait = line.ForBytes();
   if (wait == Wait::TimedOut) Show(kInitSilence);
@@ -112,7 +112,7 @@ std::vector<std::shared_ptr<clsTeskReaderWindow>> WindowsOf(const clsTeskReader&
   return windows;
 }
 
-void DownloadWindows(const clsTeskReader& reader, SerialExchange& line) {
+void DownloadWindows(const clsTeskReader& reader, OldExchange& line) {
   line.Tell(kForgetWindows);
   for (const auto& window : WindowsOf(reader)) {
     // Kept: the host's own window is rewritten, so that its next start sends the same.
@@ -122,7 +122,7 @@ void DownloadWindows(const clsTeskReader& reader, SerialExchange& line) {
 }
 
 // The SR-601, 607 and 700 say how they read and what they have.
-bool SetUpPageReader(clsTeskReader& reader, SerialExchange& line) {
+bool SetUpPageReader(clsTeskReader& reader, OldExchange& line) {
   std::string reply = AskAtStart(line, kReadingMode);
   if (reply.empty()) return false;
   kept.readingMode = ToInt16(Val(reply));
@@ -141,7 +141,7 @@ bool SetUpPageReader(clsTeskReader& reader, SerialExchange& line) {
 // ---- Sheets on their way out
 
 // Sends a question about a sheet that leaves and takes the answer; empty after a time-out, which is shown.
-std::string AskOnTheWayOut(SerialExchange& line, std::string_view question) {
+std::string AskOnTheWayOut(OldExchange& line, std::string_view question) {
   line.Ask(question);
   const Wait wait = line.ForBytesDespiteCancel();
   if (wait == Wait::TimedOut) Show(kSilence);
@@ -154,12 +154,12 @@ bool ImprinterReady(const clsTeskReader& reader) {
   return reader.Printer() && reader.Printer()->Initialized() && reader.Printer()->Active();
 }
 
-void TellWithPause(SerialExchange& line, std::string_view command) {
+void TellWithPause(OldExchange& line, std::string_view command) {
   line.Tell(command);
   line.Rest(1);
 }
 
-void SetUpBarcodes(std::int32_t definitions, SerialExchange& line) {
+void SetUpBarcodes(std::int32_t definitions, OldExchange& line) {
   for (const std::string_view command : kBarcodeSetUp) TellWithPause(line, command);
   const auto most = static_cast<std::int32_t>(kMostBarcodes);
   for (std::int32_t i = 0; i < std::min(definitions, most); ++i) TellWithPause(line, kBarcodeField);
@@ -167,7 +167,7 @@ void SetUpBarcodes(std::int32_t definitions, SerialExchange& line) {
 
 // The codes of the heads that come behind the first answer; empty where there are none.
 std::string LateStatus(clsTeskReader& reader) {
-  SerialExchange line(reader);
+  OldExchange line(reader);
   std::string codes;
   if (!line.ComesSoon()) return codes;
   for (const char c : line.TakeReply()) codes += NumberText(static_cast<unsigned char>(c));
@@ -194,7 +194,7 @@ bool SheetFed(clsTeskReader& reader) {
 bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<std::int16_t>& count) {
   constexpr std::size_t kDigits = 3;
   std::string reply = SendCommandSS(reader, std::string(head).append(kTimingMarks), false);
-  SerialExchange line(reader);
+  OldExchange line(reader);
   while (!reply.empty() && reply.size() < kDigits && reply.back() != '\r') {
     if (!line.ComesSoon()) return false;
     reply += line.TakeReply();
@@ -204,7 +204,7 @@ bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<
 }
 
 // Empty where none are wanted, or after a cancel.
-BarcodeArray ReadBarcodes(SerialExchange& line) {
+BarcodeArray ReadBarcodes(OldExchange& line) {
   line.Ask(kBarcodeData);
   if (!DataArrived(line)) return {};
   line.Rest(1);
@@ -214,7 +214,7 @@ BarcodeArray ReadBarcodes(SerialExchange& line) {
 // ---- Reading a sheet
 
 // The marks of one side; empty after a cancel or a message.
-std::optional<SideArray> ReadSide(SerialExchange& line, std::string_view head, std::int32_t rows,
+std::optional<SideArray> ReadSide(OldExchange& line, std::string_view head, std::int32_t rows,
                                   ColumnNames names) {
   PageRecord record(rows, names);
   line.Ask(std::string(head) + PageCommand(rows));
@@ -238,7 +238,7 @@ bool HasWindows(const clsTeskReader& reader, std::int16_t number) {
 }
 
 // As ReadSide, through the windows of the side.
-std::optional<SideArray> ReadWindowsOfSide(clsTeskReader& reader, SerialExchange& line, std::string_view head,
+std::optional<SideArray> ReadWindowsOfSide(clsTeskReader& reader, OldExchange& line, std::string_view head,
                                            std::int16_t number, const SideArray& empty) {
   line.Ask(std::string(head).append(kWindowData));
   std::string reply;
@@ -257,10 +257,12 @@ std::optional<SideArray> ReadWindowsOfSide(clsTeskReader& reader, SerialExchange
   }
 }
 
-// Hands both sides over; side 2 is empty where it was not read.
-void HandOver(clsTeskReader& reader, SideArray side1, SideArray side2) {
-  reader.SetSide1Array(std::move(side1));
-  reader.SetSide2Array(std::move(side2));
+// side2: empty where it was not read.
+Sheet SheetOf(SideArray side1, SideArray side2) {
+  Sheet sheet;
+  sheet.side1 = std::move(side1);
+  sheet.side2 = std::move(side2);
+  return sheet;
 }
 
 }  // namespace
@@ -269,7 +271,7 @@ void HandOver(clsTeskReader& reader, SideArray side1, SideArray side2) {
 
 bool InitReaderSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.InitReaderSS", [&] {
-    SerialExchange line(reader);
+    OldExchange line(reader);
     const std::string reply = AskAtStart(line, kReset);
     if (reply.empty()) return false;
     if (reply.front() != kAcknowledge) return Show(kInitRefused), false;
@@ -285,7 +287,7 @@ bool CloseReaderSS(clsTeskReader&) { return true; }
 
 std::string SendCommandSS(clsTeskReader& reader, std::string_view command, bool bytewise) {
   return Guarded("basScanningSystems.SendCommandSS", [&] {
-    SerialExchange line(reader);
+    OldExchange line(reader);
     line.Ask(command);
     const Wait wait = line.ForBytes();
     if (wait == Wait::TimedOut) Show(kSilence);
@@ -309,60 +311,59 @@ void ReturnErrorSS(clsTeskReader& reader, std::string_view code) {
 
 // ---- Sheets
 
-bool ReadPageSS(clsTeskReader& reader) {
-  return Guarded("basScanningSystems.ReadPageSS", [&] {
-    SerialExchange line(reader);
+std::optional<Sheet> ReadPageSS(clsTeskReader& reader) {
+  return Guarded("basScanningSystems.ReadPageSS", [&]() -> std::optional<Sheet> {
+    OldExchange line(reader);
     line.Clear();
     const std::int32_t definitions = reader.Barcode() ? Deref(reader.Barcodes()).Count() : 0;
     if (definitions >= 1) SetUpBarcodes(definitions, line);
     if (ImprinterReady(reader)) {
       for (const std::string_view command : kImprinterSetUp) TellWithPause(line, command);
     }
-    if (!SheetFed(reader)) return false;
+    if (!SheetFed(reader)) return std::nullopt;
     std::optional<std::int16_t> marks1;
     std::optional<std::int16_t> marks2;
-    if (!AskTimingMarks(reader, "", marks1)) return false;
-    if (reader.TwoSided() && !AskTimingMarks(reader, kBackSide, marks2)) return false;
+    if (!AskTimingMarks(reader, "", marks1)) return std::nullopt;
+    if (reader.TwoSided() && !AskTimingMarks(reader, kBackSide, marks2)) return std::nullopt;
     BarcodeArray texts;
     if (definitions >= 1) texts = ReadBarcodes(line);
-    if (reader.CancelScan()) return false;
+    if (reader.CancelScan()) return std::nullopt;
     const bool byWindows = reader.RecognitionMode() == teskRecognitionTypeWindow;
-    if (!(byWindows ? ReadWindowsSS(reader) : ReadEntirePageSS(reader))) return false;
-    if (marks1) reader.SetSide1TimingMarks(*marks1);
-    if (marks2) reader.SetSide2TimingMarks(*marks2);
-    if (!texts.empty()) reader.SetBarcodeTexts(std::move(texts));
-    return true;
+    auto sheet = byWindows ? ReadWindowsSS(reader) : ReadEntirePageSS(reader);
+    if (!sheet) return std::nullopt;
+    sheet->side1TimingMarks = marks1;
+    sheet->side2TimingMarks = marks2;
+    if (!texts.empty()) sheet->texts = std::move(texts);
+    return sheet;
   });
 }
 
-bool ReadEntirePageSS(clsTeskReader& reader) {
-  return Guarded("basScanningSystems.ReadEntirePageSS", [&] {
-    SerialExchange line(reader);
+std::optional<Sheet> ReadEntirePageSS(clsTeskReader& reader) {
+  return Guarded("basScanningSystems.ReadEntirePageSS", [&]() -> std::optional<Sheet> {
+    OldExchange line(reader);
     // Kept: the names of the card's columns hold for side 1 alone.
     auto side1 = ReadSide(line, "", reader.Side1RowExtent(), NamesOfSide1(reader.ReaderType()));
-    if (!side1) return false;
+    if (!side1) return std::nullopt;
     std::optional<SideArray> side2 = SideArray();
     if (reader.TwoSided()) side2 = ReadSide(line, kBackSide, reader.Side2RowExtent(), ColumnNames::FromZero);
-    if (!side2) return false;
-    HandOver(reader, std::move(*side1), std::move(*side2));
-    return true;
+    if (!side2) return std::nullopt;
+    return SheetOf(std::move(*side1), std::move(*side2));
   });
 }
 
-bool ReadWindowsSS(clsTeskReader& reader) {
-  return Guarded("basScanningSystems.ReadWindowsSS", [&] {
-    SerialExchange line(reader);
+std::optional<Sheet> ReadWindowsSS(clsTeskReader& reader) {
+  return Guarded("basScanningSystems.ReadWindowsSS", [&]() -> std::optional<Sheet> {
+    OldExchange line(reader);
     auto side1 =
         ReadWindowsOfSide(reader, line, "", 1, SideArray(reader.Side1RowExtent(), reader.Side1ColExtent()));
-    if (!side1) return false;
+    if (!side1) return std::nullopt;
     std::optional<SideArray> side2 = SideArray();
     if (reader.TwoSided()) {
       side2 = ReadWindowsOfSide(reader, line, kBackSide, 2,
                                 SideArray(reader.Side2RowExtent(), reader.Side2ColExtent()));
     }
-    if (!side2) return false;
-    HandOver(reader, std::move(*side1), std::move(*side2));
-    return true;
+    if (!side2) return std::nullopt;
+    return SheetOf(std::move(*side1), std::move(*side2));
   });
 }
 
@@ -388,14 +389,14 @@ bool RejectPageSS(clsTeskReader& reader, bool reject) {
     if (!reader.Rejecter() && reader.Printer() && reader.Printer()->Initialized()) {
       return RejectPrintSS(reader);
     }
-    SerialExchange(reader).Tell(reject ? kToReject : kToAccept);
+    OldExchange(reader).Tell(reject ? kToReject : kToAccept);
     return true;
   });
 }
 
 bool RejectPrintSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.RejectPrintSS", [&] {
-    SerialExchange line(reader);
+    OldExchange line(reader);
     return !AskOnTheWayOut(line, kFeedQuery).empty();
   });
 }
@@ -404,7 +405,7 @@ bool PrintSS(clsTeskReader& reader, bool feed) {
   return Guarded("basScanningSystems.PrintSS", [&] {
     const auto printer = reader.Printer();
     if (!printer) return false;
-    SerialExchange line(reader);
+    OldExchange line(reader);
     if (feed) AskOnTheWayOut(line, kFeedQuery);
     for (const std::string& command : ImprintCommands(*printer)) line.Tell(command);
     return AskOnTheWayOut(line, kPrintQuery).find('0') != std::string::npos;

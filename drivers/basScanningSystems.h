@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "engine/Sheet.h"
 
 namespace tesk {
 class clsTeskReader;
@@ -21,12 +24,12 @@ bool InitReaderSS(clsTeskReader& reader);
 bool CloseReaderSS(clsTeskReader& reader);
 
 // Feeds and reads one sheet, with its timing-mark counts and barcodes, whole or by windows.
-bool ReadPageSS(clsTeskReader& reader);
+std::optional<Sheet> ReadPageSS(clsTeskReader& reader);
 // The marks of the sheet that was fed, rows x 48 per side, or in the engine's extents by windows. Values are
 // 0 and up on the scanner's own scale. A mark outside the array is error 9, a record that breaks off is the
 // time-out error; the engine's arrays then stay as they are.
-bool ReadEntirePageSS(clsTeskReader& reader);
-bool ReadWindowsSS(clsTeskReader& reader);
+std::optional<Sheet> ReadEntirePageSS(clsTeskReader& reader);
+std::optional<Sheet> ReadWindowsSS(clsTeskReader& reader);
 
 enum class Spread { Complete, Incomplete, Failed };  // Failed: has been reported
 

@@ -16,7 +16,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,13 +32,21 @@ namespace {
 
 // What the family keeps between calls: what to take from a data byte to get its value. Set by every form
 // download.
-struct Kept {
+struct Kept : SerialSession {
   std::int16_t dataOffset = 0;
-} kept;
+};
+
+SerialExchange Exchange(clsTeskReader& reader) { return {reader, reader.Kept<Kept>()}; }
 
 constexpr char kCarriageReturn = '\r';
 constexpr std::int32_t kValuesPerRow = 48;    // of every model, whatever the form's column count
 constexpr std::size_t kLongestImprint = 125;  // characters
+constexpr std::int64_t kMostPlaces = 100000;  // of a window; more than any sheet has
+
+// How long a raw value that looks like the end of the data may stand alone before it is taken for one.
+constexpr Milliseconds kRawPatience{1000};
+// How long the transport may take to a second acknowledgement behind a reject.
+constexpr Milliseconds kTransportPatience{1500};
 
 // ---- Models that differ from the others
 
@@ -113,14 +120,22 @@ constexpr const char* kSide2WindowRefused =
 
 std::string Command(std::string_view text) { return "\x1b" + std::string(text) + kCarriageReturn; }
 
-// Waits for the first byte of an answer. A time-out is shown where there is a message for it; a cancel never.
-bool Answered(SerialExchange& line, const Message* silence) {
-  const Wait wait = line.ForBytes();
+// Waits for an answer. A time-out is shown where there is a message for it; a cancel never.
+bool Answered(SerialExchange& line, Shape& answer, const Message* silence, const Limits& limits = {}) {
+  const Wait wait = line.Take(answer, limits);
   if (wait == Wait::TimedOut && silence != nullptr) Show(*silence);
   return wait == Wait::Arrived;
 }
 
-bool IsAcknowledgement(const std::string& reply) { return !reply.empty() && reply[0] == kCarriageReturn; }
+// Sends a command whose answer is decided by its first byte; whatever line follows that is the answer's own.
+// Empty after a cancel or a time-out.
+std::optional<bool> Acknowledged(SerialExchange& line, const std::string& command, const Message* silence) {
+  line.Ask(command);
+  Bytes first(1);
+  if (!Answered(line, first, silence)) return std::nullopt;
+  line.Tail(command + first.Text());
+  return first.Text()[0] == kCarriageReturn;
+}
 
 bool ImprinterActive(const clsTeskReader& reader) { return reader.Printer() && reader.Printer()->Active(); }
 
@@ -183,7 +198,7 @@ class Download {
   }
 
   bool Run() {
-    kept.dataOffset = dialect_.dataOffset;
+    reader_.Kept<Kept>()->dataOffset = dialect_.dataOffset;
     const std::string threshold = "THR= " + NumberText(reader_.RecognitionThreshold());
     if (dialect_.hasThreshold && !Send(threshold, kThresholdRefused)) return false;
     for (std::int32_t sheet = 1; sheet <= side1Rows_.UpperBound(); ++sheet) {
@@ -270,20 +285,23 @@ std::int32_t DecodeFlags(unsigned flags) {
   return static_cast<std::int32_t>(flags & kFlagReady);
 }
 
-// Asks for the record; empty after a message or a cancel. `tail` is what came behind it.
-std::string AskStatus(SerialExchange& line, std::string& tail) {
-  line.Ask(Command("QSTS"));
-  if (!Answered(line, &kStatusSilence)) return {};
-  const Wait whole = line.ForBytes(kStatusLength);
-  if (whole == Wait::TimedOut) Show(kStatusSilence);
-  if (whole != Wait::Arrived) return {};
-  std::string record;
-  while (record.size() < kStatusLength) record += static_cast<char>(line.TakeByte().value());
-  tail = line.TakeReply();
-  return record;
-}
+enum class Asked { BeforeSheet, AfterSheet };
 
-bool IsLineEnd(const std::string& text) { return text.find_first_not_of("\r\n") == std::string::npos; }
+struct Status {
+  std::string record;  // empty after a message or a cancel
+  bool alone = false;  // nothing but a line end came behind it
+};
+
+// Where the record is one that came before, what stood behind it is known and nothing else is waited for. A
+// byte of something else in front would have made it another record, which the silence behind it shows.
+Status AskStatus(SerialExchange& line, Asked asked) {
+  line.Ask(Command("QSTS"));
+  Bytes record(kStatusLength);
+  if (!Answered(line, record, &kStatusSilence, asked == Asked::AfterSheet ? kDespiteCancel : Limits())) {
+    return {};
+  }
+  return {record.Text(), IsLineEnd(line.Tail(record.Text()))};
+}
 
 std::int32_t DecodeStatus(const std::string& record) {
   const char statusClass = record[1];
@@ -296,111 +314,114 @@ std::int32_t DecodeStatus(const std::string& record) {
   return -1;
 }
 
+// -1: error, time-out, cancel or a status that nobody knows; else whether a sheet is ready.
+std::int32_t CheckStatus(clsTeskReader& reader, Asked asked) {
+  SerialExchange line = Exchange(reader);
+  Status status = AskStatus(line, asked);
+  if (!status.record.empty() && !status.alone) {
+    // More than a record: its beginning was said about something else. Behind a sheet that can only have been
+    // the sheet's own data.
+    if (asked == Asked::AfterSheet) return Show(kDataSilence), -1;
+    line.Session().outOfStep = true;
+    status = AskStatus(line, asked);
+  }
+  return status.alone ? DecodeStatus(status.record) : -1;
+}
+
 // ---- Reading a sheet
 
-// The values of one sheet as they come off the line, until a carriage return ends them.
-class Values {
+// Where a value goes; side is 1 or 2.
+struct Place {
+  int side;
+  std::int32_t row;
+  std::int32_t column;
+};
+
+// The values of one sheet as they come off the line: one for each place, then a carriage return. Fewer are a
+// shorter sheet, which the carriage return ends.
+class Values : public Shape {
  public:
-  explicit Values(SerialExchange& line) : line_(line), offset_(kept.dataOffset) {
-    line_.Timer().SetEnabled(true);
+  Values(clsTeskReader& reader, std::vector<Place> places)
+      : reader_(reader),
+        places_(std::move(places)),
+        offset_(reader.Kept<Kept>()->dataOffset),
+        pageMode_(reader.RecognitionMode() == teskRecognitionTypePage) {
+    sheet_.side1 = SideArray(reader.Side1RowExtent(), reader.Side1ColExtent());
+    BeginSide2();
   }
 
-  // The next value; empty once the data has ended or the wait for it failed, which has been shown.
-  std::optional<std::int16_t> Next() {
-    while (!ended_ && !failed_) {
-      if (const auto byte = line_.TakeByte()) {
-        if (*byte != kCarriageReturn) return static_cast<std::int16_t>(*byte - offset_);
-        ended_ = true;
-      } else if (line_.Cancelled()) {
-        failed_ = true;
-      } else if (!line_.Timer().Enabled()) {
-        Show(kDataSilence);
-        failed_ = true;
-      } else {
-        line_.Poll();
-      }
+  std::size_t Missing() const override { return ended_ || surplus_ ? 0 : places_.size() - count_ + 1; }
+  // Error 9 for a place outside its side.
+  void Take(std::uint8_t byte) override {
+    if (byte == kCarriageReturn) {
+      ended_ = true;
+    } else if (!Full()) {
+      Store(byte);
+    } else {
+      // Kept: side 2 of a page has no limit of its own; a row beyond its extent is an error.
+      if (pageMode_ && !places_.empty() && places_.back().side == 2) throw SubscriptOutOfRange();
+      surplus_ = true;
     }
-    return std::nullopt;
   }
 
-  bool Ended() const { return ended_; }
-  bool Failed() const { return failed_; }
-
-  // Takes what is left of a record that holds more than anybody asked for, its end included, so that it is
-  // not taken for the next answer.
-  void SkipRest() {
-    while (!ended_ && line_.Timer().Enabled() && !line_.Cancelled() && line_.FollowsWithoutGap()) {
-      ended_ = line_.TakeByte() == static_cast<std::uint8_t>(kCarriageReturn);
-    }
-    line_.Timer().SetEnabled(false);
+  bool Full() const { return count_ == places_.size(); }
+  // The carriage return came before every place had its value.
+  bool EndedEarly() const { return ended_ && !Full(); }
+  // It was none: a raw value is the same byte.
+  void GoOn() {
+    ended_ = false;
+    valuesLikeEnds_ = true;
+    Store(kCarriageReturn);
   }
+  // More values than places are no sheet of this form; and where values look like ends, only their number can
+  // tell the end.
+  bool Plausible() const { return !surplus_ && (Full() || !valuesLikeEnds_); }
+  bool Empty() const { return count_ == 0; }
+
+  Sheet TakeSheet() { return std::move(sheet_); }
 
  private:
-  SerialExchange& line_;
+  void Store(std::uint8_t byte) {
+    const Place& at = places_[count_++];
+    SideArray& side = at.side == 1 ? sheet_.side1 : sheet_.side2;
+    side.At(at.row, at.column) = static_cast<std::int16_t>(byte - offset_);
+    if (pageMode_) CountRow(at);
+    BeginSide2();
+  }
+
+  void CountRow(const Place& at) {
+    const auto row = Narrow<std::int16_t>(at.row);
+    at.side == 1 ? reader_.SetSide1TimingMarks(row) : reader_.SetSide2TimingMarks(row);
+  }
+
+  // Side 2 is there as soon as its values are due.
+  void BeginSide2() {
+    if (Full() || places_[count_].side == 1 || !sheet_.side2.Empty()) return;
+    sheet_.side2 = SideArray(reader_.Side2RowExtent(), reader_.Side2ColExtent());
+  }
+
+  clsTeskReader& reader_;
+  std::vector<Place> places_;
   std::int16_t offset_;
+  bool pageMode_;
+  std::size_t count_ = 0;
   bool ended_ = false;
-  bool failed_ = false;
+  bool surplus_ = false;
+  bool valuesLikeEnds_ = false;
+  Sheet sheet_;
 };
 
-struct Sides {
-  SideArray side1;
-  SideArray side2;  // empty where side 2 is not read
-};
-
-// Waits until the scanner has a sheet; without a feeder for as long as it takes a person to insert one.
-bool SheetReady(clsTeskReader& reader, SerialExchange& line) {
-  std::int32_t status = CheckStatusST(reader);
-  while (status == 0 && !reader.Feeder()) {
-    line.Poll();
-    if (reader.CancelScan()) return false;
-    status = CheckStatusST(reader);
-  }
-  return status > 0;
-}
-
-// Feeds a sheet and hands its values to `store`; then checks how the sheet fared and hands the sides over.
-template <class Store>
-bool ReadSheet(clsTeskReader& reader, const Message& silence, Store store) {
-  SerialExchange line(reader);
-  line.Clear();
-  if (!SheetReady(reader, line)) return false;
-  const bool hold = reader.Rejecter() || ImprinterActive(reader);
-  line.Ask(Command(hold ? "READ 5 Y E" : "READ 5 Y"));
-  if (!Answered(line, &silence)) return false;
-
-  Values values(line);
-  Sides sides;
-  store(values, sides);
-  if (values.Failed()) return false;
-  values.SkipRest();
-  if (CheckStatusST(reader) == -1) return false;
-  line.Clear();
-  reader.SetSide1Array(std::move(sides.side1));
-  reader.SetSide2Array(std::move(sides.side2));
-  return true;
-}
-
-// Stores values row by row, as many rows as `lastRow` allows; `counted` is told each row that got a value.
-void FillSide(Values& values, SideArray& side, std::int32_t lastRow,
-              void (clsTeskReader::*counted)(std::int16_t), clsTeskReader& reader) {
-  for (std::int32_t row = 1; row <= lastRow; ++row) {
-    for (std::int32_t column = 1; column <= kValuesPerRow; ++column) {
-      const auto value = values.Next();
-      if (!value) return;
-      side.At(row, column) = *value;
-      (reader.*counted)(Narrow<std::int16_t>(row));
+// The places of whole sides, row by row.
+std::vector<Place> PlacesOfPage(const clsTeskReader& reader) {
+  std::vector<Place> places;
+  const auto add = [&](int side, std::int32_t rows) {
+    for (std::int32_t row = 1; row <= rows; ++row) {
+      for (std::int32_t column = 1; column <= kValuesPerRow; ++column) places.push_back({side, row, column});
     }
-  }
-}
-
-void FillPage(clsTeskReader& reader, Values& values, Sides& sides) {
-  sides.side1 = SideArray(reader.Side1RowExtent(), reader.Side1ColExtent());
-  FillSide(values, sides.side1, reader.Side1RowExtent(), &clsTeskReader::SetSide1TimingMarks, reader);
-  if (!reader.DuplexForm() || reader.Side2RowExtent() < 1 || values.Ended() || values.Failed()) return;
-  sides.side2 = SideArray(reader.Side2RowExtent(), reader.Side2ColExtent());
-  // Kept: side 2 has no row limit of its own; a row beyond its extent is an error.
-  FillSide(values, sides.side2, std::numeric_limits<std::int32_t>::max(), &clsTeskReader::SetSide2TimingMarks,
-           reader);
+  };
+  add(1, reader.Side1RowExtent());
+  if (reader.DuplexForm()) add(2, reader.Side2RowExtent());
+  return places;
 }
 
 // The positions of a window along one axis in the order in which the scanner sends them.
@@ -417,37 +438,73 @@ Walk WalkOf(std::int16_t start, std::int16_t count, std::int16_t gap) {
   return {Narrow<std::int16_t>(first), Narrow<std::int16_t>(std::abs(std::int32_t{gap})), count};
 }
 
-// False once the data has ended.
-bool FillWindow(Values& values, SideArray& side, const clsTeskReaderWindow& window) {
+void AddWindow(std::vector<Place>& places, int side, const clsTeskReaderWindow& window) {
   const Walk rows = WalkOf(window.StartRow(), window.NumRows(), window.RowGap());
   const Walk columns = WalkOf(window.StartCol(), window.NumCols(), window.ColGap());
   const bool byColumn = window.Orientation() == 0;
   const Walk& outer = byColumn ? columns : rows;
   const Walk& inner = byColumn ? rows : columns;
+  if (std::int64_t{outer.count} * inner.count > kMostPlaces) throw InvalidCall();
   for (std::int16_t i = 0; i < outer.count; ++i) {
     for (std::int16_t j = 0; j < inner.count; ++j) {
-      const auto value = values.Next();
-      if (!value) return false;
-      const std::int32_t row = byColumn ? inner.At(j) : outer.At(i);
-      const std::int32_t column = byColumn ? outer.At(i) : inner.At(j);
-      side.At(row, column) = *value;
+      places.push_back({side, byColumn ? inner.At(j) : outer.At(i), byColumn ? outer.At(i) : inner.At(j)});
     }
   }
-  return true;
 }
 
-void FillWindows(clsTeskReader& reader, const std::vector<clsTeskReaderWindow>& windows, Values& values,
-                 Sides& sides) {
-  sides.side1 = SideArray(reader.Side1RowExtent(), reader.Side1ColExtent());
-  bool onSide2 = false;
-  for (const clsTeskReaderWindow& window : windows) {
+std::vector<Place> PlacesOfWindows(const clsTeskReader& reader) {
+  std::vector<Place> places;
+  int side = 1;
+  for (const clsTeskReaderWindow& window : WindowsOf(reader)) {
     // Kept: from the first window of a page above 1 on, every window is stored in side 2.
-    if (!onSide2 && window.Page() > 1) {
-      onSide2 = true;
-      sides.side2 = SideArray(reader.Side2RowExtent(), reader.Side2ColExtent());
-    }
-    if (!FillWindow(values, onSide2 ? sides.side2 : sides.side1, window)) return;
+    if (window.Page() > 1) side = 2;
+    AddWindow(places, side, window);
   }
+  return places;
+}
+
+// Waits until the scanner has a sheet; without a feeder for as long as it takes a person to insert one.
+bool SheetReady(clsTeskReader& reader) {
+  SerialExchange line = Exchange(reader);
+  std::int32_t status = CheckStatusST(reader);
+  while (status == 0 && !reader.Feeder()) {
+    line.Poll();
+    if (reader.CancelScan()) return false;
+    status = CheckStatusST(reader);
+  }
+  return status > 0;
+}
+
+// Takes the values and their end. False after a cancel, and after a message.
+bool TakeValues(SerialExchange& line, Values& values, const Dialect& dialect) {
+  Wait wait = line.Take(values);
+  while (wait == Wait::Arrived && dialect.dataOffset == 0 && values.EndedEarly() &&
+         line.Follows(kRawPatience)) {
+    values.GoOn();
+    wait = line.Take(values);
+  }
+  if (wait == Wait::Cancelled) return false;
+  // Values that nothing ends are whole when every place has one; their end may be missing.
+  if (values.Plausible() && (wait == Wait::Arrived || values.Full()) && !line.Surplus()) return true;
+  line.Session().outOfStep = true;
+  return Show(kDataSilence), false;
+}
+
+// Feeds a sheet, takes its values, and checks how the sheet fared.
+std::optional<Sheet> ReadSheet(clsTeskReader& reader, const Message& silence, std::vector<Place> places) {
+  if (!SheetReady(reader)) return std::nullopt;
+  SerialExchange line = Exchange(reader);
+  const bool hold = reader.Rejecter() || ImprinterActive(reader);
+  Values values(reader, std::move(places));
+  line.Ask(Command(hold ? "READ 5 Y E" : "READ 5 Y"));
+  const Wait began = line.Await();
+  if (began == Wait::TimedOut) Show(silence);
+  if (began != Wait::Arrived) return std::nullopt;
+  if (!TakeValues(line, values, DialectOf(reader.ReaderType()))) return std::nullopt;
+  if (CheckStatus(reader, Asked::AfterSheet) == -1) return std::nullopt;
+  // Without a single value it is no sheet, whatever the scanner says.
+  if (values.Empty()) return Show(kDataSilence), std::nullopt;
+  return values.TakeSheet();
 }
 
 // ---- Imprint
@@ -464,6 +521,7 @@ std::string ImprintText(const clsTeskReader& reader) {
 
 bool InitReaderST(clsTeskReader& reader) {
   return Guarded("basScantron.InitReaderST", [&] {
+    reader.Kept<Kept>()->Forget();
     if (!ResetReaderST(reader)) return false;
     if (DownloadFormST(reader) && EnablePrinterST(reader)) return true;
     ResetReaderST(reader);
@@ -477,13 +535,11 @@ bool CloseReaderST(clsTeskReader& reader) {
 
 bool ResetReaderST(clsTeskReader& reader) {
   return Guarded("basScantron.ResetReaderST", [&] {
-    SerialExchange line(reader);
+    SerialExchange line = Exchange(reader);
     if (!line.Port().PortOpen()) return true;
-    line.Ask(Command("SRST"));
-    if (!Answered(line, &kResetSilence)) return false;
-    if (IsAcknowledgement(line.TakeReply())) return true;
-    Show(kResetRefused);
-    return false;
+    const auto acknowledged = Acknowledged(line, Command("SRST"), &kResetSilence);
+    if (acknowledged == false) Show(kResetRefused);
+    return acknowledged == true;
   });
 }
 
@@ -499,9 +555,8 @@ bool EnablePrinterST(clsTeskReader& reader) {
 
 bool SendCommandST(clsTeskReader& reader, std::string_view command) {
   return Guarded("basScantron.SendCommandST", [&] {
-    SerialExchange line(reader);
-    line.Ask(command);
-    return Answered(line, nullptr) && IsAcknowledgement(line.TakeReply());
+    SerialExchange line = Exchange(reader);
+    return Acknowledged(line, std::string(command), nullptr) == true;
   });
 }
 
@@ -509,51 +564,38 @@ bool SendCommandST(clsTeskReader& reader, std::string_view command) {
 
 std::int32_t CheckStatusST(clsTeskReader& reader) {
   return Guarded(
-      "basScantron.CheckStatusST",
-      [&]() -> std::int32_t {
-        SerialExchange line(reader);
-        std::string tail;
-        std::string record = AskStatus(line, tail);
-        // More than a record: its beginning was a late answer to something else. Taken as it stands it
-        // would be misread, and its end taken for the first mark of the sheet.
-        if (!record.empty() && !IsLineEnd(tail)) record = AskStatus(line, tail);
-        return record.empty() || !IsLineEnd(tail) ? -1 : DecodeStatus(record);
-      },
-      -1);
+      "basScantron.CheckStatusST", [&] { return CheckStatus(reader, Asked::BeforeSheet); }, -1);
 }
 
-bool ReadPageST(clsTeskReader& reader) {
-  const bool read = Guarded("basScantron.ReadPageST", [&] {
+std::optional<Sheet> ReadPageST(clsTeskReader& reader) {
+  auto sheet = Guarded("basScantron.ReadPageST", [&] {
     reader.SetSide1TimingMarks(0);
     reader.SetSide2TimingMarks(0);
-    return ReadSheet(reader, kPageSilence,
-                     [&](Values& values, Sides& sides) { FillPage(reader, values, sides); });
+    return ReadSheet(reader, kPageSilence, PlacesOfPage(reader));
   });
-  if (!read) ClearBufferST(reader);
-  return read;
+  if (!sheet) ClearBufferST(reader);
+  return sheet;
 }
 
-bool ReadWindowsST(clsTeskReader& reader) {
-  const bool read = Guarded("basScantron.ReadWindowsST", [&] {
-    const auto windows = WindowsOf(reader);
-    return ReadSheet(reader, kWindowsSilence,
-                     [&](Values& values, Sides& sides) { FillWindows(reader, windows, values, sides); });
-  });
-  if (!read) ClearBufferST(reader);
-  return read;
+std::optional<Sheet> ReadWindowsST(clsTeskReader& reader) {
+  auto sheet = Guarded("basScantron.ReadWindowsST",
+                       [&] { return ReadSheet(reader, kWindowsSilence, PlacesOfWindows(reader)); });
+  if (!sheet) ClearBufferST(reader);
+  return sheet;
 }
 
 bool RejectPageST(clsTeskReader& reader, bool reject) {
   return Guarded("basScantron.RejectPageST", [&] {
-    SerialExchange line(reader);
-    // No acknowledgement is awaited for the imprinter.
-    if (reject) line.Tell(Command("PRN$ 1 N "));
-    line.Tell(Command(reject ? "EJCT C" : "EJCT A " + ImprintText(reader)));
-    if (!Answered(line, &kEjectSilence)) return false;
-    line.TakeReply();
+    SerialExchange line = Exchange(reader);
+    // No acknowledgement of its own is awaited for the imprinter; the transport's may come well behind it.
+    if (reject) line.Ask(Command("PRN$ 1 N "));
+    const std::string command = Command(reject ? "EJCT C" : "EJCT A " + ImprintText(reader));
+    reject ? line.Tell(command) : line.Ask(command);
+    Bytes first(1);
+    if (!Answered(line, first, &kEjectSilence)) return false;
+    line.Tail((reject ? "EJCT C" : "EJCT A") + first.Text(), reject ? kTransportPatience : Milliseconds(0));
     // Gives the sheet time to leave before the next read.
     if (reject) line.Rest(15);
-    line.Clear();
     return true;
   });
 }

@@ -311,13 +311,15 @@ std::optional<Page> TakePage(OmrLibrary& library, bool twoSided, bool barcodes) 
   return page;
 }
 
-void HandOver(clsTeskReader& reader, Page page) {
-  reader.SetSide1TimingMarks(page.front.rows);
-  if (page.back) reader.SetSide2TimingMarks(page.back->rows);
-  reader.SetSide1Array(std::move(page.front.marks));
+Sheet SheetOf(Page page) {
+  Sheet sheet;
+  sheet.side1 = std::move(page.front.marks);
+  sheet.side1TimingMarks = page.front.rows;
   // Kept: hosts get a second array of full size also where the back was not read.
-  reader.SetSide2Array(page.back ? std::move(page.back->marks) : SideArray(kRows, kColumns));
-  reader.SetBarcodeTexts(page.barcodes ? std::move(*page.barcodes) : BarcodeArray(1));
+  sheet.side2 = page.back ? std::move(page.back->marks) : SideArray(kRows, kColumns);
+  if (page.back) sheet.side2TimingMarks = page.back->rows;
+  if (page.barcodes) sheet.texts = std::move(*page.barcodes);
+  return sheet;
 }
 
 // ---- Stackers
@@ -406,19 +408,18 @@ bool CloseReaderSR(clsTeskReader& reader) {
 
 // ---- Sheets
 
-bool ReadPageSR(clsTeskReader& reader, std::int16_t /*threshold*/) {
-  return Guarded("basSekonicSR.ReadPageSR", [&] {
+std::optional<Sheet> ReadPageSR(clsTeskReader& reader, std::int16_t /*threshold*/) {
+  return Guarded("basSekonicSR.ReadPageSR", [&]() -> std::optional<Sheet> {
     const auto library = LibraryOf(reader);
     const bool barcodes = WantsBarcodes(reader);
     const bool twoSided = reader.TwoSided();
     if (barcodes) SetUpBarcodes(reader, *library);
     const std::int32_t columns = library->OMR_GetNumberOfColumnsToRead();
     // Before the feeding: with another count the library would fill another extent than there is room for.
-    if (columns != kColumns) return Disbelieve("Columns: ", columns), false;
-    if (!Feed(reader, *library)) return false;
+    if (columns != kColumns) return Disbelieve("Columns: ", columns), std::nullopt;
+    if (!Feed(reader, *library)) return std::nullopt;
     auto page = TakePage(*library, twoSided, barcodes);
-    if (page) HandOver(reader, std::move(*page));
-    return page.has_value();
+    return page ? std::optional(SheetOf(std::move(*page))) : std::nullopt;
   });
 }
 

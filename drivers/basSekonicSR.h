@@ -3,6 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+
+#include "engine/Sheet.h"
 
 namespace tesk {
 class clsTeskReader;
@@ -21,7 +24,7 @@ bool CloseReaderSR(clsTeskReader& reader);
 // Feeds and reads one sheet. Both side arrays become 200 x 48, one mark byte (0..255) per position as the
 // library delivers it, a side that was not read all 0; the timing-mark counts are the rows that have values.
 // threshold: the engine's; marks are not scaled by it.
-bool ReadPageSR(clsTeskReader& reader, std::int16_t threshold);
+std::optional<Sheet> ReadPageSR(clsTeskReader& reader, std::int16_t threshold);
 
 // Send the sheet to a stacker. A failure is shown.
 bool RejectPageSR(clsTeskReader& reader);

@@ -21,8 +21,9 @@ bool IsEnd(std::uint8_t byte) { return byte == kCarriageReturn || byte == kLineF
 }  // namespace
 
 OpScanRecord::OpScanRecord(bool twoSided) : twoSided_(twoSided), lineBytes_(kColumns) {
-  page_.side1 = SideArray(kRows, kColumns);
-  if (twoSided) page_.side2 = SideArray(kRows, kColumns);
+  sheet_.side1 = SideArray(kRows, kColumns);
+  if (twoSided) sheet_.side2 = SideArray(kRows, kColumns);
+  sheet_.texts = {"?"};
 }
 
 std::optional<WrongLength> OpScanRecord::Take(std::uint8_t byte) {
@@ -44,7 +45,8 @@ std::optional<WrongLength> OpScanRecord::TakeInMarks(std::uint8_t byte) {
   if (byte == 'b') return TakeMarker(2);
   if (byte == 'c') {
     state_ = State::Text;
-    page_.texts.back().clear();
+    hasText_ = true;
+    sheet_.texts.back().clear();
   } else if (IsEnd(byte)) {
     state_ = State::Ended;
   } else {
@@ -56,7 +58,7 @@ std::optional<WrongLength> OpScanRecord::TakeInMarks(std::uint8_t byte) {
 // Kept: the line that a marker ends is reported under the marker's side, so that the first "b" reports the
 // last line of side 1 as one of side 2.
 std::optional<WrongLength> OpScanRecord::TakeMarker(std::int32_t side) {
-  std::int16_t& lines = side == 1 ? page_.side1Lines : page_.side2Lines;
+  std::int16_t& lines = lines_[side - 1];
   std::optional<WrongLength> wrong;
   if (lineBytes_ != kColumns) wrong = WrongLength{side, lineBytes_, lines};
   side_ = side;
@@ -67,12 +69,12 @@ std::optional<WrongLength> OpScanRecord::TakeMarker(std::int32_t side) {
 
 void OpScanRecord::TakeInText(std::uint8_t byte) {
   if (byte == 'd') {
-    page_.texts.back().erase(0, kTextPrefix);
-    page_.texts.emplace_back();
+    sheet_.texts.back().erase(0, kTextPrefix);
+    sheet_.texts.emplace_back();
   } else if (IsEnd(byte)) {
     state_ = State::Ended;
     // What follows the last "d" is no line.
-    if (page_.texts.size() > 1) page_.texts.pop_back();
+    if (sheet_.texts.size() > 1) sheet_.texts.pop_back();
   } else {
     Repeat(byte, 1);
   }
@@ -90,16 +92,32 @@ void OpScanRecord::TakeInRun(std::uint8_t byte) {
 
 void OpScanRecord::Repeat(std::uint8_t character, std::int32_t times) {
   if (state_ == State::Text) {
-    if (times > 0) page_.texts.back().append(static_cast<std::size_t>(times), static_cast<char>(character));
+    if (times > 0) sheet_.texts.back().append(static_cast<std::size_t>(times), static_cast<char>(character));
     return;
   }
   lineBytes_ += times;
+  markBytes_ += times;
   if (side_ == 2 && !twoSided_) return;
   for (std::int32_t i = 0; i < times; ++i) StoreMark(character);
 }
 
+std::size_t OpScanRecord::Lines() const {
+  return static_cast<std::size_t>(lines_[0]) + static_cast<std::size_t>(lines_[1]);
+}
+
+WrongLength OpScanRecord::WrongEnd(std::size_t behind) const {
+  return {side_, lineBytes_ + Narrow<std::int32_t>(behind), lines_[side_ - 1]};
+}
+
+Sheet OpScanRecord::Result() const {
+  Sheet sheet = sheet_;
+  sheet.side1TimingMarks = lines_[0];
+  if (twoSided_) sheet.side2TimingMarks = lines_[1];
+  return sheet;
+}
+
 void OpScanRecord::StoreMark(std::uint8_t character) {
-  SideArray& side = side_ == 1 ? page_.side1 : page_.side2;
+  SideArray& side = side_ == 1 ? sheet_.side1 : sheet_.side2;
   Cursor& at = at_[side_ - 1];
   // Characters between "9" and "A" stand for a position without a value.
   if (character <= '9') side.At(at.row, at.column) = static_cast<std::int16_t>(character - '0');

@@ -1,5 +1,5 @@
-// The record of one OpScan sheet, taken apart byte by byte as it comes off the line. It knows no port, no
-// engine and no message: how the bytes were cut up on their way makes no difference to the result.
+// The record of one OpScan sheet, taken apart byte by byte as it comes off the line. It knows no port and no
+// message: how the bytes were cut up on their way makes no difference to the result.
 //
 //   record  line... [ "c" text ] CR|LF    without CR or LF a record with text ends when the line falls silent
 //   line    "a" | "b", 48 mark positions  of side 1 or 2, one hexadecimal digit each
@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "base/SideArray.h"
+#include "engine/Sheet.h"
 
 namespace tesk::basNCS {
 
@@ -24,15 +24,6 @@ struct WrongLength {
   std::int32_t line;   // lines of `side` before the marker
 
   bool operator==(const WrongLength&) const = default;
-};
-
-// What the record of one sheet holds.
-struct Page {
-  SideArray side1;                      // 150 x 48, values from 0; the scanner sends 0 to 15
-  SideArray side2;                      // the same, or empty where side 2 is not read
-  std::vector<std::string> texts{"?"};  // kept: a page without a text section has the one line "?"
-  std::int16_t side1Lines = 0;          // "a" markers
-  std::int16_t side2Lines = 0;          // "b" markers, also where side 2 is not read
 };
 
 class OpScanRecord {
@@ -47,8 +38,18 @@ class OpScanRecord {
   // In the text section and not within a run: the only place where silence is an end.
   bool MayEndInSilence() const { return state_ == State::Text && run_ == Run::None; }
 
-  // The page as far as it has been taken.
-  Page& Result() { return page_; }
+  // Lines of both sides so far.
+  std::size_t Lines() const;
+  bool HasText() const { return hasText_; }
+  // At least one mark position or a text section.
+  bool HasValues() const { return hasText_ || markBytes_ > 0; }
+  // A record that should not have ended where it did: `behind` bytes came after its end.
+  WrongLength WrongEnd(std::size_t behind) const;
+
+  // The sheet as it was taken: sides of 150 x 48 values from 0, the scanner sends 0 to 15; the lines of each
+  // side as timing marks, those of side 2 only where that is read. Kept: a record without a text section has
+  // the one text "?".
+  Sheet Result() const;
 
  private:
   enum class State { Marks, Text, Ended };
@@ -72,8 +73,11 @@ class OpScanRecord {
   std::int32_t side_ = 1;
   std::int32_t lineBytes_;
   std::size_t taken_ = 0;
+  std::int64_t markBytes_ = 0;
+  bool hasText_ = false;
   Cursor at_[2];
-  Page page_;
+  std::int16_t lines_[2]{};  // "a" and "b" markers
+  Sheet sheet_;
 };
 
 }  // namespace tesk::basNCS

@@ -10,9 +10,11 @@
 
 #include "base/SideArray.h"
 #include "base/enumerations.h"
+#include "engine/Sheet.h"
 
 namespace tesk {
 
+class Clock;
 class clsTeskReader;
 class frmComm;
 class HostLoop;
@@ -27,8 +29,6 @@ class HostObject {
   // The system's handle of a window that can own a dialog; 0 where the object is none.
   virtual std::intptr_t WindowHandle() const { return 0; }
 };
-
-using BarcodeArray = std::vector<std::string>;  // one text per barcode, hosts index it from 1
 
 // The events in slot order. Arguments by reference may be changed; arrays are the engine's own, so what a
 // host changes in PreprocessSheet is what ReadSheet hands out.
@@ -57,6 +57,7 @@ class ReaderDispatch {
   virtual ~ReaderDispatch() = default;
   virtual bool ReaderInit(clsTeskReader& reader) = 0;
   virtual bool ReaderClose(clsTeskReader& reader) = 0;
+  // Stores the sheet in the engine when there is one.
   virtual bool ReaderRead(clsTeskReader& reader) = 0;
   // skip: printing is to be left out for this sheet. disposed: a driver whose print sends the sheet on sets
   // it.
@@ -102,11 +103,12 @@ class SettingsStore {
 // The names of all stored settings, in the order in which they are saved.
 std::vector<std::string> SettingNames();
 
-// Everything an engine is given. comm, loop and dispatch are never empty; where another is, the operations
+// Everything an engine is given. comm, loop, clock and dispatch are never empty; where another is, the operations
 // that need it report that this system does not offer them.
 struct EngineSeams {
   std::shared_ptr<frmComm> comm = nullptr;
   std::shared_ptr<HostLoop> loop = nullptr;
+  std::shared_ptr<const Clock> clock = nullptr;
   std::shared_ptr<ReaderDispatch> dispatch = nullptr;
   std::shared_ptr<PortSearch> portSearch = nullptr;
   std::shared_ptr<SetupDialog> setupDialog = nullptr;

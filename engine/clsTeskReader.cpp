@@ -90,6 +90,14 @@ bool clsTeskReader::RunRead() {
   return seams_.dispatch->ReaderRead(*this);
 }
 
+void clsTeskReader::StoreSheet(Sheet sheet) {
+  side1Array_ = std::move(sheet.side1);
+  side2Array_ = std::move(sheet.side2);
+  side1TimingMarks_ = sheet.side1TimingMarks.value_or(side1TimingMarks_);
+  side2TimingMarks_ = sheet.side2TimingMarks.value_or(side2TimingMarks_);
+  barcodeTexts_ = std::move(sheet.texts);
+}
+
 void clsTeskReader::RaisePrint() {
   if (!Deref(printer_).Active() || !Deref(printer_).Initialized()) return;
   bool cancel = false;

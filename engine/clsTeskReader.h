@@ -182,10 +182,10 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
 
   void SetSide1TimingMarks(std::int16_t v) { side1TimingMarks_ = v; }
   void SetSide2TimingMarks(std::int16_t v) { side2TimingMarks_ = v; }
-  void SetSide1Array(SideArray v) { side1Array_ = std::move(v); }
-  void SetSide2Array(SideArray v) { side2Array_ = std::move(v); }
   const BarcodeArray& BarcodeTexts() const { return barcodeTexts_; }
-  void SetBarcodeTexts(BarcodeArray v) { barcodeTexts_ = std::move(v); }
+  // Makes `sheet` the last sheet. The one place where results reach the engine; beside it drivers only count
+  // timing marks, which hosts may watch while a sheet is read.
+  void StoreSheet(Sheet sheet);
 
   // One value of the settings store. An empty text is stored, and handed back, as one blank.
   bool SaveValue(teskReaderRegistryKey root, const std::string& subKey, const std::string& name,
@@ -195,6 +195,15 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
                                        const std::string& name, const std::string& missing);
 
   HostLoop& Loop() const { return *seams_.loop; }
+  TimePoint Now() const { return seams_.clock->Now(); }
+  // What the calling driver keeps in this engine; a fresh record where it has none yet. Hold the reference
+  // that is returned: another driver's call, possible in every wait, drops the engine's own.
+  template <class State>
+  std::shared_ptr<State> Kept() {
+    auto kept = std::dynamic_pointer_cast<State>(kept_);
+    if (!kept) kept_ = kept = std::make_shared<State>();
+    return kept;
+  }
   // The library of the Sekonic USB readers, where it comes from and while it is loaded; both may be empty.
   const std::shared_ptr<OmrLibraryLoader>& OmrLoader() const { return seams_.omrLoader; }
   const std::shared_ptr<OmrLibrary>& Omr() const { return omr_; }
@@ -231,6 +240,7 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   std::shared_ptr<clsTeskReaderPrinter> printer_;
   std::shared_ptr<HostObject> answerKey_;
   std::shared_ptr<OmrLibrary> omr_;
+  std::shared_ptr<DriverState> kept_;
   std::vector<ReaderEvents*> sinks_;
   bool driverRunning_ = false;
   bool disposed_ = false;

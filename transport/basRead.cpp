@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
@@ -194,7 +195,9 @@ bool basRead::ReaderRead(clsTeskReader& reader) {
     reader.SetSide1TimingMarks(-1);
     reader.SetSide2TimingMarks(-1);
     const Driver* driver = DriverOf(reader.ReaderType());
-    return driver != nullptr && driver->readPage(reader);
+    auto sheet = driver != nullptr ? driver->readPage(reader) : std::nullopt;
+    if (sheet) reader.StoreSheet(std::move(*sheet));
+    return sheet.has_value();
   });
   if (!read) reader.SetCancelScan(true);
   return read;

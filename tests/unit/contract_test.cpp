@@ -117,8 +117,7 @@ class Session {
       (reader.*set)(From1({kRows}));
     }
     reader.SetDuplexForm(reader.Duplex());
-    reader.SetSide1Array(kUntouched);
-    reader.SetSide2Array(kUntouched);
+    reader.StoreSheet({.side1 = kUntouched, .side2 = kUntouched});
   }
 
   // The host gives up after half an hour, or at the turn that the case names. A driver that does not notice

@@ -22,7 +22,7 @@ class FakeDispatch : public ReaderDispatch {
     const bool result = sheets != 0;
     if (sheets > 0) --sheets;
     if (onRead) onRead(reader);
-    if (result) reader.SetSide1Array(SideArray(1, 1));
+    if (result) reader.StoreSheet({.side1 = SideArray(1, 1)});
     return Answer("Read", reader, result);
   }
   bool ReaderPrint(clsTeskReader&, bool skip, bool& disposed) override {
@@ -58,7 +58,7 @@ class EngineTest : public ::testing::Test {
     auto time = std::make_shared<VirtualTime>();
     auto serial = std::make_shared<SerialPort_>(time);
     reader = std::make_shared<clsTeskReader>(
-        EngineSeams{.comm = serial->Form(), .loop = time, .dispatch = dispatch});
+        EngineSeams{.comm = serial->Form(), .loop = time, .clock = time, .dispatch = dispatch});
     reader->AddEvents(events);
   }
   ~EngineTest() override {

@@ -39,7 +39,7 @@ struct Parsed {
     }
   }
 
-  Page& page() { return record.Result(); }
+  Sheet page() { return record.Result(); }
 
   OpScanRecord record;
   std::vector<WrongLength> warnings;
@@ -68,7 +68,7 @@ TEST(OpScanRecord, Column48OfACompletedRowIsBlankWhateverWasSent) {
   EXPECT_EQ(parsed.page().side1.At(1, 47), 15);
   EXPECT_EQ(parsed.page().side1.At(1, 48), 0);
   EXPECT_EQ(parsed.page().side1.At(2, 47), 14);
-  EXPECT_EQ(parsed.page().side1Lines, 2);
+  EXPECT_EQ(parsed.page().side1TimingMarks, 2);
   EXPECT_THAT(parsed.warnings, IsEmpty());
   EXPECT_TRUE(parsed.record.Ended());
 }
@@ -139,8 +139,8 @@ TEST(OpScanRecord, SidesHaveRowsOfTheirOwnAndSide2IsCountedWhereItIsNotRead) {
   for (const bool twoSided : {true, false}) {
     Parsed parsed(bytes, twoSided);
     EXPECT_EQ(parsed.page().side1.At(2, 1), 3);
-    EXPECT_EQ(parsed.page().side1Lines, 2);
-    EXPECT_EQ(parsed.page().side2Lines, 2);
+    EXPECT_EQ(parsed.page().side1TimingMarks, 2);
+    EXPECT_EQ(parsed.page().side2TimingMarks, twoSided ? std::optional<std::int16_t>(2) : std::nullopt);
     EXPECT_EQ(parsed.page().side2.Empty(), !twoSided);
     EXPECT_TRUE(!twoSided || parsed.page().side2.At(2, 1) == 4);
   }
@@ -211,7 +211,7 @@ const std::string kGood = "a" + RunOf(47, '2') + "F" + "a0123456789ABCDEF" + Run
                           "0dCD77d\r";
 
 TEST(OpScanRecord, EveryCutLeavesARecordThatHasNotEndedAndEveryRestCompletesIt) {
-  const Page whole = Parsed(kGood).page();
+  const Sheet whole = Parsed(kGood).page();
   EXPECT_EQ(whole.texts, (Texts{"55550", "77"}));
   for (std::size_t cut = 0; cut < kGood.size(); ++cut) {
     Parsed parsed(kGood.substr(0, cut));

@@ -358,7 +358,7 @@ TEST(VmrRead, MarkOutsideTheArrayIsALossOfDataWithTheCurrentPause) {
   };
   for (const auto& record : kRecords) {
     ScriptedBench b = WithRecord(record);
-    b.reader().SetSide1Array(SideArray(1, 1));
+    b.reader().StoreSheet({.side1 = SideArray(1, 1)});
     b.reader().SetSleepTime(12);
     EXPECT_FALSE(b.reader().ReadPage()) << record[0].reply.substr(0, 20);
     EXPECT_EQ(b.bench.host.messages, DataLoss("12"));
@@ -450,7 +450,7 @@ TEST(VmrRead, CancelEndsTheOtherWaitsQuietlyToo) {
       {{"Q", ""}}, {{"Q", "?"}}, {{"Q", Status(32)}}, {{"Q", Status(0)}, {"8", "\n@@"}}};
   for (const auto& script : kScripts) {
     ScriptedBench b(script);
-    b.reader().SetSide1Array(SideArray(1, 1));
+    b.reader().StoreSheet({.side1 = SideArray(1, 1)});
     const auto before = b.bench.time->Elapsed();
     b.bench.time->onMessages = [&](int) {
       if (b.bench.time->Elapsed() - before > 3s) b.reader().SetCancelScan(true);

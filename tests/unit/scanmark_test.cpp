@@ -264,7 +264,7 @@ struct DataCase {
 const std::string kRow(48, '1');
 
 const DataCase kData[] = {
-    {"EmptySheet", "\r", true, {}, {}, {}},
+    {"NoValueIsNoSheet", "\r", false, {}, {}, {}},
     {"ShortDataLeavesTheRestAndSkipsSide2", "5\r", true, {{1, 1, 5}}, {}, {}},
     {"FortyEightValuesMakeARow", std::string(48, '0') + "7\r", true, {{2, 1, 7}}, {}, {}},
     {"ValuesBelowTheScaleAreStoredAsTheyAre", "/\r", true, {{1, 1, -1}}, {}, {}},
@@ -287,7 +287,7 @@ TEST_P(PageData, IsStoredRowByRow) {
   bench.reader->SetSide2Rows(From1({1}));
   TwoSided(*bench.reader);
   ASSERT_TRUE(bench.reader->StartReader());
-  bench.reader->SetSide1Array(SideArray(1, 1));
+  bench.reader->StoreSheet({.side1 = SideArray(1, 1)});
   EXPECT_EQ(bench.reader->ReadPage(), c.read);
   EXPECT_EQ(bench.host.Sources(), c.sources);
   if (!c.read) {

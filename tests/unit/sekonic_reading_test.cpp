@@ -114,8 +114,7 @@ TEST_P(SekonicSpoilt, RecordIsReportedOnceAndChangesNothing) {
   b.AddBarcode();
   SideArray before(1, 1);
   before.At(1, 1) = 77;
-  b.reader.SetSide1Array(before);
-  b.reader.SetSide2Array(before);
+  b.reader.StoreSheet({.side1 = before, .side2 = before});
   EXPECT_TRUE(b.reader.StartReader());
   EXPECT_FALSE(b.reader.ReadPage());
   EXPECT_THAT(b.bench.host.Sources(), ElementsAre(std::string("basScanningSystems.") + c.source));

@@ -51,8 +51,7 @@ class UsbBench {
                                       .omrLoader = std::make_shared<cli::SimulatedOmr>(scanner)});
     reader->LoadDefaults(type);
     reader->AddEvents(events);
-    reader->SetSide1Array(kUntouched);
-    reader->SetSide2Array(kUntouched);
+    reader->StoreSheet({.side1 = kUntouched, .side2 = kUntouched});
   }
   ~UsbBench() { reader->RemoveEvents(events); }
 

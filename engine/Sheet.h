@@ -1,0 +1,31 @@
+// What one read yields: a driver fills a sheet and gives it back whole, or gives none.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/SideArray.h"
+
+namespace tesk {
+
+using BarcodeArray = std::vector<std::string>;  // one text per barcode, hosts index it from 1
+
+struct Sheet {
+  SideArray side1 = {};
+  SideArray side2 = {};  // empty or all 0 where side 2 was not read
+  // Empty: the count stays what the driver has told the engine while it read, -1 where it told none.
+  std::optional<std::int16_t> side1TimingMarks = {};
+  std::optional<std::int16_t> side2TimingMarks = {};
+  BarcodeArray texts = BarcodeArray(1);  // a sheet without barcodes has one empty text
+};
+
+// What a driver keeps between calls. It belongs to the engine that called the driver, one record at a time,
+// and goes with that engine.
+class DriverState {
+ public:
+  virtual ~DriverState() = default;
+};
+
+}  // namespace tesk

@@ -100,8 +100,10 @@ std::vector<simulator::Sheet> StockOf(teskReaderType type, const StockOptions& o
 
 std::unique_ptr<simulator::SheetScanner> CreateSimulatedScanner(teskReaderType type,
                                                                 std::vector<simulator::Sheet> stock,
-                                                                std::vector<simulator::Fault> faults) {
+                                                                std::vector<simulator::Fault> faults,
+                                                                std::uint64_t seed) {
   simulator::Options options;
+  options.seed = seed;
   options.count = 0;  // an empty stock stays empty
   options.sheets = std::move(stock);
   options.faults = std::move(faults);

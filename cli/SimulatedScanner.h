@@ -33,10 +33,11 @@ bool ReadsBothSides(teskReaderType type);
 // Throws CommandFailure for a sheet file that is not what it should be.
 std::vector<simulator::Sheet> StockOf(teskReaderType type, const StockOptions& options);
 
-// Throws CommandFailure in plain words for a model that cannot be simulated.
+// Throws CommandFailure in plain words for a model that cannot be simulated. seed: of faults that send garbage.
 std::unique_ptr<simulator::SheetScanner> CreateSimulatedScanner(teskReaderType type,
                                                                 std::vector<simulator::Sheet> stock,
-                                                                std::vector<simulator::Fault> faults = {});
+                                                                std::vector<simulator::Fault> faults = {},
+                                                                std::uint64_t seed = 1);
 
 // Serves hosts, one after the other, until `stop` says so, which is asked at least once a second.
 void Serve(platform::PseudoTerminal& terminal, simulator::Scanner& scanner, const Clock& clock,

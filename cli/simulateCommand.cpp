@@ -115,7 +115,7 @@ int RunSimulate(const SimulateOptions& options, Program& program) {
     throw CommandFailure(fmt::format("The {} has no simulated scanner in this version", ReaderName(reader)));
   }
   const auto scanner =
-      CreateSimulatedScanner(reader, StockOf(reader, stock), ParseFaults(reader, options.faults));
+      CreateSimulatedScanner(reader, StockOf(reader, stock), ParseFaults(reader, options.faults), stock.seed);
   ServeUntilInterrupted(options, reader, *scanner, *platform::CreateClock(), program);
   return TellComplaints(*scanner, "the host sent what this scanner does not understand", *program.console);
 }
@@ -158,8 +158,9 @@ void AddStockOptions(CLI::App& command, SimulateOptions& options) {
   command.add_option("--count", options.count, Explain("how many sheets are generated (20)", "--count 200"))
       ->type_name("N");
   command
-      .add_option("--seed", options.seed,
-                  Explain("the same seed gives the same sheets everywhere (1)", "--seed 42"))
+      .add_option(
+          "--seed", options.seed,
+          Explain("the same seed gives the same sheets and the same garbage everywhere (1)", "--seed 42"))
       ->type_name("S");
   command
       .add_option("--side1", options.side1,

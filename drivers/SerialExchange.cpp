@@ -13,11 +13,7 @@ namespace tesk {
 namespace {
 
 constexpr std::size_t kLongestTail = 4096;  // bytes; more than any scanner sends behind an answer
-constexpr std::size_t kMostKinds = 64;      // of answers whose tails are remembered
-
-// How long the line must have been quiet before an exchange that is out of step goes on: longer than any
-// scanner pauses within an answer.
-constexpr Milliseconds kBackInStep{300};
+constexpr std::size_t kMostAnswers = 64;    // to one command, whose tails are remembered
 
 // Bytes gather for so long before the next look at a line that trickles. A system's sleep may last a tick
 // longer, which the last bytes must not have to wait for.
@@ -64,7 +60,7 @@ SerialExchange::SerialExchange(clsTeskReader& reader, std::shared_ptr<SerialSess
 void SerialExchange::Ask(std::string_view bytes) {
   Surplus();
   if (session_->outOfStep) {
-    UntilQuiet(kBackInStep);
+    UntilQuiet(kUnusualPause);
     session_->outOfStep = false;
   }
   port_->Output(bytes);
@@ -130,18 +126,19 @@ Wait SerialExchange::End(Wait wait) {
 
 // ---- Waiting for quiet
 
-std::string SerialExchange::Tail(const std::string& kind, Milliseconds quiet) {
-  const auto known = session_->tails.find(kind);
+std::string SerialExchange::Tail(const std::string& command, const std::string& answer, Milliseconds first) {
+  auto& known = session_->tails[command];
   std::string tail;
-  if (known != session_->tails.end()) {
-    Bytes expected(known->second.size());
-    const Wait wait = Take(expected, kDespiteCancel);
-    if (wait == Wait::Arrived && expected.Text() == known->second) return expected.Text();
+  if (const auto before = known.find(answer); before != known.end()) {
+    Bytes expected(before->second.size());
+    if (Take(expected, kDespiteCancel) == Wait::Arrived && expected.Text() == before->second) {
+      return expected.Text();
+    }
     tail = expected.Text();
   }
-  tail += UntilQuiet(quiet);
-  if (session_->tails.size() >= kMostKinds) session_->Forget();
-  session_->tails[kind] = tail;
+  tail += UntilQuiet(known.empty() ? first : Milliseconds(0));
+  if (known.size() >= kMostAnswers) known.clear();
+  known[answer] = tail;
   return tail;
 }
 

@@ -32,12 +32,15 @@ inline constexpr Limits kEachPiece{Limits::Time::Piece};
 inline constexpr Limits kForPerson{Limits::Time::Endless};
 inline constexpr Limits kDespiteCancel{Limits::Time::Answer, Milliseconds(1500)};
 
+// Longer than any scanner or adaptor pauses within an answer.
+inline constexpr Milliseconds kUnusualPause{600};
+
 // What the exchanges of one engine with its scanner have learnt. Drivers keep it with what is their own.
 struct SerialSession : DriverState {
   // The last answer did not come, or more came than was asked for: what comes next may be anybody's.
   bool outOfStep = false;
-  // What stood behind a complete answer of a kind; a line end as a rule.
-  std::map<std::string, std::string> tails;
+  // What stood behind the complete answers to each command; a line end as a rule.
+  std::map<std::string, std::map<std::string, std::string>> tails;
 
   // At a start: another scanner may be on the line.
   void Forget() { tails.clear(); }
@@ -62,9 +65,10 @@ class SerialExchange {
   // Waits until a first byte is there, and takes none.
   Wait Await(const Limits& limits = {});
 
-  // What follows a complete answer of this kind. The first time after a start the silence behind it tells,
-  // `quiet` long and at least a moment; from then on it is awaited as it was, and nothing more.
-  std::string Tail(const std::string& kind, Milliseconds quiet = Milliseconds(0));
+  // What follows a complete answer to a command. The first time after a start the silence behind it tells,
+  // `first` long; for an answer that never came before, a moment of it. From then on it is awaited as it was,
+  // and nothing more.
+  std::string Tail(const std::string& command, const std::string& answer, Milliseconds first = kUnusualPause);
   // Whether a byte waits or comes before the line has been silent for `quiet`, a moment at least; after a
   // cancel only that moment.
   bool Follows(Milliseconds quiet = Milliseconds(0));

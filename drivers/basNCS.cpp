@@ -181,9 +181,8 @@ class MarksOfRecord : public Shape {
 // How long silence in the text section must last to be the end: the pause that hosts set, and far longer where
 // this scanner is not known to end its records so.
 Milliseconds TextSilence(const clsTeskReader& reader, const Kept& kept) {
-  constexpr Milliseconds kUnusual{600};
   const Milliseconds pause(std::max(reader.SleepTime(), 0));
-  return kept.textEnd == TextEnd::Silence ? pause : std::max(pause, kUnusual);
+  return kept.textEnd == TextEnd::Silence ? pause : std::max(pause, kUnusualPause);
 }
 
 // Takes the record until it ends; False when a wait failed.
@@ -205,10 +204,10 @@ bool TakeRecord(const clsTeskReader& reader, SerialExchange& line, Kept& kept, O
   return true;
 }
 
-// A record that did not end alone was cut by a damaged byte, or belongs to another sheet.
-bool EndedAlone(SerialExchange& line, const OpScanRecord& record) {
-  const std::string behind = record.Ended() ? line.Tail("record") : std::string();
-  if (IsLineEnd(behind) && !line.Surplus()) return true;
+// A record that did not come alone was cut by a damaged byte, or bytes of another answer are in it.
+bool CameAlone(SerialExchange& line, const OpScanRecord& record) {
+  const std::string behind = record.Ended() ? line.Tail("record", "") : std::string();
+  if (!record.Broken() && IsLineEnd(behind) && !line.Surplus()) return true;
   line.Session().outOfStep = true;
   return Show(record.WrongEnd(behind.size())), false;
 }
@@ -260,7 +259,7 @@ bool GetScanModeNCS(clsTeskReader& reader, std::int16_t& mode) {
     line.Ask(kScanMode);
     Bytes report(kReportLength);
     if (!Answered(line, report, kStatusSilence)) return false;
-    line.Tail("s0");
+    line.Tail("s0", "");
     reader.Kept<Kept>()->reportLetter = UpperLetter(report.Text().at(kReportLetterAt));
     const std::size_t position = kModeLetters.find(LowerLetter(report.Text().at(kModeLetterAt)));
     if (position != std::string_view::npos) mode = Narrow<std::int16_t>(position + 1);
@@ -296,7 +295,7 @@ std::optional<Sheet> ReadPageNCS(clsTeskReader& reader) {
     line.Ask(kReadSheet);
     if (!SheetCame(reader, line) || !TakeRecord(reader, line, *kept, record)) return std::nullopt;
     if (reader.ReaderGrade()) line.Rest(10);
-    if (!EndedAlone(line, record)) return std::nullopt;
+    if (!CameAlone(line, record)) return std::nullopt;
     kept->lines = record.Lines();
 
     Sheet sheet = record.Result();
@@ -317,7 +316,7 @@ bool CheckStatusNCS(clsTeskReader& reader) {
     if (!Answered(line, answer, kStatusSilence, kDespiteCancel)) return false;
     // A fifth byte is of no use. More than that was not said about the status: what is left of a record comes
     // in front of it, and makes it an answer that was never seen alone.
-    const std::string behind = line.Tail("s1" + answer.Text());
+    const std::string behind = line.Tail("s1", answer.Text());
     if (!IsLineEnd(std::string_view(behind).substr(std::min<std::size_t>(behind.size(), 1)))) {
       line.Session().outOfStep = true;
       return Show(WrongLength{1, static_cast<std::int32_t>(behind.size()), 0}), false;

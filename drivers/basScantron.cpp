@@ -43,8 +43,6 @@ constexpr std::int32_t kValuesPerRow = 48;    // of every model, whatever the fo
 constexpr std::size_t kLongestImprint = 125;  // characters
 constexpr std::int64_t kMostPlaces = 100000;  // of a window; more than any sheet has
 
-// How long a raw value that looks like the end of the data may stand alone before it is taken for one.
-constexpr Milliseconds kRawPatience{1000};
 // How long the transport may take to a second acknowledgement behind a reject.
 constexpr Milliseconds kTransportPatience{1500};
 
@@ -133,7 +131,7 @@ std::optional<bool> Acknowledged(SerialExchange& line, const std::string& comman
   line.Ask(command);
   Bytes first(1);
   if (!Answered(line, first, silence)) return std::nullopt;
-  line.Tail(command + first.Text());
+  line.Tail(command, first.Text(), Milliseconds(0));
   return first.Text()[0] == kCarriageReturn;
 }
 
@@ -300,7 +298,7 @@ Status AskStatus(SerialExchange& line, Asked asked) {
   if (!Answered(line, record, &kStatusSilence, asked == Asked::AfterSheet ? kDespiteCancel : Limits())) {
     return {};
   }
-  return {record.Text(), IsLineEnd(line.Tail(record.Text()))};
+  return {record.Text(), IsLineEnd(line.Tail("QSTS", record.Text()))};
 }
 
 std::int32_t DecodeStatus(const std::string& record) {
@@ -365,17 +363,8 @@ class Values : public Shape {
   }
 
   bool Full() const { return count_ == places_.size(); }
-  // The carriage return came before every place had its value.
-  bool EndedEarly() const { return ended_ && !Full(); }
-  // It was none: a raw value is the same byte.
-  void GoOn() {
-    ended_ = false;
-    valuesLikeEnds_ = true;
-    Store(kCarriageReturn);
-  }
-  // More values than places are no sheet of this form; and where values look like ends, only their number can
-  // tell the end.
-  bool Plausible() const { return !surplus_ && (Full() || !valuesLikeEnds_); }
+  // There were more values than places.
+  bool Surplus() const { return surplus_; }
   bool Empty() const { return count_ == 0; }
 
   Sheet TakeSheet() { return std::move(sheet_); }
@@ -407,7 +396,6 @@ class Values : public Shape {
   std::size_t count_ = 0;
   bool ended_ = false;
   bool surplus_ = false;
-  bool valuesLikeEnds_ = false;
   Sheet sheet_;
 };
 
@@ -475,17 +463,13 @@ bool SheetReady(clsTeskReader& reader) {
   return status > 0;
 }
 
-// Takes the values and their end. False after a cancel, and after a message.
-bool TakeValues(SerialExchange& line, Values& values, const Dialect& dialect) {
-  Wait wait = line.Take(values);
-  while (wait == Wait::Arrived && dialect.dataOffset == 0 && values.EndedEarly() &&
-         line.Follows(kRawPatience)) {
-    values.GoOn();
-    wait = line.Take(values);
-  }
+// Takes the values and their end. False after a cancel, and after a message. What follows an end that came too
+// early, a damaged value, stands in front of the scanner's next answer or waits already.
+bool TakeValues(SerialExchange& line, Values& values) {
+  const Wait wait = line.Take(values);
   if (wait == Wait::Cancelled) return false;
-  // Values that nothing ends are whole when every place has one; their end may be missing.
-  if (values.Plausible() && (wait == Wait::Arrived || values.Full()) && !line.Surplus()) return true;
+  // Where every place has its value, only the end can be missing.
+  if (!values.Surplus() && (wait == Wait::Arrived || values.Full()) && !line.Surplus()) return true;
   line.Session().outOfStep = true;
   return Show(kDataSilence), false;
 }
@@ -500,7 +484,7 @@ std::optional<Sheet> ReadSheet(clsTeskReader& reader, const Message& silence, st
   const Wait began = line.Await();
   if (began == Wait::TimedOut) Show(silence);
   if (began != Wait::Arrived) return std::nullopt;
-  if (!TakeValues(line, values, DialectOf(reader.ReaderType()))) return std::nullopt;
+  if (!TakeValues(line, values)) return std::nullopt;
   if (CheckStatus(reader, Asked::AfterSheet) == -1) return std::nullopt;
   // Without a single value it is no sheet, whatever the scanner says.
   if (values.Empty()) return Show(kDataSilence), std::nullopt;
@@ -593,7 +577,7 @@ bool RejectPageST(clsTeskReader& reader, bool reject) {
     reject ? line.Tell(command) : line.Ask(command);
     Bytes first(1);
     if (!Answered(line, first, &kEjectSilence)) return false;
-    line.Tail((reject ? "EJCT C" : "EJCT A") + first.Text(), reject ? kTransportPatience : Milliseconds(0));
+    line.Tail(reject ? "EJCT C" : "EJCT A", first.Text(), reject ? kTransportPatience : kUnusualPause);
     // Gives the sheet time to leave before the next read.
     if (reject) line.Rest(15);
     return true;

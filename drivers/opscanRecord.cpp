@@ -81,7 +81,12 @@ void OpScanRecord::TakeInText(std::uint8_t byte) {
 }
 
 void OpScanRecord::TakeInRun(std::uint8_t byte) {
-  if (run_ == Run::Count) {
+  const bool counting = run_ == Run::Count;
+  if (counting ? byte < kRunBase : byte < ' ') {
+    // No scanner sends a run of less than nothing, or one of ends.
+    broken_ = true;
+    state_ = State::Ended;
+  } else if (counting) {
     runLength_ = byte - kRunBase;
     run_ = Run::Character;
   } else {
@@ -95,6 +100,8 @@ void OpScanRecord::Repeat(std::uint8_t character, std::int32_t times) {
     if (times > 0) sheet_.texts.back().append(static_cast<std::size_t>(times), static_cast<char>(character));
     return;
   }
+  // Mark positions before any line began belong to another answer, and move all that follow.
+  if (Lines() == 0) broken_ = true;
   lineBytes_ += times;
   markBytes_ += times;
   if (side_ == 2 && !twoSided_) return;

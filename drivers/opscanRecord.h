@@ -43,6 +43,8 @@ class OpScanRecord {
   bool HasText() const { return hasText_; }
   // At least one mark position or a text section.
   bool HasValues() const { return hasText_ || markBytes_ > 0; }
+  // Something in it cannot have been sent as a part of it.
+  bool Broken() const { return broken_; }
   // A record that should not have ended where it did: `behind` bytes came after its end.
   WrongLength WrongEnd(std::size_t behind) const;
 
@@ -75,6 +77,7 @@ class OpScanRecord {
   std::size_t taken_ = 0;
   std::int64_t markBytes_ = 0;
   bool hasText_ = false;
+  bool broken_ = false;
   Cursor at_[2];
   std::int16_t lines_[2]{};  // "a" and "b" markers
   Sheet sheet_;

@@ -130,6 +130,15 @@ std::string TextSection(const Sheet& sheet) {
   return section;
 }
 
+// The first half of a record, ended as a record ends. A run that the cut would fall into goes whole: its
+// character would otherwise be the end.
+std::string FirstHalf(const std::string& record) {
+  std::size_t length = record.size() / 2;
+  while (length > 0 && record.substr(length < 2 ? 0 : length - 2, 2).find(kNak) != std::string::npos)
+    --length;
+  return record.substr(0, length) + kCarriageReturn;
+}
+
 }  // namespace
 
 constinit const Family kOpScanFamily{&Has, kOpScanFaults, &MediaOf, &Create};
@@ -156,7 +165,7 @@ OpScan::OpScan(const OpScanModel& model, Options options)
     : AwaitingScanner(std::move(options), model.feeder), model_(model) {}
 
 void OpScan::PowerOn(char mode, char reportLetter) {
-  mode_ = mode;
+  mode_ = askedMode_ = mode;
   reportLetter_ = reportLetter;
   pendingMode_.reset();
   started_ = false;
@@ -200,17 +209,18 @@ std::string OpScan::OnRead(std::string_view, Time now) {
 std::string OpScan::OnSetMode(std::string_view command, Time) {
   const char mode = command[1];
   if (command[2] != kEot || kModes.find(mode) == std::string_view::npos) return "ill-formed scan mode";
-  if (mode != kPassageMode && pendingMode_.value_or(mode_) != kPassageMode) {
+  if (mode != kPassageMode && std::exchange(askedMode_, mode) != kPassageMode) {
     return "change of scan mode that does not pass through \"w\"";
   }
+  askedMode_ = mode;
   started_ = false;
   if (TakeFault(FaultKind::StuckMode, ++modeCommands_)) modeStuck_ = true;
-  if (modeStuck_) return {};
+  const char taken = modeStuck_ ? mode_ : mode;
   const bool waits = reportLetter_ == 'A' || reportLetter_ == 'I';
   if (waits) {
-    pendingMode_ = mode;
+    pendingMode_ = taken;
   } else {
-    mode_ = mode;
+    mode_ = taken;
   }
   return {};
 }
@@ -306,7 +316,7 @@ std::string OpScan::RecordOf(const Sheet& sheet) {
   const bool wrongCount = TakeFault(FaultKind::WrongCount, NextSheet()).has_value();
   std::string record = Lines('a', sheet.side1, rows, wrongCount ? std::max(rows / 2, 1) : 0) +
                        Lines('b', sheet.side2, std::min(sheet.side2.Rows(), kMostRows), 0);
-  if (ordered(FaultKind::JamReading)) return record.substr(0, record.size() / 2) + kCarriageReturn;
+  if (ordered(FaultKind::JamReading)) return FirstHalf(record);
   const std::string text = TextSection(sheet);
   record += text;
   if (!TakeFault(FaultKind::QuietEnd, NextSheet()) || text.empty()) record += kCarriageReturn;
@@ -318,8 +328,7 @@ std::string OpScan::SpoilRecord(std::string record) {
     Random random(Settings().seed + static_cast<std::uint64_t>(NextSheet()));
     for (char& byte : record) byte = static_cast<char>(random.Between(0, 127));
   }
-  if (TakeFault(FaultKind::Short, NextSheet()))
-    record = record.substr(0, record.size() / 2) + kCarriageReturn;
+  if (TakeFault(FaultKind::Short, NextSheet())) record = FirstHalf(record);
   if (const auto cut = TakeFault(FaultKind::Cut, NextSheet())) {
     record.resize(std::min(cut->byte, record.size() - 1));
   }

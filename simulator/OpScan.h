@@ -65,6 +65,7 @@ class OpScan final : public AwaitingScanner {
   std::string command_;
   char mode_ = 'e';
   char reportLetter_ = 'A';
+  char askedMode_ = 'e';             // by the host's last command, whether or not it came into effect
   std::optional<char> pendingMode_;  // waits for DC1
   bool modeStuck_ = false;
   bool started_ = false;

@@ -283,11 +283,10 @@ std::string ScanMark::OnRead(std::string_view fields, Time now) {
   return {};
 }
 
-// A byte of 13 would end the data, so the raw models never send one: 13 goes out as 12.
+// A sheet file may hold a raw value of 13, which looks like the end of the data.
 char ScanMark::WireValue(std::int16_t value) const {
   const std::int16_t inScale = std::clamp<std::int16_t>(value, 0, Darkest(model_));
-  if (!model_.raw) return static_cast<char>('0' + inScale);
-  return inScale == kCarriageReturn ? static_cast<char>(kCarriageReturn - 1) : static_cast<char>(inScale);
+  return static_cast<char>(model_.raw ? inScale : '0' + inScale);
 }
 
 std::string ScanMark::SheetData(const Sheet& sheet) {

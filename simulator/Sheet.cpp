@@ -21,6 +21,8 @@ struct Shade {
 constexpr Shade kMark{60, 100};
 constexpr Shade kErasure{22, 34};
 constexpr Shade kSmudge{7, 15};
+// Darker scales are sent raw, where a darkness of 13 would end the data: scanners avoid it.
+constexpr std::int16_t kDarkestDigit = 15;
 
 // How an item is filled, in cases of a thousand; the rest carry one clean mark.
 constexpr std::int32_t kBlankItems = 40;
@@ -68,7 +70,9 @@ class Pencil {
 
   void Draw(std::int32_t row, std::int32_t column, const Shade& shade) {
     const std::int32_t percent = random_.Between(shade.lightest, shade.darkest);
-    side_.At(row, column) = static_cast<std::int16_t>(std::max(1, darkest_ * percent / 100));
+    const std::int32_t darkness = std::max(1, darkest_ * percent / 100);
+    const bool looksLikeAnEnd = darkest_ > kDarkestDigit && darkness == '\r';
+    side_.At(row, column) = static_cast<std::int16_t>(looksLikeAnEnd ? darkness - 1 : darkness);
   }
 
   Random& random_;

@@ -35,7 +35,7 @@ class BenchLine : public SerialLine {
     if (serial_.behaviour.goneAfter && delivered_ >= *serial_.behaviour.goneAfter) {
       throw RunTimeError(kErrorLineRead, "The device is gone");
     }
-    waiting_ += serial_.scanner_->Send(serial_.time_->Now());
+    for (const char byte : serial_.scanner_->Send(serial_.time_->Now())) Receive(byte);
     std::size_t length = std::min(waiting_.size(), serial_.behaviour.chunk);
     if (const auto limit = serial_.behaviour.goneAfter) length = std::min(length, *limit - delivered_);
     if (const auto limit = serial_.behaviour.silentAfter) {
@@ -54,11 +54,20 @@ class BenchLine : public SerialLine {
   }
 
  private:
+  void Receive(char byte) {
+    const PortBehaviour& behaviour = serial_.behaviour;
+    const std::size_t at = received_++;
+    const bool alien = behaviour.alien && behaviour.alien->at == at;
+    if (alien && !behaviour.alien->behind) waiting_ += behaviour.alien->byte;
+    waiting_ += behaviour.damage && behaviour.damage->first == at ? behaviour.damage->second : byte;
+    if (alien && behaviour.alien->behind) waiting_ += behaviour.alien->byte;
+  }
+
   // As much of `length` as may pass before the pause after byte `limit` is over.
   std::size_t BeforeThePause(std::size_t length, std::size_t limit) {
     if (delivered_ + length <= limit || pausedUntil_ == TimePoint::max()) return length;
     const TimePoint now = serial_.time_->Now();
-    if (delivered_ == limit && !pausedUntil_) pausedUntil_ = now + 5ms;
+    if (delivered_ == limit && !pausedUntil_) pausedUntil_ = now + serial_.behaviour.pause;
     if (pausedUntil_ && now >= *pausedUntil_) {
       pausedUntil_ = TimePoint::max();
       return length;
@@ -68,6 +77,7 @@ class BenchLine : public SerialLine {
 
   BenchSerial& serial_;
   std::string waiting_;
+  std::size_t received_ = 0;
   std::size_t delivered_ = 0;
   std::optional<TimePoint> pausedUntil_;
 };

@@ -43,11 +43,21 @@ class VirtualTime : public Clock, public HostLoop {
 // What a port does to the bytes that pass through it.
 struct PortBehaviour {
   // The line reports its device gone once it has delivered this many bytes.
-  std::optional<std::size_t> goneAfter;
+  std::optional<std::size_t> goneAfter = {};
   // The scanner's bytes beyond this many never arrive.
-  std::optional<std::size_t> silentAfter;
-  // The bytes beyond this many arrive a moment later: a few milliseconds, less than any quiet period.
-  std::optional<std::size_t> pauseAfter;
+  std::optional<std::size_t> silentAfter = {};
+  // The bytes beyond this many arrive later, by `pause`.
+  std::optional<std::size_t> pauseAfter = {};
+  Milliseconds pause{5};
+  // A byte that nobody sent, in front of the scanner's byte of that number or behind it; from 0.
+  struct Alien {
+    std::size_t at;
+    bool behind;
+    char byte;
+  };
+  std::optional<Alien> alien = {};
+  // The scanner's byte of that number arrives as another one.
+  std::optional<std::pair<std::size_t, char>> damage = {};
   // At most this many bytes arrive at a time.
   std::size_t chunk = 64 * 1024;
 };

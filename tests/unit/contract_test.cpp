@@ -146,6 +146,148 @@ class Session {
   teskReaderType type_;
 };
 
+// ---- Whole batches on a line that lies
+
+struct Read {
+  SideArray side1;
+  SideArray side2;
+  std::int16_t marks1;
+  std::int16_t marks2;
+  BarcodeArray texts;
+  bool operator==(const Read&) const = default;
+};
+
+std::size_t Told(const Bench& bench) { return bench.host.messages.size() + bench.host.errors.size(); }
+
+// What a host has of a batch of three sheets that it repeats once after a failure, as operators do.
+struct Batch {
+  std::vector<Read> sheets;
+  bool failed = false;
+  bool toldOfEveryFailure = true;
+  bool hung = false;
+  std::size_t delivered = 0;
+  std::vector<std::size_t> answers;  // where in the scanner's bytes each answer begins
+};
+
+Batch RunBatch(teskReaderType type, const PortBehaviour& behaviour, simulator::Timings timings = {}) {
+  ++casesRun;
+  constexpr std::int16_t kRowsOfSide2 = 3;
+  std::vector<simulator::Sheet> stock =
+      simulator::GenerateSheets(3, 5, {kRows, 48, true}, type == teskReaderTypePDIVMR138 ? 1 : 9);
+  const std::shared_ptr<simulator::Scanner> scanner =
+      simulator::CreateScanner(type, {.sheets = std::move(stock), .timings = timings});
+  Bench bench(type, scanner);
+  clsTeskReader& reader = *bench.reader;
+  bench.serial->behaviour = behaviour;
+  reader.SetSide1Rows(From1({kRows}));
+  reader.SetSide2Rows(From1({kRowsOfSide2}));
+  reader.SetDuplexForm(reader.Duplex());
+  Batch batch;
+  bench.time->onMessages = [&](int) {
+    if (bench.time->Elapsed() > 10min) reader.SetCancelScan(true);
+    if (bench.time->Elapsed() > 60min) throw std::runtime_error("hangs");
+  };
+  const auto error = Attempt([&] {
+    bool running = reader.StartReader();
+    for (int left = 3; left > 0 && bench.time->Elapsed() < 9min; --left) {
+      const std::size_t told = Told(bench);
+      if (running && reader.ReadPage()) {
+        // OpScan readers warn of lines of a wrong length and go on: the operator has been told.
+        if (Told(bench) == told) {
+          batch.sheets.push_back({reader.Side1Array(), reader.Side2Array(), reader.Side1TimingMarks(),
+                                  reader.Side2TimingMarks(), reader.BarcodeTexts()});
+        }
+        reader.EjectPage();
+        continue;
+      }
+      batch.failed = true;
+      if (running && Told(bench) == told) batch.toldOfEveryFailure = false;
+      reader.EndReader();
+      running = reader.StartReader();
+    }
+    reader.EndReader();
+  });
+  batch.hung = error.has_value();
+  for (const auto& traffic : scanner->Transcript()) {
+    if (traffic.direction == simulator::Direction::FromHost) continue;
+    batch.answers.push_back(batch.delivered);
+    batch.delivered += traffic.bytes.size();
+  }
+  return batch;
+}
+
+// Every sheet that was handed over is one of the stack, in its order, each once.
+bool InOrder(const std::vector<Read>& sheets, const std::vector<Read>& good) {
+  auto next = good.begin();
+  for (const Read& sheet : sheets) {
+    next = std::find(next, good.end(), sheet);
+    if (next == good.end()) return false;
+    ++next;
+  }
+  return true;
+}
+
+class LyingLine : public ::testing::TestWithParam<teskReaderType> {
+ protected:
+  void SetUp() override {
+    good = RunBatch(GetParam(), {});
+    ASSERT_EQ(good.sheets.size(), 3U);
+    ASSERT_FALSE(good.failed);
+  }
+
+  // The marks are right, or the sheet is refused and somebody is told.
+  void Check(const Batch& batch, const std::string& what) const {
+    EXPECT_FALSE(batch.hung) << what << ": hangs";
+    EXPECT_TRUE(InOrder(batch.sheets, good.sheets)) << what << ": a sheet that is not of this stack";
+    EXPECT_TRUE(batch.toldOfEveryFailure) << what << ": refused without a word";
+  }
+
+  // Whether this byte of the scanner's belongs to a sheet's data, by the length of its answer.
+  bool InData(std::size_t at) const {
+    constexpr std::size_t kLongestStatus = 60;
+    const auto end = std::upper_bound(good.answers.begin(), good.answers.end(), at);
+    return (end == good.answers.end() ? good.delivered : *end) - *(end - 1) > kLongestStatus;
+  }
+
+  // The sanitizers see the same code in fewer places.
+  std::size_t Step() const { return std::getenv("TESKREAD_QUICK") != nullptr ? 7 : 1; }
+
+  Batch good;
+};
+
+TEST_P(LyingLine, EveryAnswerInTwoPiecesReadsTheSame) {
+  for (std::size_t cut = 1; cut < good.delivered; cut += Step()) {
+    const Batch batch = RunBatch(GetParam(), {.pauseAfter = cut, .pause = 500ms});
+    const std::string what = "pause after byte " + std::to_string(cut);
+    Check(batch, what);
+    EXPECT_EQ(batch.sheets, good.sheets) << what;
+    if (HasFailure()) return;
+  }
+}
+
+TEST_P(LyingLine, LateAnswersAreNeverTakenForOthers) {
+  for (const std::size_t answer : good.answers) {
+    for (const auto late : {900ms, 9900ms, 10100ms, 11000ms, 25000ms}) {
+      Check(RunBatch(GetParam(), {.pauseAfter = answer, .pause = late}),
+            "answer at byte " + std::to_string(answer) + " late by " + std::to_string(late.count()));
+      if (HasFailure()) return;
+    }
+  }
+}
+
+TEST_P(LyingLine, BytesThatNobodySentAreNoMarks) {
+  for (std::size_t i = 0; i < good.answers.size(); ++i) {
+    const std::size_t end = i + 1 < good.answers.size() ? good.answers[i + 1] : good.delivered;
+    for (const char byte : {'X', '0', '7', ' ', '\r', '\n', '\x15', '\0', '\xFF'}) {
+      const std::string what = " answer at byte " + std::to_string(good.answers[i]) + ", byte " +
+                               std::to_string(static_cast<unsigned char>(byte));
+      Check(RunBatch(GetParam(), {.alien = {{good.answers[i], false, byte}}}), "before" + what);
+      Check(RunBatch(GetParam(), {.alien = {{end - 1, true, byte}}}), "behind" + what);
+      if (HasFailure()) return;
+    }
+  }
+}
+
 class Contract : public ::testing::TestWithParam<teskReaderType> {
  protected:
   void SetUp() override {
@@ -281,14 +423,35 @@ TEST_P(Contract, GarbageNeverHangsOrTouchesTheArraysOfAFailedRead) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(AllSerialReaders, Contract, ::testing::ValuesIn(SerialTypesWithADriver()),
-                         [](const auto& info) {
-                           std::string name;
-                           for (const ReaderTypeName& entry : ReaderTypeNames()) {
-                             if (entry.type == info.param) name = entry.enumerator.substr(14);
-                           }
-                           return name;
-                         });
+std::string_view Terminators(teskReaderType type) {
+  const std::string_view driver = DriverModule(type);
+  if (driver == "basScanningSystems") return "\r ,";
+  if (driver == "basNCS") return "\r\n\x15";
+  return driver == "basScantron" ? "\r" : "\r\n";
+}
+
+TEST_P(LyingLine, BytesDamagedIntoTerminatorsEndNoSheet) {
+  for (std::size_t at = 0; at < good.delivered; at += Step()) {
+    for (const char byte : Terminators(GetParam())) {
+      Batch batch = RunBatch(GetParam(), {.damage = {{at, byte}}});
+      // A status that says nothing known refuses the sheet in silence.
+      batch.toldOfEveryFailure = batch.toldOfEveryFailure || !InData(at);
+      Check(batch, "byte " + std::to_string(at) + " damaged into " + std::to_string(int{byte}));
+      if (HasFailure()) return;
+    }
+  }
+}
+
+std::string NameOf(const ::testing::TestParamInfo<teskReaderType>& info) {
+  std::string name;
+  for (const ReaderTypeName& entry : ReaderTypeNames()) {
+    if (entry.type == info.param) name = entry.enumerator.substr(14);
+  }
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(AllSerialReaders, Contract, ::testing::ValuesIn(SerialTypesWithADriver()), NameOf);
+INSTANTIATE_TEST_SUITE_P(AllSerialReaders, LyingLine, ::testing::ValuesIn(SerialTypesWithADriver()), NameOf);
 
 }  // namespace
 }  // namespace tesk::test

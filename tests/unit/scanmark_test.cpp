@@ -227,11 +227,13 @@ TEST(ScanMark, RawModelsStoreTheByteItself) {
   EXPECT_EQ(b.bench.reader->Side1Array(), front);
 }
 
-// A scanner in four lines: every command is acknowledged, every sheet is the given run of bytes.
+// A scanner in four lines: every command is acknowledged, every sheet is the given run of bytes. What it says
+// of the sheet waits until `rest` has followed the data, `pause` later.
 class ScriptedScanMark : public simulator::Scanner {
  public:
-  explicit ScriptedScanMark(std::string data, std::string status = "00      !   ")
-      : data_(std::move(data)), status_(std::move(status)) {}
+  explicit ScriptedScanMark(std::string data, std::string status = "00      !   ", std::string rest = {},
+                            simulator::Milliseconds pause = {})
+      : data_(std::move(data)), status_(std::move(status)), rest_(std::move(rest)), pause_(pause) {}
 
  protected:
   void OnByte(std::uint8_t byte, simulator::Time now) override {
@@ -240,15 +242,16 @@ class ScriptedScanMark : public simulator::Scanner {
       return;
     }
     const std::string command = std::exchange(line_, {});
-    Reply(command == "\x1bQSTS"                 ? status_
-          : command.starts_with("\x1bREAD 5 Y") ? data_
-                                                : std::string("\r"),
-          now);
+    const bool read = command.starts_with("\x1bREAD 5 Y");
+    Reply(command == "\x1bQSTS" ? status_ : read ? data_ : std::string("\r"), now);
+    if (read && !rest_.empty()) Reply(rest_, now, pause_);
   }
 
  private:
   std::string data_;
   std::string status_;
+  std::string rest_;
+  simulator::Milliseconds pause_;
   std::string line_;
 };
 
@@ -307,6 +310,58 @@ TEST_P(PageData, IsStoredRowByRow) {
 
 INSTANTIATE_TEST_SUITE_P(Records, PageData, ::testing::ValuesIn(kData),
                          [](const auto& info) { return std::string(info.param.name); });
+
+TEST(ScanMark, SheetWithMoreBehindItsEndIsRefusedHoweverLateThatComes) {
+  const std::string kLine(48, '1');
+  const struct {
+    const char* what;
+    teskReaderType type;
+    std::string data;
+    std::string rest;
+    bool twoSided = false;
+    bool windows = false;
+  } kCases[] = {
+      {"a value damaged into an end", teskReaderTypeScantronScanMark2500, kLine + "1\r",
+       kLine.substr(2) + "\r"},
+      {"the last value", teskReaderTypeScantronScanMark2500, kLine + kLine.substr(1) + "\r", "\r"},
+      {"on side 2", teskReaderTypeScantronScanMark2500, kLine + kLine + "1\r", kLine.substr(2) + "\r", true},
+      {"in windows", teskReaderTypeScantronScanMark2500, "12\r", "4\r", false, true},
+      {"a raw value of 13", teskReaderTypeScantron8000, kLine + "\r", kLine.substr(1) + "\r"},
+      {"the scanner starts anew", teskReaderTypeScantronScanMark5500, kLine + "12", "\rSCANMARK 5500\r"},
+      {"one value too many", teskReaderTypeScantronScanMark2500, kLine + kLine, "1\r"},
+  };
+  for (const auto& c : kCases) {
+    for (const int pause : {0, 20, 400, 5000}) {
+      Bench bench(c.type, std::make_shared<ScriptedScanMark>(c.data, "00      !   ", c.rest,
+                                                             simulator::Milliseconds(pause)));
+      bench.reader->SetSide1Rows(From1({2}));
+      bench.reader->SetSide2Rows(From1({1}));
+      if (c.twoSided) TwoSided(*bench.reader);
+      if (c.windows) AddWindow(*bench.reader, {1, 2, 1, 1, 2, 1, 1, 1});
+      ASSERT_TRUE(bench.reader->StartReader());
+      EXPECT_FALSE(bench.reader->ReadPage()) << c.what << ", " << pause << " ms later";
+      EXPECT_EQ(bench.host.messages.size(), 1U) << c.what;
+      EXPECT_TRUE(bench.reader->Side1Array().Empty()) << c.what;
+    }
+  }
+}
+
+TEST(ScanMark, EnginesOfTwoModelsKeepTheirScalesApart) {
+  Bench characters(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>("7\r"));
+  Bench raw(teskReaderTypeScantron8000, std::make_shared<ScriptedScanMark>("\x63\r"));
+  ASSERT_TRUE(characters.reader->StartReader() && raw.reader->StartReader());
+  ASSERT_TRUE(characters.reader->ReadPage() && raw.reader->ReadPage());
+  EXPECT_EQ(characters.reader->Side1Array().At(1, 1), 7);
+  EXPECT_EQ(raw.reader->Side1Array().At(1, 1), 99);
+}
+
+TEST(ScanMark, FullSheetWithoutAnEndIsASheet) {
+  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>(std::string(96, '3')));
+  bench.reader->SetSide1Rows(From1({2}));
+  ASSERT_TRUE(bench.reader->StartReader());
+  EXPECT_TRUE(bench.reader->ReadPage());
+  EXPECT_EQ(bench.reader->Side1Array().At(2, 48), 3);
+}
 
 TEST(ScanMark, ExtentNarrowerThanARowFailsTheReadUntouched) {
   Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>(kRow + "\r"));

@@ -246,7 +246,7 @@ TEST(ScanMarkSimulator, TakesASheetForTheDefinitionWithItsNumberOfRows) {
   EXPECT_EQ(host.Say("READ 5 Y"), "0\r");
 }
 
-TEST(ScanMarkSimulator, SendsValuesOnTheModelsScaleAndNeverAMarkThatEndsTheData) {
+TEST(ScanMarkSimulator, SendsValuesOnTheModelsScaleAlsoThoseThatLookLikeTheEnd) {
   SideArray side(1, 6);
   const std::int16_t values[] = {0, 12, 13, 14, 99, 150};
   for (std::int32_t i = 0; i < 6; ++i) side.At(1, i + 1) = values[i];
@@ -257,7 +257,7 @@ TEST(ScanMarkSimulator, SendsValuesOnTheModelsScaleAndNeverAMarkThatEndsTheData)
   EXPECT_EQ(characters.Say("READ 5 Y"), "0<=>??\r");
   Host raw(teskReaderTypeScantron8400, Stock({{side, {}, {}}}));
   raw.Download(form);
-  EXPECT_EQ(raw.Say("READ 5 Y"), std::string("\x00\x0C\x0C\x0E\x63\x63\r", 7));
+  EXPECT_EQ(raw.Say("READ 5 Y"), std::string("\x00\x0C\x0D\x0E\x63\x63\r", 7));
 }
 
 TEST(ScanMarkSimulator, HoldsASheetUntilTheHostDisposesOfIt) {

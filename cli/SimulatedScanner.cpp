@@ -44,7 +44,6 @@ class Service {
     terminal_.Wait(WaitingTime(), !unsent_.empty());
   }
 
- private:
   void Receive() {
     const std::string bytes = terminal_.Read();
     if (bytes.empty()) return;
@@ -54,6 +53,7 @@ class Service {
     scanner_.Receive(bytes, clock_.Now());
   }
 
+ private:
   void Send() {
     if (unsent_.empty()) return;
     const std::size_t taken = terminal_.Write(unsent_);
@@ -118,6 +118,8 @@ void Serve(platform::PseudoTerminal& terminal, simulator::Scanner& scanner, cons
            const std::function<bool()>& stop) {
   Service service(terminal, scanner, clock);
   while (!stop()) service.Turn();
+  // The last command of a host that has just left counts as well.
+  service.Receive();
 }
 
 }  // namespace tesk::cli

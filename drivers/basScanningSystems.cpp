@@ -34,7 +34,8 @@
 #include "base/HostServices.h"
 #include "base/conversions.h"
 #include "drivers/Message.h"
-#include "drivers/OldExchange.h"
+#include "drivers/SerialExchange.h"
+#include "drivers/sekonicAnswers.h"
 #include "drivers/sekonicCommands.h"
 #include "drivers/sekonicRecords.h"
 #include "engine/clsTeskReader.h"
@@ -43,16 +44,26 @@
 namespace tesk::basScanningSystems {
 namespace {
 
-// What the family keeps between calls: the scanner's number for how it reads, 0 until it was first asked.
-// Chooses the threshold command and the status texts of the SR-601, 607 and 700.
-struct Kept {
+// What the family keeps between calls.
+struct Kept : SerialSession {
+  // The scanner's number for how it reads, 0 until it was first asked. Chooses the threshold command and the
+  // status texts of the SR-601, 607 and 700.
   std::int16_t readingMode = 0;
-} kept;
+  std::size_t heads = 0;        // that speak of a sheet's status; 0: not known
+  bool windowsEndInCr = false;  // the last item of a window reply was seen to end as the others do
+
+  void StartAnew() {
+    Forget();
+    heads = 0;
+    windowsEndInCr = false;
+  }
+};
+
+SerialExchange Exchange(clsTeskReader& reader) { return {reader, reader.Kept<Kept>()}; }
 
 constexpr char kAcknowledge = '\x06';
 constexpr std::size_t kRejecterPosition = 5;  // in what is fitted, from 0
-constexpr std::size_t kLongestAnswer = 4096;  // bytes
-constexpr std::size_t kLongestData = 262144;  // bytes of a sheet's marks
+constexpr std::size_t kMostHeads = 2;
 
 // ---- Messages
 
@@ -70,34 +81,58 @@ constexpr const char* kStatusTitle = "Scanner Error";
 
 // ---- Waiting
 
-// All of an answer whose first byte is there: it has ended when the line was silent for SleepTime, and for a
-// moment at least. Empty when the host cancels meanwhile.
-std::string TakeAnswer(OldExchange& line, std::size_t longest = kLongestAnswer) {
-  std::string answer;
-  do {
-    while (const auto byte = line.TakeByte()) {
-      answer += static_cast<char>(*byte);
-      if (answer.size() > longest) throw basUtils::SendsWithoutEnd();
-    }
-  } while (line.FollowsWithinSleepTime());
-  return line.Cancelled() ? std::string() : answer;
+// The exchange did not go as it should: what was learnt of the scanner may be as wrong.
+void LoseStep(clsTeskReader& reader) {
+  const auto kept = reader.Kept<Kept>();
+  kept->StartAnew();
+  kept->outOfStep = true;
 }
 
-// Waits for the next byte of a sheet's data. False after a cancel; a time-out is an error.
-bool DataArrived(OldExchange& line) {
-  const Wait wait = line.ForBytes();
+// Refuses a sheet; always False.
+bool Refuse(clsTeskReader& reader) {
+  LoseStep(reader);
+  Show(kSilence);
+  return false;
+}
+
+// Whether nothing waits while a sheet is read. What waits was said about something else than what comes next.
+bool InStep(clsTeskReader& reader, SerialExchange& line) { return !line.Surplus() || Refuse(reader); }
+
+// Waits for the first byte of a sheet's data; a time-out is an error. After a cancel there may be none.
+void AwaitData(clsTeskReader& reader, SerialExchange& line) {
+  const bool before = std::exchange(line.Session().outOfStep, true);
+  line.Port().SetInputLen(1);
+  basUtils::WaitForComPortData(line.Port(), line.Timer(),
+                               {reader.Loop(), reader.SleepTime(), [&] { return reader.CancelScan(); }});
+  line.Session().outOfStep = before;
+}
+
+// How the wait for the rest of the data ended: False after a cancel; a time-out is an error.
+bool DataCame(Wait wait) {
   if (wait == Wait::TimedOut) throw RunTimeError(kErrorTimeOut, "There was no response from the scanner.");
   return wait == Wait::Arrived;
 }
 
 // ---- Starting
 
-// The answer to a question of the initialisation; empty after a time-out, which is shown, and after a cancel.
-std::string AskAtStart(OldExchange& line, std::string_view question) {
+// The answer to a question of the initialisation, and what followed it. False after a time-out, which is
+// shown, and after a cancel.
+bool AskAtStart(SerialExchange& line, std::string_view question, Answer& answer, std::string& tail) {
   line.Ask(question);
-  const Wait wait = line.ForBytes();
+  const Wait wait = TakeAnswer(line, answer);
   if (wait == Wait::TimedOut) Show(kInitSilence);
-  return wait == Wait::Arrived ? TakeAnswer(line) : std::string();
+  if (wait != Wait::Arrived) return false;
+  tail = TailOf(line, question, answer.Text());
+  return !line.Cancelled();
+}
+
+// The same of a question that is answered with a line. Empty too for more than that, which is shown.
+std::string AskForLine(SerialExchange& line, std::string_view question) {
+  Line answer;
+  std::string tail;
+  if (!AskAtStart(line, question, answer, tail)) return {};
+  if (!IsLineEnd(tail)) return Show(kInitRefused), std::string();
+  return answer.Text();
 }
 
 // ---- Windows
@@ -112,7 +147,7 @@ std::vector<std::shared_ptr<clsTeskReaderWindow>> WindowsOf(const clsTeskReader&
   return windows;
 }
 
-void DownloadWindows(const clsTeskReader& reader, OldExchange& line) {
+void DownloadWindows(const clsTeskReader& reader, SerialExchange& line) {
   line.Tell(kForgetWindows);
   for (const auto& window : WindowsOf(reader)) {
     // Kept: the host's own window is rewritten, so that its next start sends the same.
@@ -121,17 +156,26 @@ void DownloadWindows(const clsTeskReader& reader, OldExchange& line) {
   }
 }
 
+bool IsNumber(std::string_view line) {
+  const std::size_t end = line.find_last_not_of(" \r");
+  const std::size_t begin = line.find_first_not_of(' ');
+  return end != std::string_view::npos && begin <= end &&
+         line.substr(begin, end - begin + 1).find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 // The SR-601, 607 and 700 say how they read and what they have.
-bool SetUpPageReader(clsTeskReader& reader, OldExchange& line) {
-  std::string reply = AskAtStart(line, kReadingMode);
+bool SetUpPageReader(clsTeskReader& reader, SerialExchange& line) {
+  std::string reply = AskForLine(line, kReadingMode);
   if (reply.empty()) return false;
-  kept.readingMode = ToInt16(Val(reply));
+  if (!IsNumber(reply)) return Show(kInitRefused), false;
+  const std::int16_t readingMode = ToInt16(Val(reply));
+  reader.Kept<Kept>()->readingMode = readingMode;
   if (reader.Rejecter()) {
-    reply = AskAtStart(line, kFitted);
+    reply = AskForLine(line, kFitted);
     if (reply.empty()) return false;
     reader.SetRejecter(reply.size() > kRejecterPosition && reply[kRejecterPosition] == '1');
   }
-  line.Tell(ThresholdCommand(kept.readingMode, reader.RecognitionThreshold()));
+  line.Tell(ThresholdCommand(readingMode, reader.RecognitionThreshold()));
   // Kept: the first character of whichever reply came last.
   if (reply.front() == '1') line.Tell(DiscriminationCommand(reader.MarkDiscrimination()));
   if (reader.RecognitionMode() == teskRecognitionTypeWindow) DownloadWindows(reader, line);
@@ -141,11 +185,14 @@ bool SetUpPageReader(clsTeskReader& reader, OldExchange& line) {
 // ---- Sheets on their way out
 
 // Sends a question about a sheet that leaves and takes the answer; empty after a time-out, which is shown.
-std::string AskOnTheWayOut(OldExchange& line, std::string_view question) {
+std::string AskOnTheWayOut(SerialExchange& line, std::string_view question) {
   line.Ask(question);
-  const Wait wait = line.ForBytesDespiteCancel();
+  Bytes first(1);
+  const Wait wait = line.Take(first, kDespiteCancel);
   if (wait == Wait::TimedOut) Show(kSilence);
-  return wait == Wait::Arrived ? line.TakeReply() : std::string();
+  if (wait != Wait::Arrived) return {};
+  const bool done = first.Text() == "0";
+  return first.Text() + (done ? TailOf(line, question, first.Text()) : line.UntilQuiet(kLongSilence));
 }
 
 // ---- Feeding a sheet
@@ -154,33 +201,36 @@ bool ImprinterReady(const clsTeskReader& reader) {
   return reader.Printer() && reader.Printer()->Initialized() && reader.Printer()->Active();
 }
 
-void TellWithPause(OldExchange& line, std::string_view command) {
+void TellWithPause(SerialExchange& line, std::string_view command) {
   line.Tell(command);
   line.Rest(1);
 }
 
-void SetUpBarcodes(std::int32_t definitions, OldExchange& line) {
+void SetUpBarcodes(std::int32_t definitions, SerialExchange& line) {
   for (const std::string_view command : kBarcodeSetUp) TellWithPause(line, command);
   const auto most = static_cast<std::int32_t>(kMostBarcodes);
   for (std::int32_t i = 0; i < std::min(definitions, most); ++i) TellWithPause(line, kBarcodeField);
 }
 
-// The codes of the heads that come behind the first answer; empty where there are none.
-std::string LateStatus(clsTeskReader& reader) {
-  OldExchange line(reader);
-  std::string codes;
-  if (!line.ComesSoon()) return codes;
-  for (const char c : line.TakeReply()) codes += NumberText(static_cast<unsigned char>(c));
+// The status of the heads. In a two-sided read both speak; else a scanner of two heads may still answer for
+// each, which silence tells once.
+std::string AskStatus(clsTeskReader& reader) {
+  const auto kept = reader.Kept<Kept>();
+  if (kept->outOfStep) kept->heads = 0;
+  if (reader.TwoSided()) kept->heads = kMostHeads;
+  const bool known = kept->heads != 0;
+  HeadStatus status(known ? kept->heads : kMostHeads, known);
+  const std::string codes = SendCommandSS(reader, kStatus, true, status);
+  if (known && status.Missing() > 0) kept->outOfStep = true;
+  kept->heads = status.Text().size();
   return codes;
 }
 
 // Feeds the sheet and shows what the scanner says against it.
 bool SheetFed(clsTeskReader& reader) {
   constexpr std::string_view kNoError = "48";
-  std::string status = SendCommandSS(reader, kStatus, true);
+  const std::string status = AskStatus(reader);
   if (status.empty()) return false;
-  // Of two heads the second may speak later than the first; its fault must not be missed.
-  if (reader.TwoSided() && status.size() <= kNoError.size()) status += LateStatus(reader);
   const std::string back = status.substr(0, 2);
   // Kept: two characters, so the last two digits of a code of three.
   const std::string front = status.substr(status.size() - std::min<std::size_t>(status.size(), 2));
@@ -190,71 +240,96 @@ bool SheetFed(clsTeskReader& reader) {
 }
 
 // The count of one head, left as it is where the scanner did not say. False after a cancel, and for an answer
-// that was cut off: its rest would be taken for marks.
+// that was cut off or is none: its rest would be taken for marks.
 bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<std::int16_t>& count) {
-  constexpr std::size_t kDigits = 3;
-  std::string reply = SendCommandSS(reader, std::string(head).append(kTimingMarks), false);
-  OldExchange line(reader);
-  while (!reply.empty() && reply.size() < kDigits && reply.back() != '\r') {
-    if (!line.ComesSoon()) return false;
-    reply += line.TakeReply();
-  }
-  if (!reply.empty()) count = ToInt16(Val(reply.substr(0, kDigits)));
+  SerialExchange line = Exchange(reader);
+  if (!InStep(reader, line)) return false;
+  // What comes late is not to be taken for the other head's count.
+  const bool trusted = !line.Session().outOfStep;
+  Count answer;
+  const std::string reply = SendCommandSS(reader, std::string(head).append(kTimingMarks), false, answer);
+  if (reader.CancelScan()) return false;
+  if (answer.Text().empty()) return true;
+  if (reply.empty()) return LoseStep(reader), false;
+  if (!answer.IsNumber() || !IsLineEnd(TailOf(line, kTimingMarks, reply))) return Refuse(reader);
+  if (trusted) count = ToInt16(Val(reply));
   return !reader.CancelScan();
 }
 
-// Empty where none are wanted, or after a cancel.
-BarcodeArray ReadBarcodes(OldExchange& line) {
+// Empty after a cancel, and after a message.
+BarcodeArray ReadBarcodes(clsTeskReader& reader, SerialExchange& line, std::int32_t definitions) {
+  constexpr std::string_view kFraming = "\x02\x03\r\n";
+  if (!InStep(reader, line)) return {};
   line.Ask(kBarcodeData);
-  if (!DataArrived(line)) return {};
+  AwaitData(reader, line);
   line.Rest(1);
-  return ParseBarcodes(TakeAnswer(line));
+  const std::int32_t waiting = line.Port().InBufferCount();
+  Fields answer(std::min(static_cast<std::size_t>(definitions), kMostBarcodes));
+  if (!DataCame(TakeAnswer(line, answer))) return {};
+  // Behind an answer that was not there as a whole, more of it may be on its way.
+  const bool inPieces = std::cmp_greater(answer.Text().size(), waiting);
+  const std::string tail = answer.Missing() == 0 ? line.Tail("BA05") : std::string();
+  const bool alone = tail.find_first_not_of(kFraming) == std::string::npos;
+  if (!alone || (inPieces && line.Follows())) return Refuse(reader), BarcodeArray();
+  return ParseBarcodes(answer.Text());
 }
 
 // ---- Reading a sheet
 
+// Whether a record stands alone: control characters behind it are framing, anything else is a row too many.
+bool EndsAlone(SerialExchange& line) {
+  const std::string tail = line.Tail("ED001");
+  const bool framing = std::ranges::all_of(tail, [](char c) { return static_cast<unsigned char>(c) < ' '; });
+  return framing && !line.Surplus();
+}
+
 // The marks of one side; empty after a cancel or a message.
-std::optional<SideArray> ReadSide(OldExchange& line, std::string_view head, std::int32_t rows,
-                                  ColumnNames names) {
+std::optional<SideArray> ReadSide(clsTeskReader& reader, SerialExchange& line, std::string_view head,
+                                  std::int32_t rows, ColumnNames names) {
   PageRecord record(rows, names);
-  line.Ask(std::string(head) + PageCommand(rows));
-  while (!record.Ended()) {
-    const auto byte = line.TakeByte();
-    if (byte) record.Take(*byte);
-    if (record.WrongMode()) return Show(kWrongMode), std::nullopt;
-    if (!byte && !DataArrived(line)) return std::nullopt;
+  const std::string command = std::string(head) + PageCommand(rows);
+  if (!InStep(reader, line)) return std::nullopt;
+  line.Ask(command);
+  AwaitData(reader, line);
+  if (!DataCame(line.Take(record, kEachPiece))) return std::nullopt;
+  if (record.WrongMode()) return LoseStep(reader), Show(kWrongMode), std::nullopt;
+  if (!EndsAlone(line)) {
+    // More rows than were asked for are rows of another sheet, and those that were stored too.
+    LoseStep(reader);
+    throw SubscriptOutOfRange();
   }
-  // More rows than were asked for are rows of another sheet, and those that were stored too.
-  for (const char c : TakeAnswer(line)) {
-    if (static_cast<unsigned char>(c) >= ' ') record.Take(static_cast<std::uint8_t>(c));
-  }
-  if (line.Cancelled()) return std::nullopt;
   return record.TakeSide();
 }
 
-bool HasWindows(const clsTeskReader& reader, std::int16_t number) {
-  const auto windows = WindowsOf(reader);
-  return std::ranges::any_of(windows, [&](const auto& window) { return Deref(window).Page() == number; });
+// Copies of the windows of one side: the host may change its own while an answer is waited for.
+std::vector<clsTeskReaderWindow> WindowsOfSide(const clsTeskReader& reader, std::int16_t number) {
+  std::vector<clsTeskReaderWindow> windows;
+  for (const auto& window : WindowsOf(reader)) {
+    if (Deref(window).Page() == number) windows.push_back(*window);
+  }
+  return windows;
 }
 
-// As ReadSide, through the windows of the side.
-std::optional<SideArray> ReadWindowsOfSide(clsTeskReader& reader, OldExchange& line, std::string_view head,
-                                           std::int16_t number, const SideArray& empty) {
-  line.Ask(std::string(head).append(kWindowData));
-  std::string reply;
-  // A side without windows has nothing to say.
-  bool awaited = HasWindows(reader, number);
-  for (;;) {
-    if (awaited && !DataArrived(line)) return std::nullopt;
-    reply += TakeAnswer(line, kLongestData);
-    if (line.Cancelled()) return std::nullopt;
-    if (reply.size() > kLongestData) throw basUtils::SendsWithoutEnd();
-    SideArray side = empty;
-    const Spread spread = AddToArraySS(reader, reply, side, number);
-    if (spread == Spread::Failed) return std::nullopt;
-    if (spread == Spread::Complete) return side;
-    awaited = true;
-  }
+// As ReadSide, through the windows of the side, into an array of its extents. Only where `awaited` must a side
+// without items say something.
+std::optional<SideArray> ReadWindowsOfSide(clsTeskReader& reader, SerialExchange& line, std::int16_t number,
+                                           SideArray side, bool awaited) {
+  const auto kept = reader.Kept<Kept>();
+  WindowItems items(WindowsOfSide(reader, number), side, kept->windowsEndInCr);
+  const bool hasItems = items.Missing() > 0;
+  if (!InStep(reader, line)) return std::nullopt;
+  line.Ask(std::string(number == 1 ? std::string_view() : kBackSide).append(kWindowData));
+  if (hasItems || awaited) AwaitData(reader, line);
+  if (!DataCame(TakeAnswer(line, items, kEachPiece))) return std::nullopt;
+  // An item too many shifts all behind it, and looks like a last one: nothing else may follow.
+  const std::string reply = items.Text() + line.UntilQuiet(Milliseconds(std::max(reader.SleepTime(), 0)));
+  if (line.Cancelled()) return std::nullopt;
+  if (hasItems && items.EndsInCr()) kept->windowsEndInCr = true;
+  const Spread spread = AddToArraySS(reader, reply, side, number);
+  if (spread == Spread::Complete) return side;
+  LoseStep(reader);
+  if (spread == Spread::Incomplete) Show(kSilence);
+  return std::nullopt;
 }
 
 // side2: empty where it was not read.
@@ -271,10 +346,12 @@ Sheet SheetOf(SideArray side1, SideArray side2) {
 
 bool InitReaderSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.InitReaderSS", [&] {
-    OldExchange line(reader);
-    const std::string reply = AskAtStart(line, kReset);
-    if (reply.empty()) return false;
-    if (reply.front() != kAcknowledge) return Show(kInitRefused), false;
+    SerialExchange line = Exchange(reader);
+    reader.Kept<Kept>()->StartAnew();
+    FirstCharacter reply;
+    std::string tail;
+    if (!AskAtStart(line, kReset, reply, tail)) return false;
+    if (reply.Text().front() != kAcknowledge) return Show(kInitRefused), false;
     const auto commands = CardSetUp(reader.ReaderType(), reader.RecognitionThreshold());
     for (const std::string& command : commands) line.Tell(command);
     return !commands.empty() || SetUpPageReader(reader, line);
@@ -285,23 +362,21 @@ bool CloseReaderSS(clsTeskReader&) { return true; }
 
 // ---- Commands and status
 
-std::string SendCommandSS(clsTeskReader& reader, std::string_view command, bool bytewise) {
-  return Guarded("basScanningSystems.SendCommandSS", [&] {
-    OldExchange line(reader);
-    line.Ask(command);
-    const Wait wait = line.ForBytes();
-    if (wait == Wait::TimedOut) Show(kSilence);
-    std::string bytes = wait == Wait::Arrived ? TakeAnswer(line) : std::string();
-    if (!bytewise) return bytes;
-    std::string codes;
-    for (const char c : bytes) codes += NumberText(static_cast<unsigned char>(c));
-    return codes;
-  });
+std::string SendCommandSS(clsTeskReader& reader, std::string_view command, bool bytewise, Answer& answer) {
+  SerialExchange line = Exchange(reader);
+  line.Ask(command);
+  const Wait wait = TakeAnswer(line, answer);
+  if (wait == Wait::TimedOut) Show(kSilence);
+  if (wait != Wait::Arrived) return {};
+  if (!bytewise) return answer.Text();
+  std::string codes;
+  for (const char c : answer.Text()) codes += NumberText(static_cast<unsigned char>(c));
+  return codes;
 }
 
 void ReturnErrorSS(clsTeskReader& reader, std::string_view code) {
   Guarded("basScanningSystems.ReturnErrorSS", [&] {
-    const StatusText* status = FindStatusText(reader.ReaderType(), kept.readingMode, code);
+    const StatusText* status = FindStatusText(reader.ReaderType(), reader.Kept<Kept>()->readingMode, code);
     if (status == nullptr) return;
     std::string text = LoadString(status->text);
     if (*status->afterCode != '\0') text += std::string(code) + LoadString(status->afterCode);
@@ -313,7 +388,9 @@ void ReturnErrorSS(clsTeskReader& reader, std::string_view code) {
 
 std::optional<Sheet> ReadPageSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.ReadPageSS", [&]() -> std::optional<Sheet> {
-    OldExchange line(reader);
+    SerialExchange line = Exchange(reader);
+    // Whatever comes behind what waits must not be taken for this sheet's status.
+    line.Surplus();
     line.Clear();
     const std::int32_t definitions = reader.Barcode() ? Deref(reader.Barcodes()).Count() : 0;
     if (definitions >= 1) SetUpBarcodes(definitions, line);
@@ -325,27 +402,29 @@ std::optional<Sheet> ReadPageSS(clsTeskReader& reader) {
     std::optional<std::int16_t> marks2;
     if (!AskTimingMarks(reader, "", marks1)) return std::nullopt;
     if (reader.TwoSided() && !AskTimingMarks(reader, kBackSide, marks2)) return std::nullopt;
-    BarcodeArray texts;
-    if (definitions >= 1) texts = ReadBarcodes(line);
-    if (reader.CancelScan()) return std::nullopt;
+    BarcodeArray texts(1);
+    if (definitions >= 1) texts = ReadBarcodes(reader, line, definitions);
+    if (texts.empty() || reader.CancelScan()) return std::nullopt;
     const bool byWindows = reader.RecognitionMode() == teskRecognitionTypeWindow;
     auto sheet = byWindows ? ReadWindowsSS(reader) : ReadEntirePageSS(reader);
     if (!sheet) return std::nullopt;
     sheet->side1TimingMarks = marks1;
     sheet->side2TimingMarks = marks2;
-    if (!texts.empty()) sheet->texts = std::move(texts);
+    sheet->texts = std::move(texts);
     return sheet;
   });
 }
 
 std::optional<Sheet> ReadEntirePageSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.ReadEntirePageSS", [&]() -> std::optional<Sheet> {
-    OldExchange line(reader);
+    SerialExchange line = Exchange(reader);
     // Kept: the names of the card's columns hold for side 1 alone.
-    auto side1 = ReadSide(line, "", reader.Side1RowExtent(), NamesOfSide1(reader.ReaderType()));
+    auto side1 = ReadSide(reader, line, "", reader.Side1RowExtent(), NamesOfSide1(reader.ReaderType()));
     if (!side1) return std::nullopt;
     std::optional<SideArray> side2 = SideArray();
-    if (reader.TwoSided()) side2 = ReadSide(line, kBackSide, reader.Side2RowExtent(), ColumnNames::FromZero);
+    if (reader.TwoSided()) {
+      side2 = ReadSide(reader, line, kBackSide, reader.Side2RowExtent(), ColumnNames::FromZero);
+    }
     if (!side2) return std::nullopt;
     return SheetOf(std::move(*side1), std::move(*side2));
   });
@@ -353,14 +432,17 @@ std::optional<Sheet> ReadEntirePageSS(clsTeskReader& reader) {
 
 std::optional<Sheet> ReadWindowsSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.ReadWindowsSS", [&]() -> std::optional<Sheet> {
-    OldExchange line(reader);
-    auto side1 =
-        ReadWindowsOfSide(reader, line, "", 1, SideArray(reader.Side1RowExtent(), reader.Side1ColExtent()));
+    SerialExchange line = Exchange(reader);
+    const bool twoSided = reader.TwoSided();
+    // A side without windows has nothing to say; but a scanner that says nothing at all has read no sheet.
+    const bool awaited = WindowsOfSide(reader, 1).empty() && (!twoSided || WindowsOfSide(reader, 2).empty());
+    auto side1 = ReadWindowsOfSide(reader, line, 1,
+                                   SideArray(reader.Side1RowExtent(), reader.Side1ColExtent()), awaited);
     if (!side1) return std::nullopt;
     std::optional<SideArray> side2 = SideArray();
-    if (reader.TwoSided()) {
-      side2 = ReadWindowsOfSide(reader, line, kBackSide, 2,
-                                SideArray(reader.Side2RowExtent(), reader.Side2ColExtent()));
+    if (twoSided) {
+      side2 = ReadWindowsOfSide(reader, line, 2, SideArray(reader.Side2RowExtent(), reader.Side2ColExtent()),
+                                awaited);
     }
     if (!side2) return std::nullopt;
     return SheetOf(std::move(*side1), std::move(*side2));
@@ -371,13 +453,9 @@ Spread AddToArraySS(clsTeskReader& reader, std::string_view reply, SideArray& si
   return Guarded(
       "basScanningSystems.AddToArraySS",
       [&] {
-        std::vector<clsTeskReaderWindow> windows;
-        for (const auto& window : WindowsOf(reader)) {
-          if (Deref(window).Page() == number) windows.push_back(*window);
-        }
-        WindowReply record(std::move(windows), side);
+        WindowReply record(WindowsOfSide(reader, number), side);
         for (const char c : reply) record.Take(static_cast<std::uint8_t>(c));
-        return record.Complete() ? Spread::Complete : Spread::Incomplete;
+        return record.LastItemHasCome() ? Spread::Complete : Spread::Incomplete;
       },
       Spread::Failed);
 }
@@ -389,14 +467,14 @@ bool RejectPageSS(clsTeskReader& reader, bool reject) {
     if (!reader.Rejecter() && reader.Printer() && reader.Printer()->Initialized()) {
       return RejectPrintSS(reader);
     }
-    OldExchange(reader).Tell(reject ? kToReject : kToAccept);
+    Exchange(reader).Tell(reject ? kToReject : kToAccept);
     return true;
   });
 }
 
 bool RejectPrintSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.RejectPrintSS", [&] {
-    OldExchange line(reader);
+    SerialExchange line = Exchange(reader);
     return !AskOnTheWayOut(line, kFeedQuery).empty();
   });
 }
@@ -405,7 +483,7 @@ bool PrintSS(clsTeskReader& reader, bool feed) {
   return Guarded("basScanningSystems.PrintSS", [&] {
     const auto printer = reader.Printer();
     if (!printer) return false;
-    OldExchange line(reader);
+    SerialExchange line = Exchange(reader);
     if (feed) AskOnTheWayOut(line, kFeedQuery);
     for (const std::string& command : ImprintCommands(*printer)) line.Tell(command);
     return AskOnTheWayOut(line, kPrintQuery).find('0') != std::string::npos;

@@ -15,6 +15,8 @@ class SideArray;
 
 namespace tesk::basScanningSystems {
 
+class Answer;
+
 // Resets the scanner and sets it up. For the SR-601, 607 and 700 it asks for the reading mode, replaces the
 // engine's Rejecter by what the scanner says it has, and in window mode downloads the engine's Windows; those
 // with a negative gap are rewritten in the engine's own list. Error 5 for a window with a field outside
@@ -34,12 +36,13 @@ std::optional<Sheet> ReadWindowsSS(clsTeskReader& reader);
 enum class Spread { Complete, Incomplete, Failed };  // Failed: has been reported
 
 // Spreads the reply for one side (1 or 2) over `side` through the engine's Windows of that page. Incomplete:
-// not every item of every window was in the reply.
+// not every item of every window was in the reply; the last CR may be missing.
 Spread AddToArraySS(clsTeskReader& reader, std::string_view reply, SideArray& side, std::int16_t number);
 
-// Writes a command and returns the reply as it came, or as the decimal texts of its bytes in a row ("0" is
-// "48"). Empty after a time-out, which was shown, and after a cancel.
-std::string SendCommandSS(clsTeskReader& reader, std::string_view command, bool bytewise);
+// Writes a command and returns its answer as it came, or as the decimal texts of its bytes in a row ("0" is
+// "48"). Empty after a time-out, which was shown, and after a cancel; `answer` then has what came. Errors pass
+// to the caller.
+std::string SendCommandSS(clsTeskReader& reader, std::string_view command, bool bytewise, Answer& answer);
 
 // Shows the message of a status code ("49"); nothing for a code that has none.
 void ReturnErrorSS(clsTeskReader& reader, std::string_view code);

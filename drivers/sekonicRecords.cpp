@@ -167,6 +167,15 @@ void PageRecord::Take(std::uint8_t byte) {
   }
 }
 
+std::size_t PageRecord::Missing() const {
+  if (wrongMode_ || Ended()) return 0;
+  constexpr std::size_t kShortestRow = 2;
+  const auto rows = static_cast<std::size_t>(side_.Rows() - row_ + 1);
+  const std::size_t missing = rows * kShortestRow;
+  if (expected_ == Expected::Column) return missing;
+  return expected_ == Expected::Darkness ? missing + 1 : missing - 1;
+}
+
 void PageRecord::TakeColumn(std::uint8_t byte) {
   if (Ended()) throw SubscriptOutOfRange();
   if (byte == kBlank) {
@@ -194,8 +203,18 @@ void PageRecord::TakeDarkness(std::uint8_t byte) {
 
 // ---- Window reply
 
+namespace {
+
+// What may stand behind the blank of an item without a mark: its end, a filler, or no darkness.
+constexpr std::string_view kAfterBlank = "\r, 0";
+
+}  // namespace
+
 WindowReply::WindowReply(std::vector<clsTeskReaderWindow> windows, SideArray& side)
     : windows_(std::move(windows)), side_(side) {
+  for (const clsTeskReaderWindow& window : windows_) {
+    left_ += static_cast<std::size_t>(std::max<std::int16_t>(window.NumRows(), 0));
+  }
   SkipWindowsWithoutItems();
 }
 
@@ -206,11 +225,27 @@ void WindowReply::SkipWindowsWithoutItems() {
   }
 }
 
+std::size_t WindowReply::Missing() const {
+  if (left_ == 0 && itemEnded_) return 0;
+  constexpr std::size_t kShortestItem = 2;
+  return left_ > 1 ? (left_ - 1) * kShortestItem : 1;
+}
+
+bool WindowReply::LastItemIsOver() const {
+  return left_ == 0 || (left_ == 1 && expected_ == Expected::AfterBlank);
+}
+
+bool WindowReply::LastItemHasCome() const {
+  return LastItemIsOver() || (left_ == 1 && expected_ == Expected::AfterPair);
+}
+
 void WindowReply::Take(std::uint8_t byte) {
   switch (expected_) {
     case Expected::Item:
       return StartItem(byte);
     case Expected::AfterBlank:
+      // A choice that became a blank on the line still has its darkness.
+      if (kAfterBlank.find(static_cast<char>(byte)) == std::string_view::npos) throw SubscriptOutOfRange();
       EndItem();
       itemEnded_ = byte == kCarriageReturn;
       return;
@@ -260,6 +295,7 @@ void WindowReply::TakeDarkness(std::uint8_t byte) {
 
 void WindowReply::EndItem() {
   ++item_;
+  --left_;
   SkipWindowsWithoutItems();
   expected_ = Expected::Item;
 }

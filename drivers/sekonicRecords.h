@@ -11,6 +11,7 @@
 
 #include "base/SideArray.h"
 #include "base/enumerations.h"
+#include "drivers/Shape.h"
 #include "engine/clsTeskReaderWindow.h"
 
 namespace tesk::basScanningSystems {
@@ -36,7 +37,7 @@ enum class ColumnNames { FromZero, Card };
 ColumnNames NamesOfSide1(teskReaderType type);
 
 // One side as the scanner sends it: per row pairs of column and darkness, then a blank and CR.
-class PageRecord {
+class PageRecord : public Shape {
  public:
   static constexpr std::int32_t kColumns = 48;
 
@@ -44,7 +45,9 @@ class PageRecord {
 
   // Throws error 9 for a column outside 1..48 and for a row beyond the last, 13 for a darkness that is none,
   // 8020 for a row without end.
-  void Take(std::uint8_t byte);
+  void Take(std::uint8_t byte) override;
+  // Blank and CR at least for each row that is still to come; 0 too where nothing that comes is of use.
+  std::size_t Missing() const override;
   bool Ended() const { return row_ > side_.Rows(); }
   // The scanner named a column as it does with its switches set wrongly; nothing that follows is of use.
   bool WrongMode() const { return wrongMode_; }
@@ -69,16 +72,20 @@ class PageRecord {
 
 // The marks of one side's windows, item by item: a blank and one more character for an item without a mark;
 // else pairs of choice and darkness with "," between them; CR after each item.
-class WindowReply {
+class WindowReply : public Shape {
  public:
   // windows: those of the side, in the order of their definition. `side` must outlive this object.
   WindowReply(std::vector<clsTeskReaderWindow> windows, SideArray& side);
 
-  // Throws error 9 for a choice that its window has not, a mark outside the side array and an item beyond
-  // the last window, 13 for a darkness that is none.
-  void Take(std::uint8_t byte);
-  // Every item of every window has come, the last one's CR too.
-  bool Complete() const { return window_ == windows_.size() && itemEnded_; }
+  // Throws error 9 for a choice that its window has not, a mark outside the side array, an item beyond the
+  // last window and a darkness behind a blank, 13 for a darkness that is none.
+  void Take(std::uint8_t byte) override;
+  // 0: every item of every window has come, the last one's CR too. Two bytes at least for each other item.
+  std::size_t Missing() const override;
+  // Nothing but the CR of the last item is due; where that has marks, further ones may be.
+  bool LastItemHasCome() const;
+  // The same of a last item that can have no further marks.
+  bool LastItemIsOver() const;
 
  private:
   enum class Expected { Item, AfterBlank, Darkness, AfterPair, AfterComma };
@@ -92,6 +99,7 @@ class WindowReply {
   std::vector<clsTeskReaderWindow> windows_;
   SideArray& side_;
   std::size_t window_ = 0;
+  std::size_t left_ = 0;   // items that have not ended
   std::int16_t item_ = 0;  // within the window, from 0
   std::int32_t choice_ = 0;
   std::int32_t marksInItem_ = 0;

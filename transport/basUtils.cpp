@@ -16,8 +16,9 @@ RunTimeError NoResponse(const char* source) {
 }
 
 void PauseBetweenPolls(SerialControl& port, const Polling& polling) {
-  // A pause of 0 still gives the processor away for a moment.
-  polling.loop.Pause(port.Arrival(), Milliseconds(std::max(polling.sleepTime, 1)));
+  // A pause of 0 still gives the processor away for a moment; and however long the host's SleepTime, a cancel
+  // and the time-out are noticed within a second.
+  polling.loop.Pause(port.Arrival(), Milliseconds(std::clamp(polling.sleepTime, 1, 1000)));
 }
 
 }  // namespace
@@ -39,6 +40,7 @@ void WaitForComPortData(SerialControl& port, OneShotTimer& timer, const Polling&
   if (port.InBufferCount() >= port.InputLen()) return;
   timer.SetEnabled(true);
   while (port.InBufferCount() < port.InputLen()) {
+    if (polling.cancelled && polling.cancelled()) break;
     if (!timer.Enabled()) throw NoResponse("basUtils.WaitForComPortData");
     PauseBetweenPolls(port, polling);
     polling.loop.DoEvents(port.Arrival());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "base/RunTimeError.h"
@@ -15,13 +16,15 @@ namespace tesk::basUtils {
 struct Polling {
   HostLoop& loop;
   std::int32_t sleepTime;
+  std::function<bool()> cancelled = {};  // whether the host has given up; empty: never
 };
 
 // At least one byte (at most InputLen) from the port. Does not let messages run. Throws the time-out error
 // (number 0, "There was no response from the scanner.") when the timer runs out first.
 std::string ReadFromComPort(SerialControl& port, OneShotTimer& timer, const Polling& polling);
 
-// Returns once InputLen bytes wait; messages run on every poll. Throws the time-out error as above.
+// Returns once InputLen bytes wait, or with fewer once the host has given up; messages run on every poll.
+// Throws the time-out error as above.
 void WaitForComPortData(SerialControl& port, OneShotTimer& timer, const Polling& polling);
 
 // The error of a device that sends more than any scanner does.

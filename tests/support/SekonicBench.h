@@ -4,11 +4,13 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "simulator/SekonicSerial.h"
+#include "tests/support/BadLine.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {
@@ -63,8 +65,12 @@ inline Commands Readable(const std::string& sent) {
 struct SekonicBench {
   explicit SekonicBench(teskReaderType type, simulator::Options options = Stock())
       : SekonicBench(*simulator::FindSekonicModel(type), std::move(options)) {}
-  SekonicBench(const simulator::SekonicModel& model, simulator::Options options)
-      : scanner(Scanner(model, options)), bench(model.reader, scanner), reader(*bench.reader) {
+  SekonicBench(const simulator::SekonicModel& model, simulator::Options options,
+               std::optional<Damage> damage = {})
+      : scanner(Scanner(model, options)),
+        line(damage ? std::make_shared<BadLine>(scanner, *damage) : nullptr),
+        bench(model.reader, line ? std::shared_ptr<simulator::Scanner>(line) : scanner),
+        reader(*bench.reader) {
     sheets = options.sheets.empty()
                  ? simulator::GenerateSheets(options.count, options.seed, {20, model.columns, model.duplex},
                                              model.darkest)
@@ -98,6 +104,7 @@ struct SekonicBench {
 
   std::vector<simulator::Sheet> sheets;
   std::shared_ptr<simulator::SheetScanner> scanner;
+  std::shared_ptr<BadLine> line;  // between the scanner and the port, where the test wants one
   Bench bench;
   clsTeskReader& reader;
 };

@@ -213,8 +213,12 @@ TEST(SekonicPage, RecordEndsWithItsLastRowAndNotWithAnyCutOfIt) {
   EXPECT_TRUE(record.Ended());
   EXPECT_EQ(record.TakeSide(), Grid(3, 48, {{1, 1, 15}, {1, 2, 4}, {3, 48, 9}}));
   for (std::size_t cut = 0; cut < good.size(); ++cut) {
-    EXPECT_FALSE(Taken(3, good.substr(0, cut)).Ended()) << cut;
+    const auto begun = Taken(3, good.substr(0, cut));
+    EXPECT_FALSE(begun.Ended()) << cut;
+    EXPECT_THAT(begun.Missing(), ::testing::AllOf(::testing::Ge(1U), ::testing::Le(good.size() - cut)))
+        << cut;
   }
+  EXPECT_EQ(Taken(3, "0?14").Missing(), 6U);
 }
 
 TEST(SekonicPage, CardsColumnsRunFromNineDownAndOnToC) {
@@ -291,6 +295,8 @@ clsTeskReaderWindow Window(std::int16_t row, std::int16_t rows, std::int16_t row
 struct Walked {
   SideArray side{20, 30};
   bool complete = false;
+  bool lastItemHasCome = false;
+  std::size_t missing = 0;
   std::optional<RunTimeError> error;
 };
 
@@ -300,7 +306,9 @@ Walked Walk(const std::vector<clsTeskReaderWindow>& windows, const std::string& 
   walked.error = Attempt([&] {
     for (const char c : reply) record.Take(static_cast<std::uint8_t>(c));
   });
-  walked.complete = !walked.error && record.Complete();
+  walked.missing = record.Missing();
+  walked.complete = !walked.error && walked.missing == 0;
+  walked.lastItemHasCome = record.LastItemHasCome();
   return walked;
 }
 
@@ -325,7 +333,11 @@ TEST(SekonicWindows, CutReplyIsIncompleteWhereverItIsCut) {
     const Walked walked = Walk(kWindows, good.substr(0, cut));
     EXPECT_FALSE(walked.error) << cut;
     EXPECT_FALSE(walked.complete) << cut;
+    EXPECT_LE(walked.missing, good.size() - cut) << cut;
+    // Where only the last CR is due, and where further marks may be.
+    EXPECT_EQ(walked.lastItemHasCome, cut == good.size() - 1 || cut == good.size() - 4) << cut;
   }
+  EXPECT_EQ(Walk(kWindows, "17").missing, 6U);
 }
 
 TEST(SekonicWindows, BytesThatFitNoWindowAreAnErrorAndNeverAMark) {

@@ -212,18 +212,32 @@ void SetUpBarcodes(std::int32_t definitions, SerialExchange& line) {
   for (std::int32_t i = 0; i < std::min(definitions, most); ++i) TellWithPause(line, kBarcodeField);
 }
 
-// The status of the heads. In a two-sided read both speak; else a scanner of two heads may still answer for
-// each, which silence tells once.
+// How many heads speak; 0: a model with a head for the back side may use it in a one-sided read too.
+std::size_t HeadsOf(const clsTeskReader& reader) {
+  if (reader.TwoSided()) return kMostHeads;
+  const auto profile = Deref(reader.Profiles()).Item(NumberText(reader.ReaderType()));
+  return Deref(profile).Duplex() ? 0 : 1;
+}
+
+// The status of the heads. Where it is not known how many speak, silence tells once.
 std::string AskStatus(clsTeskReader& reader) {
   const auto kept = reader.Kept<Kept>();
   if (kept->outOfStep) kept->heads = 0;
-  if (reader.TwoSided()) kept->heads = kMostHeads;
+  if (const std::size_t heads = HeadsOf(reader); heads != 0) kept->heads = heads;
   const bool known = kept->heads != 0;
   HeadStatus status(known ? kept->heads : kMostHeads, known);
   const std::string codes = SendCommandSS(reader, kStatus, true, status);
   if (known && status.Missing() > 0) kept->outOfStep = true;
   kept->heads = status.Text().size();
   return codes;
+}
+
+// Shows what the scanner says against a sheet; always False. Where more comes behind a code without a message
+// it was no status.
+bool ShowStatus(clsTeskReader& reader, std::string_view code) {
+  const bool listed = FindStatusText(reader.ReaderType(), reader.Kept<Kept>()->readingMode, code) != nullptr;
+  if (!listed && Exchange(reader).Follows()) return Refuse(reader);
+  return ReturnErrorSS(reader, code), false;
 }
 
 // Feeds the sheet and shows what the scanner says against it.
@@ -234,8 +248,8 @@ bool SheetFed(clsTeskReader& reader) {
   const std::string back = status.substr(0, 2);
   // Kept: two characters, so the last two digits of a code of three.
   const std::string front = status.substr(status.size() - std::min<std::size_t>(status.size(), 2));
-  if (front != kNoError) return ReturnErrorSS(reader, front), false;
-  if (reader.TwoSided() && back != kNoError) return ReturnErrorSS(reader, back), false;
+  if (front != kNoError) return ShowStatus(reader, front);
+  if (reader.TwoSided() && back != kNoError) return ShowStatus(reader, back);
   return true;
 }
 

@@ -68,7 +68,8 @@ class SerialExchange {
   // What follows a complete answer to a command. The first time after a start the silence behind it tells,
   // `first` long; for an answer that never came before, a moment of it. From then on it is awaited as it was,
   // and nothing more.
-  std::string Tail(const std::string& command, const std::string& answer, Milliseconds first = kUnusualPause);
+  std::string Tail(const std::string& command, const std::string& answer = {},
+                   Milliseconds first = kUnusualPause);
   // Whether a byte waits or comes before the line has been silent for `quiet`, a moment at least; after a
   // cancel only that moment.
   bool Follows(Milliseconds quiet = Milliseconds(0));

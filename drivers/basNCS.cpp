@@ -206,7 +206,7 @@ bool TakeRecord(const clsTeskReader& reader, SerialExchange& line, Kept& kept, O
 
 // A record that did not come alone was cut by a damaged byte, or bytes of another answer are in it.
 bool CameAlone(SerialExchange& line, const OpScanRecord& record) {
-  const std::string behind = record.Ended() ? line.Tail("record", "") : std::string();
+  const std::string behind = record.Ended() ? line.Tail("record") : std::string();
   if (!record.Broken() && IsLineEnd(behind) && !line.Surplus()) return true;
   line.Session().outOfStep = true;
   return Show(record.WrongEnd(behind.size())), false;
@@ -259,7 +259,7 @@ bool GetScanModeNCS(clsTeskReader& reader, std::int16_t& mode) {
     line.Ask(kScanMode);
     Bytes report(kReportLength);
     if (!Answered(line, report, kStatusSilence)) return false;
-    line.Tail("s0", "");
+    line.Tail("s0");
     reader.Kept<Kept>()->reportLetter = UpperLetter(report.Text().at(kReportLetterAt));
     const std::size_t position = kModeLetters.find(LowerLetter(report.Text().at(kModeLetterAt)));
     if (position != std::string_view::npos) mode = Narrow<std::int16_t>(position + 1);

@@ -253,6 +253,11 @@ bool SheetFed(clsTeskReader& reader) {
   return true;
 }
 
+// A count that ended early has had its end: another one behind it means that the first was a digit.
+bool EndsCount(std::string_view tail, std::string_view count) {
+  return IsLineEnd(tail) && (!count.ends_with('\r') || tail.find('\r') == std::string_view::npos);
+}
+
 // The count of one head, left as it is where the scanner did not say. False after a cancel, and for an answer
 // that was cut off or is none: its rest would be taken for marks.
 bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<std::int16_t>& count) {
@@ -265,7 +270,7 @@ bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<
   if (reader.CancelScan()) return false;
   if (answer.Text().empty()) return true;
   if (reply.empty()) return LoseStep(reader), false;
-  if (!answer.IsNumber() || !IsLineEnd(TailOf(line, kTimingMarks, reply))) return Refuse(reader);
+  if (!answer.IsNumber() || !EndsCount(TailOf(line, kTimingMarks, reply), reply)) return Refuse(reader);
   if (trusted) count = ToInt16(Val(reply));
   return !reader.CancelScan();
 }

@@ -84,10 +84,9 @@ Wait TakeAnswer(SerialExchange& line, Answer& answer, const Limits& limits) {
 }
 
 std::string TailOf(SerialExchange& line, std::string_view kind, std::string_view answer) {
+  // What ends a line has come already; anything more is seen in a moment.
   const bool isLine = answer.ends_with(kCarriageReturn);
-  const std::string known = std::string(kind) + (isLine ? " line" : "");
-  if (!isLine && !line.Session().tails.contains(known)) line.Follows(kLongSilence);
-  return line.Tail(known);
+  return line.Tail(std::string(kind) + (isLine ? " line" : ""), {}, isLine ? Milliseconds(0) : kUnusualPause);
 }
 
 }  // namespace tesk::basScanningSystems

@@ -234,7 +234,7 @@ const PiecesCase kPieces[] = {
      {kNoResponse, kNoResponse}},
     {"CountInFrontOfTheOtherHeads",
      true,
-     {{"\005T", {{"004\r", 10'500}}}},
+     {{"\005T", {{"004\r", 10'900}}}},
      false,
      {},
      {kNoResponse, kNoResponse}},

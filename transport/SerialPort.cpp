@@ -103,6 +103,7 @@ void SerialPort::SetPortOpen(bool open) {
                : RunTimeError(kErrorPortNotOpen, "The port is not open");
   }
   waiting_.clear();
+  taken_ = 0;
   if (open) {
     line_ = system_->Open(port_, settings_);
   } else {
@@ -122,20 +123,23 @@ SerialLine& SerialPort::OpenLine() {
 
 void SerialPort::Receive() {
   SerialLine& line = OpenLine();
-  if (waiting_.size() < kReceiveLimit) waiting_ += line.Read();
+  if (Waiting() >= kReceiveLimit) return;
+  // Bytes that were taken go when new ones come, not one by one.
+  waiting_.erase(0, std::exchange(taken_, 0));
+  waiting_ += line.Read();
 }
 
 std::int32_t SerialPort::InBufferCount() {
   Receive();
-  return Narrow<std::int32_t>(waiting_.size());
+  return Narrow<std::int32_t>(Waiting());
 }
 
 std::string SerialPort::Input() {
-  Receive();
-  const std::size_t length =
-      inputLen_ == 0 ? waiting_.size() : std::min(waiting_.size(), static_cast<std::size_t>(inputLen_));
-  std::string taken = waiting_.substr(0, length);
-  waiting_.erase(0, length);
+  const auto wanted = static_cast<std::size_t>(inputLen_);
+  OpenLine();
+  if (wanted == 0 || Waiting() < wanted) Receive();
+  std::string taken = waiting_.substr(taken_, wanted == 0 ? std::string::npos : wanted);
+  taken_ += taken.size();
   return taken;
 }
 

@@ -1,6 +1,7 @@
 // The library's own serial control: the properties of the control over a line of the platform.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -34,6 +35,7 @@ class SerialPort : public SerialControl {
 
  private:
   void Receive();
+  std::size_t Waiting() const { return waiting_.size() - taken_; }
   SerialLine& OpenLine();
 
   std::shared_ptr<SerialSystem> system_;
@@ -43,6 +45,7 @@ class SerialPort : public SerialControl {
   std::int16_t port_ = 1;
   std::int16_t inputLen_ = 0;
   std::string waiting_;
+  std::size_t taken_ = 0;  // of the first bytes of waiting_
 };
 
 }  // namespace tesk

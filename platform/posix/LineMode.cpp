@@ -57,15 +57,11 @@ bool UsesRts(const LineSettings& settings) {
   return (settings.handshaking & teskReaderFlowControlHardware) != 0;
 }
 
-// A damaged byte must not pass for a mark: it comes marked.
-tcflag_t ParityCheck(const LineSettings& settings) {
-  return settings.parity == 'N' ? 0 : tcflag_t{INPCK | PARMRK};
-}
-
-// IGNBRK: an unplugged cable reads as a break without end, which must not become a stream of zeros.
+// A damaged byte must not pass for a mark: it comes marked, whether or not the line checks parity. IGNBRK: an
+// unplugged cable reads as a break without end, which must not become a stream of zeros.
 termios2 Modes(const LineSettings& settings) {
   termios2 modes{};
-  modes.c_iflag = IGNBRK | ParityCheck(settings) | (UsesXon(settings) ? tcflag_t{IXON | IXOFF} : 0);
+  modes.c_iflag = IGNBRK | INPCK | PARMRK | (UsesXon(settings) ? tcflag_t{IXON | IXOFF} : 0);
   modes.c_cflag = BOTHER | CREAD | CLOCAL | SizeFlag(settings.dataBits) | ParityFlags(settings.parity) |
                   (settings.stopBits != 1.0F ? tcflag_t{CSTOPB} : 0) |
                   (UsesRts(settings) ? tcflag_t{CRTSCTS} : 0);

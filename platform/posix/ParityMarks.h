@@ -1,5 +1,5 @@
 // Takes the marks out of what a terminal device delivers: it doubles the byte 255 and puts 255 and 0 before
-// a byte that came with a parity error. Knows nobody.
+// a byte whose parity or stop bit was wrong. Knows nobody.
 #pragma once
 
 #include <string>

@@ -16,8 +16,10 @@
 #include <utility>
 
 #include "base/conversions.h"
+#include "platform/LineDamage.h"
 #include "platform/Platform.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/LineCounters.h"
 #include "platform/posix/LineMode.h"
 #include "platform/posix/OpenError.h"
 #include "platform/posix/ParityMarks.h"
@@ -39,14 +41,6 @@ RunTimeError Gone(std::int32_t number, const std::string& device, const std::str
           {},
           "The system says: " + reason +
               ".|Check the scanner's power, its cable and the adaptor, then start the reader again."};
-}
-
-RunTimeError Damaged(const std::string& device) {
-  return {kErrorLineRead,
-          "A byte from " + device + " came damaged.",
-          {},
-          "The line's parity check failed. Check that bit rate, data bits and parity of reader and scanner "
-          "agree, and the cable."};
 }
 
 RunTimeError NotTaken(const std::string& device) {
@@ -93,8 +87,8 @@ class PosixSerialLine : public SerialLine {
   // What came while nobody listened belongs to no conversation.
   void Start(const LineSettings& settings) {
     mode_.Set(settings);
-    checked_ = settings.parity != 'N';
     ::ioctl(descriptor_.Get(), TCFLSH, TCIFLUSH);
+    counted_.Start(CountersOf(descriptor_.Get()));
   }
 
   std::string Read() override;
@@ -116,6 +110,7 @@ class PosixSerialLine : public SerialLine {
   };
 
   void CheckAlive();
+  void CheckDamage();
   std::size_t WriteSome(std::string_view bytes);
   void WaitForRoom(Steady::time_point deadline);
   int Unsent() const;
@@ -124,8 +119,8 @@ class PosixSerialLine : public SerialLine {
   std::string device_;
   Milliseconds patience_;
   // In the order of opening: the modes are put back first, then others are let in, then the device closes.
-  bool checked_ = false;  // parity errors come marked
   ParityMarks marks_;
+  CounterWatch counted_;
   Descriptor descriptor_;
   Held claim_;
   LineMode mode_;
@@ -137,9 +132,9 @@ std::string PosixSerialLine::Read() {
   while (bytes.size() < kReadLimit) {
     const ssize_t count = ::read(descriptor_.Get(), buffer.data(), buffer.size());
     if (count > 0) {
-      const std::string_view taken(buffer.data(), static_cast<std::size_t>(count));
-      bytes += checked_ ? marks_.Take(taken) : taken;
-      if (marks_.TakeDamage()) throw Damaged(device_);
+      bytes += marks_.Take({buffer.data(), static_cast<std::size_t>(count)});
+      CheckDamage();
+      if (static_cast<std::size_t>(count) < buffer.size()) break;
       continue;
     }
     if (count < 0 && errno == EINTR) continue;
@@ -151,6 +146,13 @@ std::string PosixSerialLine::Read() {
     break;
   }
   return bytes;
+}
+
+// A lost byte leaves no mark, only a count; the counts tell the kind of a marked one as well.
+void PosixSerialLine::CheckDamage() {
+  const auto counted = counted_.Look(CountersOf(descriptor_.Get()));
+  const bool marked = marks_.TakeDamage();
+  if (counted || marked) throw Damaged(device_, counted.value_or(LineDamage::Marked));
 }
 
 void PosixSerialLine::CheckAlive() {

@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "base/conversions.h"
+#include "platform/LineDamage.h"
 #include "platform/Platform.h"
+#include "platform/windows/CommErrors.h"
 #include "platform/windows/Handle.h"
 #include "platform/windows/LineMode.h"
 #include "platform/windows/OpenError.h"
@@ -17,7 +19,8 @@ namespace {
 
 using Steady = std::chrono::steady_clock;
 
-constexpr DWORD kReadLimit = 64 * 1024;    // bytes
+constexpr DWORD kReadLimit = 64 * 1024;    // bytes; more than the longest record
+constexpr DWORD kSendQueue = 4 * 1024;     // bytes
 constexpr std::size_t kWriteChunk = 1024;  // bytes that one operation sends
 constexpr std::int64_t kBitsPerByte = 12;  // start, 8 data, parity and 2 stop bits
 constexpr DWORD kReadPatience = 1000;      // milliseconds; a read takes only what is there already
@@ -30,14 +33,6 @@ RunTimeError Gone(std::int32_t number, const std::string& device, DWORD error) {
           {},
           "The system says: " + SystemReason(error) +
               ".|Check the scanner's power, its cable and the adaptor, then start the reader again."};
-}
-
-RunTimeError Damaged(const std::string& device) {
-  return {kErrorLineRead,
-          "A byte from " + device + " came damaged.",
-          {},
-          "The line's parity check failed. Check that bit rate, data bits and parity of reader and scanner "
-          "agree, and the cable."};
 }
 
 RunTimeError NotTaken(const std::string& device) {
@@ -74,11 +69,15 @@ class WindowsSerialLine : public SerialLine {
         arrival_(port_.Get()) {}
   ~WindowsSerialLine() override;
 
-  // What came while nobody listened belongs to no conversation.
+  // What came while nobody listened, and what became of it, belongs to no conversation.
   void Start(const LineSettings& settings) {
+    // A driver that has no such queues keeps its own.
+    ::SetupComm(port_.Get(), kReadLimit, kSendQueue);
     mode_.Set(settings);
     bitRate_ = settings.bitRate;
     ::PurgeComm(port_.Get(), PURGE_RXCLEAR);
+    DWORD before = 0;
+    ::ClearCommError(port_.Get(), &before, nullptr);
     ::SetCommMask(port_.Get(), EV_RXCHAR);
     WatchArrival();
   }
@@ -115,8 +114,7 @@ COMSTAT WindowsSerialLine::Status(std::int32_t errorNumber) {
   DWORD errors = 0;
   COMSTAT status{};
   if (!::ClearCommError(port_.Get(), &errors, &status)) throw Gone(errorNumber, device_, ::GetLastError());
-  // Reported only where the line checks parity; a damaged byte must not pass for a mark.
-  if ((errors & CE_RXPARITY) != 0) throw Damaged(device_);
+  if (const auto damage = DamageIn(errors)) throw Damaged(device_, *damage);
   return status;
 }
 

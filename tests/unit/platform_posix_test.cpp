@@ -22,6 +22,7 @@
 #include "platform/Platform.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/HostLoop.h"
+#include "platform/posix/LineCounters.h"
 #include "platform/posix/ParityMarks.h"
 #include "platform/posix/SerialLine.h"
 
@@ -142,6 +143,8 @@ TEST(PosixSerialLine, ParityStopBitsAndHandshakingReachTheDevice) {
     const termios2 modes = ModesOf(terminal->DevicePath());
     EXPECT_EQ(modes.c_cflag & (PARODD | CMSPAR | CSTOPB | CRTSCTS), control) << settings.parity;
     EXPECT_EQ(modes.c_iflag & (IXON | IXOFF), input) << settings.handshaking;
+    EXPECT_EQ(modes.c_iflag & (PARMRK | INPCK | IGNPAR), static_cast<tcflag_t>(PARMRK | INPCK))
+        << "a damaged byte must come marked";
     EXPECT_EQ(modes.c_lflag & (ICANON | ECHO | ISIG), 0U);
   }
 }
@@ -268,6 +271,23 @@ TEST(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
   EXPECT_EQ(ReadWithin(*line, all.size()), all);
   line->Write(all);
   EXPECT_EQ(SentWithin(*terminal, all.size()), all);
+}
+
+// How often this process has called read() by now, the reading of that number included.
+long ReadCalls() {
+  const std::string text = Content("/proc/self/io");
+  return std::stol(text.substr(text.find("syscr:") + 6));
+}
+
+TEST(PosixSerialLine, AShortReadIsNotFollowedByAnotherThatFindsNothing) {
+  const auto terminal = CreatePseudoTerminal();
+  const auto line = OpenPath(terminal->DevicePath());
+  terminal->Write("short");
+  PosixHostLoop().Pause(line->Arrival(), Milliseconds(1000));
+  const long before = ReadCalls();
+  const long own = ReadCalls() - before;
+  EXPECT_EQ(line->Read(), "short");
+  EXPECT_EQ(ReadCalls() - before, 2 * own + 1);
 }
 
 TEST(PosixSerialLine, TheLastBytesBeforeClosingArrive) {
@@ -497,6 +517,37 @@ TEST(ParityMarks, EverySplitYieldsTheBytesAndTheDamage) {
         << split;
     EXPECT_TRUE(marks.TakeDamage()) << split;
     EXPECT_FALSE(marks.TakeDamage()) << split;
+  }
+}
+
+TEST(CounterWatch, TellsWhatWasCountedSinceTheLastLookAndNothingOfBefore) {
+  const LineCounters opened{3, 1, 4, 1, 5};  // parity, framing, break, port and system overruns
+  CounterWatch watch;
+  watch.Start(opened);
+  EXPECT_EQ(watch.Look(opened), std::nullopt);
+  LineCounters now = opened;
+  for (std::size_t i = 0; i < now.size(); ++i) {
+    now[i] += 2;
+    EXPECT_EQ(watch.Look(now), kCounted[i]);
+    EXPECT_EQ(watch.Look(now), std::nullopt);
+  }
+  watch.Start(std::nullopt);
+  EXPECT_EQ(watch.Look(std::nullopt), std::nullopt) << "a device that counts nothing";
+  EXPECT_EQ(watch.Look(now), std::nullopt);
+}
+
+TEST(LineDamage, IsAnErrorOfTheLineThatSaysWhatHappened) {
+  const std::pair<LineDamage, const char*> cases[] = {{LineDamage::Marked, "parity and stop bits"},
+                                                      {LineDamage::Parity, "parity check failed"},
+                                                      {LineDamage::Framing, "no stop bit"},
+                                                      {LineDamage::Break, "interrupted"},
+                                                      {LineDamage::PortOverrun, "faster than the port"},
+                                                      {LineDamage::SystemOverrun, "the system had room"}};
+  for (const auto& [damage, happened] : cases) {
+    const RunTimeError error = Damaged("/dev/ttyS0", damage);
+    EXPECT_EQ(error.Number(), kErrorLineRead);
+    EXPECT_EQ(error.Description(), "A byte from /dev/ttyS0 came damaged.");
+    EXPECT_THAT(error.Detail(), HasSubstr(happened));
   }
 }
 

@@ -1,0 +1,71 @@
+// The serial control over a line that counts how often it is asked.
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "base/RunTimeError.h"
+#include "transport/SerialPort.h"
+
+namespace tesk::test {
+namespace {
+
+struct CountedLine : SerialSystem {
+  class Line : public SerialLine {
+   public:
+    explicit Line(CountedLine& counted) : counted_(counted) {}
+    std::string Read() override { return ++counted_.asked, std::exchange(counted_.arrived, {}); }
+    void Write(std::string_view) override {}
+
+   private:
+    CountedLine& counted_;
+  };
+  std::unique_ptr<SerialLine> Open(std::int16_t, const LineSettings&) override {
+    return std::make_unique<Line>(*this);
+  }
+
+  std::string arrived;
+  int asked = 0;
+};
+
+TEST(SerialPort, TakesWhatWaitsInOrderAndAsksTheLineOnlyForMore) {
+  const auto line = std::make_shared<CountedLine>();
+  SerialPort port(line);
+  port.SetPortOpen(true);
+  line->arrived = "abcdefg";
+  EXPECT_EQ(port.InBufferCount(), 7);
+  const struct {
+    std::int16_t inputLen;
+    const char* arrives;
+    const char* taken;
+    int asked;
+  } kSteps[] = {{1, "", "a", 0}, {3, "hi", "bcd", 0}, {3, "", "efg", 0}, {3, "", "hi", 1},
+                {1, "", "", 1},  {2, "jkl", "jk", 1}, {0, "m", "lm", 1}, {0, "", "", 1}};
+  for (const auto& step : kSteps) {
+    line->asked = 0;
+    line->arrived += step.arrives;
+    port.SetInputLen(step.inputLen);
+    EXPECT_EQ(port.Input(), step.taken);
+    EXPECT_EQ(line->asked, step.asked) << step.taken;
+  }
+}
+
+TEST(SerialPort, AnOpeningForgetsWhatWaited) {
+  const auto line = std::make_shared<CountedLine>();
+  SerialPort port(line);
+  port.SetPortOpen(true);
+  line->arrived = "old";
+  port.SetInputLen(1);
+  EXPECT_EQ(port.Input(), "o");
+  port.SetPortOpen(false);
+  port.SetInputLen(0);
+  EXPECT_THROW(port.Input(), RunTimeError);
+  port.SetPortOpen(true);
+  line->arrived = "new";
+  EXPECT_EQ(port.InBufferCount(), 3);
+  EXPECT_EQ(port.Input(), "new");
+}
+
+}  // namespace
+}  // namespace tesk::test

@@ -18,9 +18,11 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/HostServices.h"
@@ -34,7 +36,7 @@ namespace tesk::basSekonicSR {
 namespace {
 
 constexpr std::int32_t kRows = 200;    // the most that a sheet has
-constexpr std::int32_t kColumns = 48;  // of every sheet
+constexpr std::int32_t kColumns = 48;  // the most, and what the set-up asks for
 constexpr std::size_t kMarkBytes = std::size_t{kRows} * std::size_t{kColumns};
 constexpr std::size_t kTextBytes = 256;          // of a barcode, its final zero included
 constexpr std::size_t kInformationFields = 256;  // more than any barcode information takes
@@ -140,6 +142,29 @@ class LibraryRoom {
 
 // ---- Starting
 
+// The library from a start on. The scanner is closed at the latest when the engine lets go of it.
+struct ClosesScanner {
+  std::shared_ptr<OmrLibrary> library;
+  bool open = false;
+
+  // Ignored: nobody is left to be told.
+  void operator()(OmrLibrary*) const {
+    if (open) static_cast<void>(Attempt([&] { library->OMR_CloseDevice(); }));
+  }
+};
+
+std::shared_ptr<OmrLibrary> Load(const clsTeskReader& reader) {
+  const auto loader = reader.OmrLoader();
+  auto library = loader ? loader->Load() : nullptr;
+  if (!library) return nullptr;
+  OmrLibrary* const functions = library.get();
+  return {functions, ClosesScanner{std::move(library)}};
+}
+
+void NoteOpen(const std::shared_ptr<OmrLibrary>& library, bool open) {
+  if (auto* const closes = std::get_deleter<ClosesScanner>(library)) closes->open = open;
+}
+
 std::shared_ptr<OmrLibrary> LibraryOf(const clsTeskReader& reader) {
   Deref(reader.Omr());
   return reader.Omr();
@@ -177,7 +202,7 @@ bool SetUpFeedMode(OmrLibrary& library) {
 }
 
 bool SetUp(const clsTeskReader& reader, OmrLibrary& library) {
-  if (!OpenDevice(library) || !SetUpReadingMethod(library) || !SetUpColumns(library)) return false;
+  if (!SetUpReadingMethod(library) || !SetUpColumns(library)) return false;
   library.OMR_SetBackSensorUnit(reader.TwoSided() ? 1
                                                   : 0);  // unchecked: single-sided models have no such unit
   return SetUpFeedMode(library);
@@ -279,7 +304,7 @@ bool Feed(const clsTeskReader& reader, OmrLibrary& library) {
   return false;
 }
 
-std::optional<Side> TakeSide(OmrLibrary& library, const SideOfSheet& which) {
+std::optional<Side> TakeSide(OmrLibrary& library, const SideOfSheet& which, std::int32_t columns) {
   LibraryRoom<std::uint8_t> buffer(kMarkBytes);
   std::int32_t rows = kRows;
   const bool failed = library.OMR_GetMarks(which.number, rows, buffer.Room()) == 0;
@@ -290,7 +315,7 @@ std::optional<Side> TakeSide(OmrLibrary& library, const SideOfSheet& which) {
   side.rows = static_cast<std::int16_t>(rows);
   auto mark = buffer.Room().begin();
   for (std::int32_t row = 1; row <= rows; ++row) {
-    for (std::int32_t column = 1; column <= kColumns; ++column) side.marks.At(row, column) = *mark++;
+    for (std::int32_t column = 1; column <= columns; ++column) side.marks.At(row, column) = *mark++;
   }
   return side;
 }
@@ -301,12 +326,12 @@ struct Page {
   std::optional<BarcodeArray> barcodes;
 };
 
-std::optional<Page> TakePage(OmrLibrary& library, bool twoSided, bool barcodes) {
+std::optional<Page> TakePage(OmrLibrary& library, std::int32_t columns, bool twoSided, bool barcodes) {
   Page page;
-  auto front = TakeSide(library, kFront);
+  auto front = TakeSide(library, kFront, columns);
   if (!front) return std::nullopt;
   page.front = std::move(*front);
-  if (twoSided && !(page.back = TakeSide(library, kBack))) return std::nullopt;
+  if (twoSided && !(page.back = TakeSide(library, kBack, columns))) return std::nullopt;
   if (barcodes && !(page.barcodes = TakeBarcodes(library))) return std::nullopt;
   return page;
 }
@@ -378,10 +403,11 @@ bool InitReaderSR(clsTeskReader& reader) {
   return Guarded("basSekonicSR.InitReaderSR", [&] {
     // A start that failed leaves the scanner open until the reader is ended; a new start begins afresh.
     CloseReaderSR(reader);
-    const auto loader = reader.OmrLoader();
-    reader.SetOmr(loader ? loader->Load() : nullptr);
-    const auto library = reader.Omr();
+    const auto library = Load(reader);
+    reader.SetOmr(library);
     if (!library) return ShowLibraryMissing(), false;
+    if (!OpenDevice(*library)) return false;
+    NoteOpen(library, true);
     if (!SetUp(reader, *library)) return false;
     // Sheets can be read without their barcodes, so this does not end the start.
     if (WantsBarcodes(reader)) InitBarcodeSR(reader);
@@ -402,6 +428,7 @@ bool CloseReaderSR(clsTeskReader& reader) {
   return Guarded("basSekonicSR.CloseReaderSR", [&] {
     const auto library = reader.Omr();
     reader.SetOmr(nullptr);
+    NoteOpen(library, false);
     return !library || library->OMR_CloseDevice() == 0;
   });
 }
@@ -415,10 +442,10 @@ std::optional<Sheet> ReadPageSR(clsTeskReader& reader, std::int16_t /*threshold*
     const bool twoSided = reader.TwoSided();
     if (barcodes) SetUpBarcodes(reader, *library);
     const std::int32_t columns = library->OMR_GetNumberOfColumnsToRead();
-    // Before the feeding: with another count the library would fill another extent than there is room for.
-    if (columns != kColumns) return Disbelieve("Columns: ", columns), std::nullopt;
+    // Before the feeding: with more columns the library would fill another extent than there is room for.
+    if (columns < 1 || columns > kColumns) return Disbelieve("Columns: ", columns), std::nullopt;
     if (!Feed(reader, *library)) return std::nullopt;
-    auto page = TakePage(*library, twoSided, barcodes);
+    auto page = TakePage(*library, columns, twoSided, barcodes);
     return page ? std::optional(SheetOf(std::move(*page))) : std::nullopt;
   });
 }

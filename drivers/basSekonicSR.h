@@ -1,5 +1,6 @@
 // The driver of the Sekonic USB mark readers: SR1800, SR2300, SR3500 and SR6500. It reaches them through the
-// scanner maker's library, which the engine keeps from the start of a reading run to its end.
+// scanner maker's library, which the engine keeps from the start of a reading run to its end. An engine that goes,
+// or becomes another reader type, closes the scanner.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +23,7 @@ bool InitBarcodeSR(clsTeskReader& reader);
 bool CloseReaderSR(clsTeskReader& reader);
 
 // Feeds and reads one sheet. Both side arrays become 200 x 48, one mark byte (0..255) per position as the
-// library delivers it, a side that was not read all 0; the timing-mark counts are the rows that have values.
+// library delivers it, rows as long as its column count says and the rest 0; a side that was not read all 0; the timing-mark counts are the rows that have values.
 // threshold: the engine's; marks are not scaled by it.
 std::optional<Sheet> ReadPageSR(clsTeskReader& reader, std::int16_t threshold);
 

@@ -260,6 +260,7 @@ void clsTeskReader::SetColorDepth(teskReaderColorDepth v) {
 
 void clsTeskReader::SetReaderType(teskReaderType v) {
   Guarded("clsTeskReader.ReaderType", [&] {
+    if (v != readerType_) omr_ = nullptr;
     readerType_ = v;
     Deref(printer_).SetType(v);
   });

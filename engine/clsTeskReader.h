@@ -140,7 +140,7 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   void SetRecognitionMode(teskRecognitionType v) { recognitionMode_ = v; }
 
   teskReaderType ReaderType() const { return readerType_; }
-  void SetReaderType(teskReaderType v);  // re-types the imprinter
+  void SetReaderType(teskReaderType v);  // re-types the imprinter; another type lets go of a library
   std::string ReaderName() const;        // display name of ReaderType
 
   bool CancelScan() const { return cancelScan_; }  // True at first

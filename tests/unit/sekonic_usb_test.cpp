@@ -2,6 +2,7 @@
 // texts, and a library that is missing or lies.
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,7 +54,9 @@ class UsbBench {
     reader->AddEvents(events);
     reader->StoreSheet({.side1 = kUntouched, .side2 = kUntouched});
   }
-  ~UsbBench() { reader->RemoveEvents(events); }
+  ~UsbBench() {
+    if (reader) reader->RemoveEvents(events);
+  }
 
   void WantBarcode(std::int16_t page, std::int16_t distance, std::int16_t length,
                    teskBarcodeOrientation orientation = teskBarcodeOrientationVertical) {
@@ -259,6 +262,30 @@ TEST(SekonicUsbStart, AMissingLibraryIsShownWithWhereToGetIt) {
   EXPECT_THAT(host.errors, IsEmpty());
 }
 
+TEST(SekonicUsbStart, AnEngineThatGoesOrChangesItsTypeClosesTheScannerOnceAndOnlyWhereItIsOpen) {
+  const std::pair<const char*, std::function<void(UsbBench&)>> cases[] = {
+      {"goes", [](UsbBench& b) { b.reader->RemoveEvents(b.events), b.reader = nullptr; }},
+      {"changes within the family",
+       [](UsbBench& b) { b.reader->SetReaderType(teskReaderTypeSekonicSR1800); }},
+      {"changes", [](UsbBench& b) { b.reader->LoadDefaults(teskReaderTypePDIVMR138); }},
+      {"ends", [](UsbBench& b) { b.reader->EndReader(), b.reader->SetReaderType(teskReaderTypeNone); }},
+  };
+  for (const auto& [what, act] : cases) {
+    UsbBench bench("");
+    EXPECT_TRUE(bench.reader->StartReader());
+    bench.reader->SetReaderType(teskReaderTypeSekonicSR3500);
+    bench.NewCalls();
+    act(bench);
+    EXPECT_THAT(bench.NewCalls(), ElementsAre("OMR_CloseDevice() = 0")) << what;
+    EXPECT_THAT(bench.scanner->Complaints(), IsEmpty()) << what;
+  }
+  UsbBench closed("answer OMR_OpenDeviceUSB 1 5");
+  EXPECT_FALSE(closed.reader->StartReader());
+  closed.NewCalls();
+  closed.reader->SetReaderType(teskReaderTypeNone);
+  EXPECT_THAT(closed.NewCalls(), IsEmpty());
+}
+
 TEST(SekonicUsbStart, EndingReleasesTheLibraryAndTellsARefusedClose) {
   UsbBench bench("answer OMR_CloseDevice 1 4");
   EXPECT_TRUE(bench.reader->StartReader());
@@ -339,6 +366,28 @@ TEST(SekonicUsbRead, MarkBytesAreNeitherScaledNorSigned) {
   EXPECT_EQ(bench.reader->Side1Array().At(1, 48), 255);
   EXPECT_EQ(bench.reader->Side1Array().At(2, 1), 128);
   EXPECT_EQ(bench.reader->Side1Array().At(2, 2), 0);
+}
+
+TEST(SekonicUsbRead, ASmallerColumnCountLaysTheRowsOutAsTheLibraryDoes) {
+  for (const std::int32_t columns : {1, 40, 47}) {
+    const std::string script = "sheets 1 30 7 two-sided";
+    UsbBench bench(script);
+    bench.reader->SetDuplex(true);
+    bench.reader->SetDuplexForm(true);
+    EXPECT_TRUE(bench.reader->StartReader());
+    bench.scanner->SetNumberOfColumnsToRead(columns);
+    EXPECT_TRUE(bench.reader->ReadPage());
+    const auto sheet = DeviceOf(script).sheets[0];
+    for (const auto& [read, paper] : {std::pair(bench.reader->Side1Array(), OnGrid(sheet.side1)),
+                                      std::pair(bench.reader->Side2Array(), OnGrid(sheet.side2))}) {
+      for (std::int32_t row = 1; row <= 200; ++row) {
+        for (std::int32_t column = 1; column <= 48; ++column) {
+          ASSERT_EQ(read.At(row, column), column <= columns ? paper.At(row, column) : 0) << row << column;
+        }
+      }
+    }
+    EXPECT_EQ(bench.reader->Side1TimingMarks(), 30);
+  }
 }
 
 TEST(SekonicUsbRead, TimingLineErrorsAreToleratedAndTheSheetIsRead) {
@@ -539,7 +588,8 @@ TEST(SekonicUsbHostile, NothingOfASheetIsTakenFromALibraryThatCannotBeRight) {
       {"report OMR_GetMarks 2 2147483647", "Rows: 2147483647"},
       {"overrun OMR_GetMarks 1", "It wrote beyond the memory that it was given."},
       {"overrun OMR_GetMarks 2", "It wrote beyond the memory that it was given."},
-      {"answer OMR_GetNumberOfColumnsToRead 2 47", "Columns: 47"},
+      {"answer OMR_GetNumberOfColumnsToRead 2 49", "Columns: 49"},
+      {"answer OMR_GetNumberOfColumnsToRead 2 0", "Columns: 0"},
       {"answer OMR_GetNumberOfColumnsToRead 2 -2147483648", "Columns: -2147483648"},
       {"answer OMR_GetNumberOfColumnsToRead 2 2147483647", "Columns: 2147483647"},
       {"report OMR_GetBarcodeInfo 1 -1", "Barcodes: -1"},

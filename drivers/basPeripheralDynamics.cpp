@@ -11,23 +11,33 @@
 //   host     "9"                      end of reading; also closes
 //   host     "3" | "4"                reject or eject the sheet
 //
-// A record tells nowhere how many rows it has: the first row number comes from counting what waits behind the
-// line feed.
+// A record tells nowhere how many rows it has: the number of its bytes does, so the rows are placed when all of
+// it is here.
 #include "drivers/basPeripheralDynamics.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
 #include "drivers/Message.h"
-#include "drivers/OldExchange.h"
+#include "drivers/SerialExchange.h"
+#include "drivers/vmrRecord.h"
 #include "engine/clsTeskReader.h"
 
 namespace tesk::basPeripheralDynamics {
 namespace {
+
+struct Kept : SerialSession {
+  RecordHabits habits;
+};
+
+SerialExchange Exchange(clsTeskReader& reader) { return {reader, reader.Kept<Kept>()}; }
 
 constexpr std::string_view kStart = "0";
 constexpr std::string_view kStatus = "Q";
@@ -42,10 +52,9 @@ constexpr Milliseconds kAfterStart{500};
 constexpr Milliseconds kAfterReject{1000};
 constexpr Milliseconds kAfterEject{100};
 constexpr std::int32_t kThresholdTimeOut = 1000;  // milliseconds
-constexpr std::int32_t kThresholdLength = 2;
 
-constexpr std::uint8_t kLineFeed = 10;
-constexpr std::uint8_t kCarriageReturn = 13;
+constexpr char kLineFeed = '\n';
+constexpr char kCarriageReturn = '\r';
 
 // ---- Messages
 
@@ -71,7 +80,7 @@ void ShowDataLoss(const clsTeskReader& reader) {
 
 // ---- Status
 
-constexpr std::int32_t kStatusLength = 3;
+constexpr std::size_t kStatusLength = 3;
 constexpr std::int16_t kReadUnderWay = 32;  // status 1
 
 // Status 1, in the order in which the bits are looked for; the first is shown.
@@ -92,11 +101,64 @@ constexpr struct {
       "The PDI scanner reports a paper jam.  Clear the form from the paper transport and retry."}},
 };
 
+struct Status {
+  std::int16_t first = 0;
+  std::int16_t second = 0;
+  bool begun = false;  // the line feed of a sheet that was under way came with the status, and was taken
+
+  bool UnderWay() const { return (first & kReadUnderWay) != 0; }
+};
+
+// Whether nothing stands behind a status but, where a sheet is under way, the line feed of its record. A byte
+// of something else in front would push one of the status's own there.
+bool StandsAlone(SerialExchange& line, const std::string& text, Status& status) {
+  if (!status.UnderWay()) return line.Tail("Q" + text).empty() && !line.Surplus();
+  if (!line.Follows()) return true;
+  Bytes behind(1);
+  status.begun = line.Take(behind) == Wait::Arrived && behind.Text()[0] == kLineFeed;
+  return status.begun;
+}
+
+// Empty after a message or a cancel. More than a status is asked for once more.
+std::optional<Status> AskStatus(SerialExchange& line) {
+  for (int attempt = 1; attempt <= 2; ++attempt) {
+    line.Ask(kStatus);
+    line.Rest(5);
+    Bytes answer(kStatusLength);
+    const Wait wait = line.Take(answer);
+    if (wait == Wait::Cancelled) return std::nullopt;
+    if (wait == Wait::TimedOut) break;
+    const std::string& text = answer.Text();
+    Status status{static_cast<std::uint8_t>(text[1]), static_cast<std::uint8_t>(text[2])};
+    if (StandsAlone(line, text, status)) return status;
+    line.Session().outOfStep = true;
+  }
+  Show(kStatusSilence);
+  return std::nullopt;
+}
+
+// Empty after a message or a cancel; after an error the sheet has been ejected.
+std::optional<Status> CheckStatus(clsTeskReader& reader) {
+  return Guarded("basPeripheralDynamics.CheckStatusPD", [&]() -> std::optional<Status> {
+    SerialExchange line = Exchange(reader);
+    line.Rest(5);
+    const auto status = AskStatus(line);
+    if (!status) return std::nullopt;
+    for (const auto& condition : kConditions) {
+      if ((status->first & condition.bit) == 0) continue;
+      Show(condition.message);
+      EjectPagePD(reader);
+      return std::nullopt;
+    }
+    return status;
+  });
+}
+
 // What the scanner still has to be told after its start.
-void CompleteSetUp(OldExchange& line, std::int16_t status1, std::int16_t status2) {
-  if ((status1 & 16) != 0) line.Tell("D");
-  if ((status1 & 4) != 0) line.Tell("G");
-  if ((status2 & 8) == 0) return;
+void CompleteSetUp(SerialExchange& line, const Status& status) {
+  if ((status.first & 16) != 0) line.Tell("D");
+  if ((status.first & 4) != 0) line.Tell("G");
+  if ((status.second & 8) == 0) return;
   line.Rest(2);
   line.Tell("E");
   line.Rest(2);
@@ -104,9 +166,7 @@ void CompleteSetUp(OldExchange& line, std::int16_t status1, std::int16_t status2
 
 // ---- Threshold
 
-void Sleep(const clsTeskReader& reader, std::int64_t milliseconds) {
-  if (milliseconds > 0) reader.Loop().Sleep(Milliseconds(milliseconds));
-}
+constexpr std::size_t kThresholdLength = 2;
 
 // The timer with an interval of its own; the engine's time-out is back at the end.
 class ShortTimeOut {
@@ -124,124 +184,124 @@ class ShortTimeOut {
 };
 
 // The value of an upper-case hexadecimal digit.
-std::optional<std::int32_t> DigitValue(std::optional<std::uint8_t> digit) {
-  if (!digit) return std::nullopt;
-  if (*digit >= '0' && *digit <= '9') return *digit - '0';
-  if (*digit >= 'A' && *digit <= 'F') return *digit - 'A' + 10;
+std::optional<std::int32_t> DigitValue(char digit) {
+  if (digit >= '0' && digit <= '9') return digit - '0';
+  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
   return std::nullopt;
 }
 
 // The threshold that the scanner answers with, 192 to 255; empty for anything else.
-std::optional<std::int32_t> TakeThreshold(OldExchange& line) {
-  const auto high = DigitValue(line.TakeByte());
-  const auto low = DigitValue(line.TakeByte());
+std::optional<std::int32_t> ThresholdOf(const std::string& answer) {
+  if (answer.size() != kThresholdLength) return std::nullopt;
+  const auto high = DigitValue(answer[0]);
+  const auto low = DigitValue(answer[1]);
   if (!high || !low || *high < 12) return std::nullopt;
   return *high * 16 + *low;
 }
 
+// Empty after a message or a cancel.
+std::optional<std::int32_t> AskThreshold(SerialExchange& line, Milliseconds pause) {
+  line.Ask(kThresholdUp);
+  line.Pause(pause * 5);
+  const ShortTimeOut timeOut(line.Timer(), kThresholdTimeOut);
+  Bytes answer(kThresholdLength);
+  if (line.Take(answer) == Wait::Cancelled) return std::nullopt;
+  if (answer.Text().empty()) return Show(kThresholdSilence), std::nullopt;
+  const auto threshold = ThresholdOf(answer.Text());
+  // More than two digits: these need not be its own.
+  if (threshold && !line.Follows()) return threshold;
+  return Show(kThresholdInvalid), std::nullopt;
+}
+
 // False: cancelled.
-bool Step(clsTeskReader& reader, OldExchange& line, std::int32_t steps, std::int32_t pause) {
+bool Step(clsTeskReader& reader, SerialExchange& line, std::int32_t steps, Milliseconds pause) {
   const std::string_view command = steps > 0 ? kThresholdUp : kThresholdDown;
   for (std::int32_t left = steps > 0 ? steps : -steps; left > 0; --left) {
     line.Tell(command);
     reader.Loop().DoEvents(line.Port().Arrival());
     if (line.Cancelled()) return false;
     line.Clear();
-    Sleep(reader, pause);
+    line.Pause(pause);
   }
   return true;
 }
 
 // ---- Reading a sheet
 
-// The rows of one sheet as they come: from the last one up.
-class Rows {
- public:
-  explicit Rows(std::int16_t mark) : mark_(mark) {}
-
-  void StartAt(std::int16_t row) {
-    row_ = row;
-    counted_ = true;
-  }
-  // More rows came than were counted: all of them have been placed too low.
-  bool Overrun() const { return counted_ && row_ < 0; }
-  bool Counted() const { return counted_; }
-  // All the rows that were counted have been placed.
-  bool Complete() const { return counted_ && row_ < 1 && !secondHalf_; }
-
-  // Places one half of a row. Throws error 9 for a mark outside the array.
-  void Place(std::uint8_t byte) {
-    if (byte != kNoMarks) {
-      for (std::int32_t i = 0; i < kColumnsPerByte; ++i) {
-        if ((byte >> i & 1) != 0) side_.At(row_, (secondHalf_ ? kColumnsPerByte : 0) + i + 1) = mark_;
-      }
-    }
-    if (secondHalf_) row_ = Narrow<std::int16_t>(row_ - 1);
-    secondHalf_ = !secondHalf_;
-  }
-
-  SideArray& Side() { return side_; }
-
- private:
-  static constexpr std::uint8_t kNoMarks = 64;
-  static constexpr std::int32_t kColumnsPerByte = 6;
-
-  SideArray side_{500, 14};
-  std::int16_t mark_;
-  std::int16_t row_ = 0;
-  bool counted_ = false;
-  bool secondHalf_ = false;
-};
-
-// Half of the bytes behind the line feed less two, rounded half up: the number of rows both where one
-// carriage return ends the record and where two bytes do.
-std::int16_t RowsIn(std::int32_t waiting) {
-  return waiting == 0 ? std::int16_t{-1} : Narrow<std::int16_t>((waiting - 1) / 2);
-}
-
-// Takes the byte in front of the rows; rows are counted only behind a line feed.
-void TakeFirst(clsTeskReader& reader, OldExchange& line, std::uint8_t byte, Rows& rows) {
-  line.Rest(5);
-  if (byte != kLineFeed) return;
-  // On a slow line the record is not complete after the pause, and too low a count would move every row.
-  const std::int16_t count = RowsIn(line.WaitingOnceQuiet());
-  rows.StartAt(count);
-  reader.SetSide1TimingMarks(count);
-}
-
-// Whether `byte`, behind the last row, begins an ending of two bytes: a carriage return and one more, or a
-// line feed and a carriage return. Takes the second one.
-bool EndsInTwo(OldExchange& line, std::uint8_t byte) {
-  if (byte != kCarriageReturn && byte != kLineFeed) return false;
-  if (line.Waiting() != 1) return false;
-  const auto second = line.TakeByte();
-  return (byte == kCarriageReturn || second == kCarriageReturn) && !line.FollowsWithoutGap();
-}
-
-// Takes one sheet from its first byte on. False: cancelled, or shown.
-bool TakeSheet(clsTeskReader& reader, OldExchange& line, Rows& rows) {
-  bool first = true;
-  Wait wait = line.ForBytesWithoutLimit();
-  for (; wait == Wait::Arrived && !line.Cancelled(); wait = line.ForBytes()) {
-    const std::uint8_t byte = line.TakeByte().value();
-    if (byte == kCarriageReturn && !line.FollowsWithoutGap()) {
-      // What came without a line feed in front was never placed.
-      const bool lost = rows.Overrun() || (!first && !rows.Counted());
-      if (lost) ShowDataLoss(reader);
-      return !lost;
-    }
-    if (first) {
-      TakeFirst(reader, line, byte, rows);
-    } else if (rows.Complete() && EndsInTwo(line, byte)) {
-      return true;
-    } else if (Attempt([&] { rows.Place(byte); })) {
-      return ShowDataLoss(reader), false;
-    }
-    first = false;
-  }
-  // A record that breaks off would otherwise be waited for until somebody cancels.
-  if (wait == Wait::TimedOut) ShowDataLoss(reader);
+// What came is no sheet, and nobody knows what comes next.
+bool Refuse(const clsTeskReader& reader, SerialExchange& line) {
+  line.Session().outOfStep = true;
+  ShowDataLoss(reader);
   return false;
+}
+
+// A host that cancels keeps a sheet that has arrived; one that still comes it gives up.
+Wait TakeToItsEnd(SerialExchange& line, VmrRecord& record) {
+  Wait wait = line.Take(record, kEachPiece);
+  while (wait == Wait::Arrived && record.MayBeOver()) {
+    const bool waits = line.Port().InBufferCount() > 0;
+    if (!waits && !line.Follows()) return wait;
+    if (!waits && line.Cancelled()) {
+      line.Session().outOfStep = true;
+      return Wait::Cancelled;
+    }
+    record.GoOn();
+    wait = line.Take(record, kEachPiece);
+  }
+  return wait;
+}
+
+// False: cancelled, or shown.
+bool TakeRows(clsTeskReader& reader, SerialExchange& line, VmrRecord& record) {
+  const Wait wait = TakeToItsEnd(line, record);
+  if (wait == Wait::Cancelled) return false;
+  // A record that breaks off would otherwise be waited for until somebody cancels.
+  if (wait == Wait::TimedOut || record.Damaged()) return Refuse(reader, line);
+  reader.SetSide1TimingMarks(Narrow<std::int16_t>(record.Data().size() / 2));
+  return true;
+}
+
+// Waits for a sheet, of which the line feed may have begun it already, and takes all of it. False: cancelled,
+// or shown.
+bool TakeSheet(clsTeskReader& reader, SerialExchange& line, bool begun, VmrRecord& record) {
+  if (!begun) {
+    Bytes first(1);
+    if (line.Take(first, kForPerson) != Wait::Arrived) return false;
+    const bool ends = first.Text()[0] == kCarriageReturn;
+    if (ends ? line.Follows() : first.Text()[0] != kLineFeed) return Refuse(reader, line);
+    // Kept: an ending alone is a sheet, of which no rows were counted.
+    if (ends) return reader.SetSide1TimingMarks(-1), true;
+  }
+  line.Rest(5);
+  return TakeRows(reader, line, record);
+}
+
+// The end of a reading, for which the scanner gets its time. False: something came behind the record, shown.
+bool EndReading(clsTeskReader& reader, SerialExchange& line) {
+  const Milliseconds pause(std::int64_t{5} * std::max(reader.SleepTime(), 0));
+  line.Tell(kEndReading);
+  line.Pause(std::max(pause, line.Moment()));
+  return !line.Surplus() || Refuse(reader, line);
+}
+
+std::optional<Sheet> ReadSheet(clsTeskReader& reader, std::int16_t mark) {
+  const auto status = CheckStatus(reader);
+  if (!status) return std::nullopt;
+  const auto kept = reader.Kept<Kept>();
+  SerialExchange line(reader, kept);
+  if (!status->UnderWay()) {
+    // The next sheet stays where it is when nobody waits for it any more.
+    if (reader.CancelScan()) return std::nullopt;
+    line.Ask(kReadSheet);
+    line.Rest(5);
+  }
+  VmrRecord record(kept->habits);
+  if (!TakeSheet(reader, line, status->begun, record)) return std::nullopt;
+  Sheet sheet;
+  const auto misplaced = Attempt([&] { sheet.side1 = PlaceRows(record.Data(), mark); });
+  if (misplaced ? !Refuse(reader, line) : !EndReading(reader, line)) return std::nullopt;
+  record.Teach(kept->habits);
+  return sheet;
 }
 
 }  // namespace
@@ -250,14 +310,15 @@ bool TakeSheet(clsTeskReader& reader, OldExchange& line, Rows& rows) {
 
 bool InitReaderPD(clsTeskReader& reader) {
   return Guarded("basPeripheralDynamics.InitReaderPD", [&] {
-    OldExchange line(reader);
-    line.Port().SetInputLen(1);
+    const auto kept = reader.Kept<Kept>();
+    kept->Forget();
+    kept->habits = {};
+    SerialExchange line(reader, kept);
     line.Ask(kStart);
-    reader.Loop().Sleep(kAfterStart);
-    std::int16_t status1 = 0;
-    std::int16_t status2 = 0;
-    if (!CheckStatusPD(reader, status1, status2)) return false;
-    CompleteSetUp(line, status1, status2);
+    line.Pause(kAfterStart);
+    const auto status = CheckStatus(reader);
+    if (!status) return false;
+    CompleteSetUp(line, *status);
     line.Clear();
     return SetRecThresholdPD(reader, reader.SleepTime());
   });
@@ -265,24 +326,19 @@ bool InitReaderPD(clsTeskReader& reader) {
 
 void CloseReaderPD(clsTeskReader& reader) {
   Guarded("basPeripheralDynamics.CloseReaderPD", [&] {
-    OldExchange line(reader);
+    SerialExchange line = Exchange(reader);
     if (line.Port().PortOpen()) line.Tell(kEndReading);
   });
 }
 
 bool SetRecThresholdPD(clsTeskReader& reader, std::int32_t pause) {
   return Guarded("basPeripheralDynamics.SetRecThresholdPD", [&] {
-    OldExchange line(reader);
-    Sleep(reader, std::int64_t{pause} * 5);
-    line.Ask(kThresholdUp);
-    Sleep(reader, std::int64_t{pause} * 5);
-    const ShortTimeOut timeOut(line.Timer(), kThresholdTimeOut);
-    if (line.ForBytes(kThresholdLength) == Wait::Cancelled) return false;
-    if (line.Waiting() == 0) return Show(kThresholdSilence), false;
-    const auto current = TakeThreshold(line);
-    if (!current) return Show(kThresholdInvalid), false;
-    if (!Step(reader, line, reader.RecognitionThreshold() - *current, pause)) return false;
-    line.ClearUntilQuiet();
+    SerialExchange line = Exchange(reader);
+    const Milliseconds step(std::max(pause, 0));
+    line.Pause(step * 5);
+    const auto current = AskThreshold(line, step);
+    if (!current || !Step(reader, line, reader.RecognitionThreshold() - *current, step)) return false;
+    line.UntilQuiet();
     return true;
   });
 }
@@ -290,60 +346,31 @@ bool SetRecThresholdPD(clsTeskReader& reader, std::int32_t pause) {
 // ---- Sheets
 
 bool CheckStatusPD(clsTeskReader& reader, std::int16_t& status1, std::int16_t& status2) {
-  return Guarded("basPeripheralDynamics.CheckStatusPD", [&] {
-    OldExchange line(reader);
-    line.Rest(5);
-    line.Ask(kStatus);
-    line.Rest(5);
-    const Wait wait = line.ForBytes(kStatusLength);
-    if (wait == Wait::TimedOut) Show(kStatusSilence);
-    if (wait != Wait::Arrived) return false;
-    line.TakeByte();
-    status1 = line.TakeByte().value();
-    status2 = line.TakeByte().value();
-    for (const auto& condition : kConditions) {
-      if ((status1 & condition.bit) == 0) continue;
-      Show(condition.message);
-      EjectPagePD(reader);
-      return false;
-    }
-    return true;
-  });
+  const auto status = CheckStatus(reader);
+  if (!status) return false;
+  status1 = status->first;
+  status2 = status->second;
+  return true;
 }
 
 std::optional<Sheet> ReadPagePD(clsTeskReader& reader) {
-  return Guarded("basPeripheralDynamics.ReadPagePD", [&]() -> std::optional<Sheet> {
-    OldExchange line(reader);
-    line.Clear();
-    line.Port().SetInputLen(1);
-    Rows rows(Narrow<std::int16_t>(reader.RecognitionThreshold() + 1));
-    std::int16_t status1 = 0;
-    std::int16_t status2 = 0;
-    if (!CheckStatusPD(reader, status1, status2)) return std::nullopt;
-    if ((status1 & kReadUnderWay) == 0) {
-      line.Ask(kReadSheet);
-      line.Rest(5);
-    }
-    if (!TakeSheet(reader, line, rows)) return std::nullopt;
-    line.Tell(kEndReading);
-    line.Rest(5);
-    Sheet sheet;
-    sheet.side1 = std::move(rows.Side());
-    return sheet;
-  });
+  return Guarded("basPeripheralDynamics.ReadPagePD",
+                 [&] { return ReadSheet(reader, Narrow<std::int16_t>(reader.RecognitionThreshold() + 1)); });
 }
 
 void RejectPagePD(clsTeskReader& reader) {
   Guarded("basPeripheralDynamics.RejectPagePD", [&] {
-    OldExchange(reader).Tell(kReject);
-    reader.Loop().Sleep(kAfterReject);
+    SerialExchange line = Exchange(reader);
+    line.Tell(kReject);
+    line.Pause(kAfterReject);
   });
 }
 
 void EjectPagePD(clsTeskReader& reader) {
   Guarded("basPeripheralDynamics.EjectPagePD", [&] {
-    OldExchange(reader).Tell(kEject);
-    reader.Loop().Sleep(kAfterEject);
+    SerialExchange line = Exchange(reader);
+    line.Tell(kEject);
+    line.Pause(kAfterEject);
   });
 }
 

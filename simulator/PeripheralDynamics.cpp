@@ -1,7 +1,7 @@
 // The scanner's side of the VMR138 wire. Commands are single characters without a terminator.
 //
 //   host          scanner
-//   "0"           nothing; everything else is understood only afterwards
+//   "0"           nothing; everything else is understood only afterwards, and a reading is over
 //   "Q"           3 characters: a blank, status 1, status 2
 //   "D" "G" "E"   nothing; each once, where the status asks for it
 //   "+" "-"       the threshold after the step, two hexadecimal digits
@@ -111,7 +111,7 @@ void PeripheralDynamics::OnByte(std::uint8_t byte, Time now) {
 
 std::string PeripheralDynamics::OnStart(char, Time) {
   started_ = true;
-  return {};
+  return OnEnd({}, {});
 }
 
 std::string PeripheralDynamics::OnSetUp(char command, Time) {
@@ -135,7 +135,8 @@ std::string PeripheralDynamics::OnThreshold(char command, Time now) {
 
 std::string PeripheralDynamics::OnStatus(char, Time now) {
   if (TakeFault(FaultKind::SilenceStatus, NextSheet())) return {};
-  if (TakeFault(FaultKind::UnderWay, NextSheet()) && SheetsLeft() > 0) BeginReading(now);
+  // A scanner that has not been set up takes no sheet.
+  if (SetUp() && SheetsLeft() > 0 && TakeFault(FaultKind::UnderWay, NextSheet())) BeginReading(now);
   const bool cutShort = TakeFault(FaultKind::ShortStatus, NextSheet()).has_value();
   Answer(StatusReply().substr(0, cutShort ? 1 : 3), now);
   return {};
@@ -171,8 +172,9 @@ void PeripheralDynamics::BeginReading(Time now) {
   Begin(RecordOf(Upcoming()), now);
 }
 
+// What is on its way to the host when the reading ends still arrives.
 std::string PeripheralDynamics::OnEnd(char, Time) {
-  Abandon();
+  if (UnderWay()) Abandon();
   waiting_ = false;
   ended_ = true;
   return {};

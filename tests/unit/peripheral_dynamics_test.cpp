@@ -224,10 +224,10 @@ TEST(VmrStart, FailsWithItsMessageWhereTheThresholdIsMissingOrNonsense) {
     std::string answer;
     Messages messages;
   } kCases[] = {
-      {"", kThresholdSilence},   {"G0", kThresholdInvalid}, {"C?", kThresholdInvalid},
-      {"B9", kThresholdInvalid}, {"0F", kThresholdInvalid}, {"f0", kThresholdInvalid},
-      {"Fa", kThresholdInvalid}, {"FG", kThresholdInvalid}, {"F", kThresholdInvalid},
-      {" F", kThresholdInvalid},
+      {"", kThresholdSilence},   {"G0", kThresholdInvalid},  {"C?", kThresholdInvalid},
+      {"B9", kThresholdInvalid}, {"0F", kThresholdInvalid},  {"f0", kThresholdInvalid},
+      {"Fa", kThresholdInvalid}, {"FG", kThresholdInvalid},  {"F", kThresholdInvalid},
+      {" F", kThresholdInvalid}, {"FF0", kThresholdInvalid},
   };
   for (const auto& c : kCases) {
     auto scanner =
@@ -309,7 +309,7 @@ TEST(VmrRead, PlacesTheBitsOfEveryByteFromTheLastRowUp) {
       {"ended by CR LF", "\n@\x41\x42@\r\n", 2, {"1,2", "2,7"}},
       {"ended by CR CR", "\n@\x41\x42@\r\r", 2, {"1,2", "2,7"}},
       {"ended by LF CR", "\n@\x41\x42@\n\r", 2, {"1,2", "2,7"}},
-      {"ended by a byte without marks and CR", "\n@\x41\x42@@\r", 2, {"1,2", "2,7"}},
+      {"data like an end in front of marks with bit 64", "\n\r@A@\r", 2, {"1,1", "2,1", "2,3", "2,4"}},
       {"no rows", "\n\r", 0, {}},
       {"nothing but the end", "\r", -1, {}},
   };
@@ -323,14 +323,85 @@ TEST(VmrRead, PlacesTheBitsOfEveryByteFromTheLastRowUp) {
   }
 }
 
-TEST(VmrRead, BothEndingsGiveTheNumberOfRowsForEveryNumber) {
-  for (std::int16_t rows = 1; rows <= 9; ++rows) {
-    for (const std::string ending : {"\r", "\r\n"}) {
-      const std::string blank(static_cast<std::size_t>(2 * rows - 1), '@');
-      ScriptedBench b = WithRecord({{"", "\nA" + blank + ending}});
-      EXPECT_TRUE(b.reader().ReadPage());
-      EXPECT_EQ(b.reader().Side1TimingMarks(), rows);
-      EXPECT_THAT(Marks(b.reader().Side1Array()), ElementsAre(std::to_string(rows) + ",1"));
+// One script for several sheets: each record follows its read command, cut up as written.
+ScriptedBench WithRecords(const std::vector<std::vector<Turn>>& records) {
+  std::vector<Turn> script;
+  for (std::vector<Turn> record : records) {
+    record.front().host = "8";
+    script.push_back({"Q", Status(0)});
+    script.insert(script.end(), record.begin(), record.end());
+    script.push_back({"9", ""});
+  }
+  return ScriptedBench(std::move(script));
+}
+
+TEST(VmrRead, APauseAnywhereInARecordOfEitherEndingShiftsNoMark) {
+  const std::vector<std::string> marks{"1,7", "2,3", "3,1", "4,12"};
+  for (const std::string ending : {"\r", "\r\n", "\r\r", "\n\r"}) {
+    const std::string record = "\n@\x60\x41@\x44@@\x41" + ending;
+    for (std::size_t cut = 1; cut < record.size(); ++cut) {
+      for (const auto pause : {40ms, 130ms, 2000ms}) {
+        ScriptedBench b = WithRecords({{{"", record.substr(0, cut)}, {"", record.substr(cut), pause}},
+                                       {{"", record.substr(0, cut)}, {"", record.substr(cut), pause}}});
+        for (int sheet = 1; sheet <= 2 && b.reader().ReadPage(); ++sheet) {
+          EXPECT_EQ(Marks(b.reader().Side1Array()), marks) << cut << " of " << record.size() << ", " << sheet;
+          EXPECT_EQ(b.reader().Side1TimingMarks(), 4);
+        }
+        // Only where silence alone tells the end, a pause in front of its last byte is taken for one.
+        const bool told = cut + 1 < record.size() || ending == "\r" || ending == "\n\r";
+        EXPECT_TRUE(!told || b.scanner->Done()) << cut << " of " << record.size();
+      }
+    }
+  }
+}
+
+TEST(VmrRead, ALostOrAddedByteIsALossOfDataWhateverTheMarksAre) {
+  for (const std::string rows : {"@A@@B@@@", "A@@@@@@@", "@\x01@@\x02@@@"}) {
+    for (const std::string ending : {"\r", "\r\n", "\n\r"}) {
+      const std::string good = "\n" + rows + ending;
+      for (std::size_t at = 1; at <= rows.size(); ++at) {
+        for (const std::string by : {"", "@@", "AA"}) {
+          const std::string damaged = std::string(good).replace(at, 1, by);
+          ScriptedBench first = WithRecords({{{"", damaged}}});
+          // Without bit 64 the line feed of an ending that nobody knows yet may as well be data.
+          const bool ambiguous = rows[1] == '\x01' && ending == "\n\r";
+          EXPECT_TRUE(ambiguous || !first.reader().ReadPage()) << at << by;
+          ScriptedBench later = WithRecords({{{"", good}}, {{"", damaged}}});
+          EXPECT_TRUE(later.reader().ReadPage());
+          EXPECT_FALSE(later.reader().ReadPage()) << at << by;
+          EXPECT_EQ(later.bench.host.messages, DataLoss("10"));
+        }
+      }
+    }
+  }
+}
+
+TEST(VmrRead, AnotherEndingThanTheSheetBeforeHadAndBytesBehindARecordRefuseTheSheet) {
+  const std::string rows = "\n@A";
+  const std::vector<std::vector<Turn>> kSecond{
+      {{"", rows + "\r\n"}}, {{"", rows + "\n\r"}}, {{"", rows + "\r"}, {"", "@", 90ms}}};
+  for (const auto& second : kSecond) {
+    ScriptedBench b = WithRecords({{{"", rows + "\r"}}, second});
+    EXPECT_TRUE(b.reader().ReadPage());
+    EXPECT_FALSE(b.reader().ReadPage()) << second[0].reply;
+    EXPECT_EQ(b.bench.host.messages, DataLoss("10"));
+  }
+  ScriptedBench one = WithRecords({{{"", rows + "\r\n"}}, {{"", rows + "\r"}}});
+  EXPECT_TRUE(one.reader().ReadPage());
+  EXPECT_FALSE(one.reader().ReadPage());
+}
+
+// What a sheet costs: the five prescribed pauses, and for the first one the silence that tells its ending.
+TEST(VmrRead, NothingButThePrescribedPausesCostsTimeOnceTheEndingIsKnown) {
+  for (const std::string ending : {"\r", "\r\n", "\n\r"}) {
+    const std::vector<Turn> record{{"", "\n@A@@" + ending}};
+    ScriptedBench b = WithRecords({record, record, record});
+    for (int sheet = 1; sheet <= 3; ++sheet) {
+      const auto before = b.bench.time->Elapsed();
+      ASSERT_TRUE(b.reader().ReadPage());
+      const auto spent = b.bench.time->Elapsed() - before;
+      EXPECT_GE(spent, 5 * 50ms);
+      EXPECT_LE(spent, 5 * 50ms + (sheet == 1 ? 30ms : 0ms)) << sheet;
     }
   }
 }
@@ -350,9 +421,11 @@ TEST(VmrRead, MarkOutsideTheArrayIsALossOfDataWithTheCurrentPause) {
   const std::string row501 = "A@" + std::string(1000, '@');
   const std::vector<std::vector<Turn>> kRecords{
       {{"", "\n" + row501 + "\r"}},          // too many rows
-      {{"", "\nA@@"}, {"", "@@@@\r", 2s}},   // the same, and all of them blank
-      {{"", "\nA@"}, {"", "B@C@\r", 2s}},    // rows that came after the count
-      {{"", "A@A@\r"}},                      // no line feed, so no count
+      {{"", "\nA@@"}, {"", "@@@@\r", 2s}},   // half a row too many, and without marks
+      {{"", "\n@\x41\x42@@\r"}},             // the same, and at once
+      {{"", "\n@A\r"}, {"", "@A\r", 90ms}},  // behind the end, before the scanner was to be ready again
+      {{"", "A@A@\r"}},                      // no line feed
+      {{"", "\rA@A@\r"}},                    // an ending in front
       {{"", "\n@A\r\n"}, {"", "A", 130ms}},  // more behind what would have been the end
       {{"", "\n@A\nA"}, {"", "\r", 2s}},
   };
@@ -387,6 +460,7 @@ TEST(VmrRead, SimulatedFaultsGiveTheirMessagesAndLeaveTheArray) {
       {{FaultKind::ShortStatus, 2}, kStatusSilence, "Q"},
       {{FaultKind::TooManyRows, 2}, DataLoss("10"), "Q8"},
       {{FaultKind::NoLineFeed, 2}, DataLoss("10"), "Q8"},
+      {{FaultKind::TwoByteEnd, 2}, DataLoss("10"), "Q89"},
       {{FaultKind::Cut, 2, 1}, DataLoss("10"), "Q8"},
       {{FaultKind::Cut, 2, 57}, DataLoss("10"), "Q8"},
   };
@@ -409,7 +483,9 @@ TEST(VmrRead, SimulatedFaultsGiveTheirMessagesAndLeaveTheArray) {
 TEST(VmrRead, UnusualButGoodSheetsAreReadRight) {
   for (const FaultKind kind : {FaultKind::UnderWay, FaultKind::TwoByteEnd, FaultKind::Late}) {
     SCOPED_TRACE(simulator::Describe(kind).name);
-    VmrBench b(Stock({{kind, 2}}));
+    // An ending of two bytes is no other one when all have it.
+    VmrBench b(Stock(kind == FaultKind::TwoByteEnd ? std::vector<Fault>{{kind, 1}, {kind, 2}}
+                                                   : std::vector<Fault>{{kind, 2}}));
     b.Start();
     ASSERT_TRUE(b.reader().ReadPage());
     b.reader().EjectPage();
@@ -462,6 +538,47 @@ TEST(VmrRead, CancelEndsTheOtherWaitsQuietlyToo) {
   }
 }
 
+TEST(VmrRead, ACancelInAnyPrescribedPauseKeepsASheetThatHasArrivedAndTakesNoOther) {
+  for (int second = 1; second <= 20; ++second) {
+    VmrBench b;
+    b.reader().SetSleepTime(800);
+    b.Start();
+    const auto before = b.bench.time->Elapsed();
+    b.bench.time->onMessages = [&](int) {
+      if (b.bench.time->Elapsed() - before >= std::chrono::seconds(second)) b.reader().SetCancelScan(true);
+    };
+    // 4 s in front of the status and behind it, behind the read command, the line feed and the end
+    const bool kept = b.reader().ReadPage();
+    EXPECT_EQ(kept, second > 8) << second;
+    EXPECT_EQ(b.Sent(), kept ? "Q89" : "Q");
+    EXPECT_EQ(b.bench.time->Elapsed() - before >= 20s, kept) << "a prescribed pause lasts its full time";
+    EXPECT_TRUE(!kept || b.reader().Side1Array() == AsRead(Paper(1)[0].side1));
+    EXPECT_EQ(b.scanner->SheetsLeft(), kept ? 2U : 3U);
+    EXPECT_THAT(b.bench.host.messages, IsEmpty());
+  }
+}
+
+TEST(VmrRead, AStrayByteInFrontOfAStatusIsAskedAboutOnceMore) {
+  const struct {
+    std::vector<Turn> script;
+    bool read;
+    const char* sent;
+  } kCases[] = {
+      {{{"Q", "x" + Status(0)}, {"Q", Status(0)}, {"8", "\n@A\r"}}, true, "QQ89"},
+      {{{"Q", "x"}, {"", Status(0), 60ms}, {"Q", Status(0)}, {"8", "\n@A\r"}}, true, "QQ89"},
+      {{{"Q", "x" + std::string("  \0", 3)}, {"Q", Status(0)}, {"8", "\n@A\r"}}, true, "QQ89"},
+      {{{"Q", "x" + Status(0)}, {"Q", Status(0) + "x"}}, false, "QQ"},
+      {{{"Q", Status(32) + "\n@A\r"}}, true, "Q9"},
+  };
+  for (const auto& c : kCases) {
+    ScriptedBench b(c.script);
+    EXPECT_EQ(b.reader().ReadPage(), c.read) << c.sent;
+    EXPECT_EQ(b.bench.serial->sent, c.sent);
+    EXPECT_EQ(b.bench.host.messages, c.read ? Messages() : kStatusSilence);
+    EXPECT_EQ(Marks(b.reader().Side1Array()), std::vector<std::string>(c.read ? 1 : 0, "1,7"));
+  }
+}
+
 TEST(VmrRead, ThresholdThatHasNoNextValueIsAnErrorBeforeAnythingIsSent) {
   VmrBench b;
   b.Start();
@@ -503,6 +620,21 @@ TEST(VmrBatch, ReadsAHundredSheetsAndLosesNone) {
   }
   EXPECT_THAT(b.scanner->Complaints(), IsEmpty());
   EXPECT_THAT(b.bench.host.messages, IsEmpty());
+}
+
+TEST(VmrSimulator, AStartEndsTheReadingBeforeAndWhatIsOnItsWayArrivesDespiteTheEnd) {
+  VmrBench b(Stock({{FaultKind::Cut, 1, 5}, {FaultKind::UnderWay, 1}}));
+  b.Start();
+  EXPECT_FALSE(b.reader().ReadPage());
+  EXPECT_EQ(b.Sent(), "Q");
+  ASSERT_TRUE(b.reader().StartReader() && b.reader().ReadPage());
+  EXPECT_EQ(b.reader().Side1Array(), AsRead(Paper(2)[1].side1));
+  EXPECT_THAT(b.scanner->Complaints(), IsEmpty());
+
+  b.scanner->PaceAt(100);
+  simulator::Time now = b.bench.time->Now() + 1h;
+  for (const char* command : {"4", "8", "9"}) b.scanner->Receive(command, now += 10s);
+  EXPECT_EQ(b.scanner->Send(now + 1h).size(), 102U);
 }
 
 TEST(VmrSimulator, RecordsWhatAHostDoesWrong) {

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "cli/SimulatedScanner.h"
 #include "drivers/basPeripheralDynamics.h"
 #include "simulator/PeripheralDynamics.h"
 #include "simulator/Simulators.h"
@@ -635,6 +636,17 @@ TEST(VmrSimulator, AStartEndsTheReadingBeforeAndWhatIsOnItsWayArrivesDespiteTheE
   simulator::Time now = b.bench.time->Now() + 1h;
   for (const char* command : {"4", "8", "9"}) b.scanner->Receive(command, now += 10s);
   EXPECT_EQ(b.scanner->Send(now + 1h).size(), 102U);
+}
+
+TEST(VmrSimulator, TheSeedOfTheCommandLineMakesTheGarbage) {
+  const auto garbage = [](std::uint64_t seed) {
+    const auto scanner =
+        cli::CreateSimulatedScanner(teskReaderTypePDIVMR138, Paper(1), {{FaultKind::Garbage, 1}}, seed);
+    scanner->Receive("0DGE8", {});
+    return scanner->Send(simulator::Time{} + 1h);
+  };
+  EXPECT_EQ(garbage(5), garbage(5));
+  EXPECT_NE(garbage(5), garbage(6));
 }
 
 TEST(VmrSimulator, RecordsWhatAHostDoesWrong) {

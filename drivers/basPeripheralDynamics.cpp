@@ -112,7 +112,7 @@ struct Status {
 // Whether nothing stands behind a status but, where a sheet is under way, the line feed of its record. A byte
 // of something else in front would push one of the status's own there.
 bool StandsAlone(SerialExchange& line, const std::string& text, Status& status) {
-  if (!status.UnderWay()) return line.Tail("Q" + text).empty() && !line.Surplus();
+  if (!status.UnderWay()) return line.Tail("Q", text, Milliseconds(0)).empty() && !line.Surplus();
   if (!line.Follows()) return true;
   Bytes behind(1);
   status.begun = line.Take(behind) == Wait::Arrived && behind.Text()[0] == kLineFeed;

@@ -47,8 +47,8 @@ bool VmrRecord::Ended() const {
   return ending != 0 && (known_.ending == 0 || ending == known_.ending);
 }
 
-// From the first byte of the ending on. Where nothing shows yet that the scanner adds bit 64, more bytes than
-// an ending has make that byte data.
+// From what looks like the first byte of the ending on. Where nothing shows yet that the scanner adds bit 64,
+// more bytes than an ending has make that byte data.
 VmrRecord::Now VmrRecord::AtEnd() {
   if (!end_) end_ = bytes_.size() - 1;
   const std::size_t length = bytes_.size() - *end_;
@@ -57,14 +57,9 @@ VmrRecord::Now VmrRecord::AtEnd() {
   if (length <= 2 && fullRows && ended) {
     return known_.ending != 0 && known_.flags ? Now::Over : Now::MayBeOver;
   }
-  if (known_.flags) {
-    const bool half = length == 1 && fullRows && known_.ending != 1;
-    return half ? Now::Begun : Now::Damaged;
-  }
-  if (length <= 2) return Now::Begun;
-  end_.reset();
-  known_.bare = true;
-  return ended ? Now::MayBeOver : Now::Begun;
+  if (!known_.flags) return length > 2 && ended ? Now::MayBeOver : Now::Begun;
+  const bool half = length == 1 && fullRows && known_.ending != 1;
+  return half ? Now::Begun : Now::Damaged;
 }
 
 std::string_view VmrRecord::Data() const {

@@ -49,7 +49,7 @@ class VmrRecord : public Shape {
 
   RecordHabits known_;
   std::string bytes_;
-  std::optional<std::size_t> end_;  // where the ending begins, unless that is data
+  std::optional<std::size_t> end_;  // the first byte that looks like the ending's
   Now now_ = Now::Begun;
 };
 

@@ -124,8 +124,8 @@ SerialLine& SerialPort::OpenLine() {
 void SerialPort::Receive() {
   SerialLine& line = OpenLine();
   if (Waiting() >= kReceiveLimit) return;
-  // Bytes that were taken go when new ones come, not one by one.
-  waiting_.erase(0, std::exchange(taken_, 0));
+  // Bytes that were taken go when they are the most, not one by one.
+  if (taken_ >= Waiting()) waiting_.erase(0, std::exchange(taken_, 0));
   waiting_ += line.Read();
 }
 

@@ -376,6 +376,12 @@ TEST(VmrRead, AnotherEndingThanTheSheetBeforeHadAndBytesBehindARecordRefuseTheSh
   EXPECT_FALSE(one.reader().ReadPage());
 }
 
+TEST(VmrRead, ASheetWithoutMarksDoesNotShowThatACarriageReturnCannotBeData) {
+  ScriptedBench b = WithRecords({{{"", "\n@@\r"}}, {{"", "\n\r@@@\r"}}});
+  EXPECT_TRUE(b.reader().ReadPage() && b.reader().ReadPage());
+  EXPECT_THAT(Marks(b.reader().Side1Array()), ElementsAre("2,1", "2,3", "2,4"));
+}
+
 // What a sheet costs: the five prescribed pauses, and for the first one the silence that tells its ending.
 TEST(VmrRead, NothingButThePrescribedPausesCostsTimeOnceTheEndingIsKnown) {
   for (const std::string ending : {"\r", "\r\n", "\n\r"}) {

@@ -154,7 +154,7 @@ struct ClosesScanner {
 };
 
 std::shared_ptr<OmrLibrary> Load(const clsTeskReader& reader) {
-  const auto loader = reader.OmrLoader();
+  const auto& loader = reader.OmrLoader();
   auto library = loader ? loader->Load() : nullptr;
   if (!library) return nullptr;
   OmrLibrary* const functions = library.get();

@@ -52,9 +52,7 @@ void Line::Take(std::uint8_t byte) {
 bool Count::IsNumber() const {
   std::string_view digits = Text();
   if (digits.ends_with(kCarriageReturn)) digits.remove_suffix(1);
-  const std::size_t first = digits.find_first_not_of(' ');
-  return first != std::string_view::npos &&
-         digits.find_first_not_of("0123456789", first) == std::string_view::npos;
+  return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 void Fields::Take(std::uint8_t byte) {

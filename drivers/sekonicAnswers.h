@@ -66,7 +66,7 @@ class HeadStatus : public Answer {
 class Count : public Answer {
  public:
   std::size_t Missing() const override { return Text().ends_with('\r') || Text().size() >= 3 ? 0 : 1; }
-  // Nothing but digits, blanks in front of them aside.
+  // Nothing but digits, the CR aside.
   bool IsNumber() const;
 };
 

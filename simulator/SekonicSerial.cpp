@@ -23,6 +23,7 @@ namespace tesk::simulator {
 namespace {
 
 constexpr char kCarriageReturn = '\r';
+constexpr std::string_view kReset = "\030";
 constexpr std::size_t kLongestLine = 256;
 constexpr std::size_t kMostBarcodeFields = 8;
 constexpr std::string_view kDone = "0";
@@ -123,7 +124,7 @@ struct SekonicSerial::Command {
 
 // A name that another one begins with comes after it.
 const SekonicSerial::Command SekonicSerial::kCommands[] = {
-    {"\030", Ends::WithName, For::All, false, &SekonicSerial::OnReset},
+    {kReset, Ends::WithName, For::All, false, &SekonicSerial::OnReset},
     {"\005OM", Ends::WithName, For::Pages, false, &SekonicSerial::OnMode},
     {"\005O", Ends::WithName, For::Pages, false, &SekonicSerial::OnFitted},
     {"\005T", Ends::WithName, For::All, true, &SekonicSerial::OnTimingMarks},
@@ -166,6 +167,8 @@ void SekonicSerial::OnByte(std::uint8_t byte, Time now) {
 }
 
 void SekonicSerial::OnLine(std::string_view line, Time now) {
+  // A reset ends whatever a host has left unfinished.
+  if (line == kReset) pending_ = Pending::None;
   const std::string complaint = pending_ == Pending::None ? OnCommand(line, now) : OnData(line);
   if (!complaint.empty()) Complain(complaint + ": " + Quoted(line));
 }
@@ -200,9 +203,10 @@ std::string SekonicSerial::OnReset(const Call& call) {
   DropReplies();
   for (auto& windows : windows_) windows.clear();
   windowsForgotten_ = false;
+  barcodesOn_ = false;
+  barcodeFields_ = 0;
   lastAnswer_ = '\0';
   LetGo(Exit::Passed, call.now);
-  sheetIn_ = false;
   const std::int32_t reset = ++asked_[FaultKind::SilenceReset];
   if (TakeFault(FaultKind::SilenceReset, reset)) return {};
   Answer(TakeFault(FaultKind::RefuseReset, reset) ? "\x15\r" : "\x06\r", call.now);
@@ -282,7 +286,6 @@ char SekonicSerial::FrontStatus(Time now) {
 // A sheet that the front's status speaks against is put back on the stock by the operator.
 std::string SekonicSerial::OnStatus(const Call& call) {
   LetGo(Exit::Passed, call.now);
-  sheetIn_ = false;
   if (TakeFault(FaultKind::SilenceStatus, NextSheet())) return {};
   const auto back = TakeFault(FaultKind::StatusCodeBack, NextSheet());
   const char front = FrontStatus(call.now);
@@ -315,7 +318,8 @@ void SekonicSerial::SendMarks(std::string data, std::string_view surplus, Time n
   if (TakeFault(FaultKind::Silence, sheet)) return;
   if (TakeFault(FaultKind::Garbage, sheet)) {
     Random random(Settings().seed + static_cast<std::uint64_t>(sheet));
-    for (char& byte : data) byte = static_cast<char>(random.Between(0, 255));
+    // The line carries seven bits.
+    for (char& byte : data) byte = static_cast<char>(random.Between(0, 127));
   }
   if (TakeFault(FaultKind::Overrun, sheet)) data += surplus;
   if (TakeFault(FaultKind::Short, sheet)) data.resize(data.size() / 2);
@@ -425,8 +429,9 @@ std::string SekonicSerial::OnAccept(const Call& call) {
   return {};
 }
 
-// The lines of an imprint are joined with "|".
+// A sheet that has left cannot be asked about. The lines of an imprint are joined with "|".
 void SekonicSerial::LetGo(Exit exit, Time now) {
+  sheetIn_ = false;
   if (!Held()) return;
   std::string text;
   for (const std::string& line : imprint_) {

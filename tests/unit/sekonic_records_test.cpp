@@ -444,6 +444,12 @@ TEST(SekonicSimulator, RecordsEveryCommandThatItsModelOrMomentDoesNotAllow) {
       {duplex, "\023P43x \r", "imprint line"},
       {duplex, "\023P40x\r", "imprint line"},
       {duplex, "\023P20x\r", "imprint line"},
+      // A sheet that has left, and what a reset forgets.
+      {duplex, "?\r\023R04\r\005T\r", "without a sheet"},
+      {duplex, "?\r\023R05\r\020ED001050\r", "without a sheet"},
+      {duplex, "?\r?F\r\020R*\r", "without a sheet"},
+      {duplex, "\023BA01\r\023BA10999\r\030\r?\r\023BA05\r", "without a field"},
+      {duplex, "\020Q\r\020W\r\030\rX\r", "unknown command"},
       {simplex, std::string(300, 'x') + "\r", "without end"},
   };
   for (const Case& c : cases) {
@@ -452,6 +458,19 @@ TEST(SekonicSimulator, RecordsEveryCommandThatItsModelOrMomentDoesNotAllow) {
     ASSERT_FALSE(scanner->Complaints().empty()) << simulator::Quoted(c.sent);
     EXPECT_NE(scanner->Complaints()[0].find(c.complaint), std::string::npos) << scanner->Complaints()[0];
   }
+}
+
+TEST(SekonicSimulator, GarbageIsThatOfItsSeedAndFitsTheLine) {
+  const auto said = [](std::uint64_t seed) {
+    const auto scanner =
+        simulator::CreateScanner(teskReaderTypeScanningSystemsSR601,
+                                 {.count = 1, .seed = seed, .faults = {{simulator::FaultKind::Garbage}}});
+    scanner->Receive("?\r\020ED001050\r", {});
+    return scanner->Send({});
+  };
+  EXPECT_EQ(said(1), said(1));
+  EXPECT_NE(said(1), said(2));
+  for (const char byte : said(3)) EXPECT_LT(static_cast<unsigned char>(byte), 128);
 }
 
 }  // namespace

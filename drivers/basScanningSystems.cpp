@@ -329,6 +329,11 @@ std::vector<clsTeskReaderWindow> WindowsOfSide(const clsTeskReader& reader, std:
   return windows;
 }
 
+bool HasItems(const clsTeskReader& reader, std::int16_t number) {
+  return std::ranges::any_of(WindowsOfSide(reader, number),
+                             [](const clsTeskReaderWindow& window) { return window.NumRows() > 0; });
+}
+
 // As ReadSide, through the windows of the side, into an array of its extents. Only where `awaited` must a side
 // without items say something.
 std::optional<SideArray> ReadWindowsOfSide(clsTeskReader& reader, SerialExchange& line, std::int16_t number,
@@ -453,8 +458,8 @@ std::optional<Sheet> ReadWindowsSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.ReadWindowsSS", [&]() -> std::optional<Sheet> {
     SerialExchange line = Exchange(reader);
     const bool twoSided = reader.TwoSided();
-    // A side without windows has nothing to say; but a scanner that says nothing at all has read no sheet.
-    const bool awaited = WindowsOfSide(reader, 1).empty() && (!twoSided || WindowsOfSide(reader, 2).empty());
+    // A side without items has nothing to say; but a scanner that says nothing at all has read no sheet.
+    const bool awaited = !HasItems(reader, 1) && !(twoSided && HasItems(reader, 2));
     auto side1 = ReadWindowsOfSide(reader, line, 1,
                                    SideArray(reader.Side1RowExtent(), reader.Side1ColExtent()), awaited);
     if (!side1) return std::nullopt;

@@ -332,13 +332,15 @@ TEST(SekonicSerial, WindowReplyMayLackItsLastCrButNotWhatTheSheetBeforeHad) {
   }
 }
 
-TEST(SekonicSerial, WindowsOfASideThatIsNotReadAreNoBlankSheet) {
-  TalkerBench bench({}, false);
-  bench.AddWindow(2, 2);
-  ASSERT_TRUE(bench.reader->StartReader());
-  EXPECT_FALSE(bench.reader->ReadPage());
-  ASSERT_EQ(bench.host.errors.size(), 1U);
-  EXPECT_EQ(bench.host.errors[0].number, kErrorTimeOut);
+TEST(SekonicSerial, WindowsThatAreNotReadOrHaveNoItemsAreNoBlankSheet) {
+  for (const auto& [page, rows] : {std::pair<std::int16_t, std::int16_t>{2, 2}, {1, 0}}) {
+    TalkerBench bench({}, false);
+    bench.AddWindow(page, rows);
+    ASSERT_TRUE(bench.reader->StartReader());
+    EXPECT_FALSE(bench.reader->ReadPage());
+    ASSERT_EQ(bench.host.errors.size(), 1U);
+    EXPECT_EQ(bench.host.errors[0].number, kErrorTimeOut);
+  }
 }
 
 TEST(SekonicSerial, WholePagesAreReadWithoutASilenceOnceTheScannerIsKnown) {

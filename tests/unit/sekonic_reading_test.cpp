@@ -142,6 +142,19 @@ TEST(SekonicSerial, SilenceAtTheTimingMarksIsShownAndCostsTheCountAlone) {
   EXPECT_EQ(b.reader.Side1Array(), Page(b.sheets[0].side1, 20));
 }
 
+TEST(SekonicSerial, CancelEndsTheWaitForMarksHoweverLongTheHostsPauses) {
+  SekonicBench b(kSr601, Stock({{FaultKind::Silence, 1}}));
+  b.reader.SetSleepTime(30'000);
+  EXPECT_TRUE(b.reader.StartReader());
+  const auto before = b.bench.time->Elapsed();
+  b.bench.time->onMessages = [&](int) {
+    if (b.bench.serial->sent.find("ED001") != std::string::npos) b.reader.SetCancelScan(true);
+  };
+  EXPECT_FALSE(b.reader.ReadPage());
+  EXPECT_LE(b.bench.time->Elapsed() - before, 2s);
+  EXPECT_THAT(b.bench.host.errors, IsEmpty());
+}
+
 // ---- Answers in pieces
 
 struct Piece {

@@ -129,13 +129,16 @@ HRESULT Register(bool userOnly) {
   return error ? SELFREG_E_CLASS : status;
 }
 
-HRESULT Unregister() {
+HRESULT Unregister(bool userOnly) {
   HRESULT status = S_OK;
   const auto error = Attempt([&] {
     UnRegisterTypeLibForUser(LIBID_TeskReader99, kMajor, kMinor, LOCALE_NEUTRAL, SYS_WIN32);
-    UnRegisterTypeLib(LIBID_TeskReader99, kMajor, kMinor, LOCALE_NEUTRAL, SYS_WIN32);
-    RemoveAll(HKEY_CURRENT_USER);
-    const LSTATUS removed = RemoveAll(HKEY_LOCAL_MACHINE);
+    LSTATUS removed = RemoveAll(HKEY_CURRENT_USER);
+    if (!userOnly) {
+      UnRegisterTypeLib(LIBID_TeskReader99, kMajor, kMinor, LOCALE_NEUTRAL, SYS_WIN32);
+      const LSTATUS ofMachine = RemoveAll(HKEY_LOCAL_MACHINE);
+      if (removed == ERROR_SUCCESS) removed = ofMachine;
+    }
     if (removed != ERROR_SUCCESS) status = HRESULT_FROM_WIN32(static_cast<DWORD>(removed));
   });
   return error ? SELFREG_E_CLASS : status;

@@ -9,7 +9,8 @@ namespace tesk::automation {
 // Registers for the machine; for the user alone where the machine's keys are refused, or from the start.
 HRESULT Register(bool userOnly);
 
-// Takes back whatever Register wrote, for the machine and for the user; what is not there is no error.
-HRESULT Unregister();
+// Takes back whatever Register wrote for the user and, unless it is for the user alone, for the machine; what
+// is not there is no error.
+HRESULT Unregister(bool userOnly);
 
 }  // namespace tesk::automation

@@ -21,12 +21,12 @@ STDAPI DllCanUnloadNow() { return MayUnload() ? S_OK : S_FALSE; }
 
 STDAPI DllRegisterServer() { return Register(false); }
 
-STDAPI DllUnregisterServer() { return Unregister(); }
+STDAPI DllUnregisterServer() { return Unregister(false); }
 
-// regsvr32 /n /i:user registers for the user alone.
+// regsvr32 /n /i:user registers for the user alone; with /u it takes that back and nothing else.
 STDAPI DllInstall(BOOL install, LPCWSTR words) {
   const bool userOnly = words != nullptr && lstrcmpiW(words, L"user") == 0;
-  return install ? Register(userOnly) : Unregister();
+  return install ? Register(userOnly) : Unregister(userOnly);
 }
 
 // How many objects of this server live, for hosts' own tests.

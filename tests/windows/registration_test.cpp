@@ -81,6 +81,18 @@ TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {
   EXPECT_EQ(std::vector<std::string>(), Left());
 }
 
+TEST_F(Registration, OfTheUserIsTakenBackAlone) {
+  const auto machine = [](const std::wstring& name) {
+    return Classes().contains(L"Software\\Classes\\TeskReader99." + name);
+  };
+  const std::wstring user = L" /s /n /i:user \"" + ServerPath() + L"\"";
+  ASSERT_EQ(0U, RunProgram(L"regsvr32" + user).status);
+  ASSERT_EQ(0U, RunProgram(L"regsvr32 /u" + user).status);
+  EXPECT_FALSE(Classes().contains(L"user Software\\Classes\\TeskReader99.clsTeskReader"));
+  for (const std::wstring& name : kClassNames) EXPECT_TRUE(machine(name)) << platform::WideToUtf8(name);
+  EXPECT_TRUE(NewReader());
+}
+
 TEST_F(Registration, MakesEveryClassCreatableByItsName) {
   for (const std::wstring& name : kClassNames) {
     CLSID id = {};

@@ -154,23 +154,36 @@ std::wstring SystemFolder() {
   return folder;
 }
 
-// The folder of the program; empty where it cannot be told.
-std::wstring ProgramFolder() {
+// The folder of a module, the program's where it is null; empty where it cannot be told.
+std::wstring FolderOf(HMODULE module) {
   std::wstring path(MAX_PATH, L'\0');
   for (;;) {
-    const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
     if (length < path.size()) {
-      path.resize(length);
-      return path.substr(0, path.find_last_of(L'\\') == std::wstring::npos ? 0 : path.find_last_of(L'\\'));
+      const auto end = path.find_last_of(L'\\', length);
+      return path.substr(0, end == std::wstring::npos ? 0 : end);
     }
     path.resize(path.size() * 2);
   }
 }
 
+// Of the program or library that this code is part of.
+std::wstring OwnFolder() {
+  HMODULE own = nullptr;
+  ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<LPCWSTR>(&kLibrary), &own);
+  return FolderOf(own);
+}
+
+// A path from a drive or a server on: what is relative would be looked for in the current folder.
+bool IsWhole(const std::wstring& folder) {
+  return folder.size() >= 2 && (folder[1] == L':' || folder.compare(0, 2, L"\\\\") == 0);
+}
+
 // What the library itself needs comes from its own folder and the system's, not from the current folder or
 // the search path. Systems that do not know these flags take the older one, which puts its own folder first.
 Module LoadFrom(const std::wstring& folder) {
-  if (folder.empty()) return nullptr;
+  if (!IsWhole(folder)) return nullptr;
   const std::wstring path = folder + L"\\" + kLibrary;
   HMODULE module = ::LoadLibraryExW(path.c_str(), nullptr,
                                     LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
@@ -187,7 +200,7 @@ class SystemLoader : public OmrLibraryLoader {
     DWORD before = 0;
     ::SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before);
     std::shared_ptr<OmrLibrary> library;
-    for (const std::wstring& folder : {SystemFolder(), ProgramFolder()}) {
+    for (const std::wstring& folder : {SystemFolder(), FolderOf(nullptr), OwnFolder()}) {
       if (!library) library = Complete(LoadFrom(folder));
     }
     ::SetThreadErrorMode(before, nullptr);

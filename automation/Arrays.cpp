@@ -61,16 +61,19 @@ void CheckRank(SAFEARRAY* array, UINT rank) {
   if (SafeArrayGetDim(array) != rank) throw TypeMismatch();
 }
 
-VARTYPE TypeOf(SAFEARRAY* array) {
+// Arrays of some hosts do not tell the type of their elements: numbers of the size that is expected are then
+// taken for those.
+VARTYPE TypeOf(SAFEARRAY* array, VARTYPE expected = VT_EMPTY, ULONG size = 0) {
   VARTYPE type = VT_EMPTY;
-  if (FAILED(SafeArrayGetVartype(array, &type))) throw TypeMismatch();
-  return type;
+  if (SUCCEEDED(SafeArrayGetVartype(array, &type))) return type;
+  if (array->cbElements != size) throw TypeMismatch();
+  return expected;
 }
 
 // All elements in the order in which they lie.
 std::vector<std::int16_t> ShortsOf(SAFEARRAY* array, std::size_t count) {
   std::vector<std::int16_t> values(count);
-  const VARTYPE type = TypeOf(array);
+  const VARTYPE type = TypeOf(array, VT_I2, sizeof(std::int16_t));
   if (type == VT_I2) {
     const Elements<std::int16_t> elements(array);
     std::copy_n(elements.Data(), count, values.begin());
@@ -87,7 +90,7 @@ std::string ByteList(SAFEARRAY* array) {
   CheckRank(array, 1);
   const auto count = static_cast<std::size_t>(DimensionOf(array, 1).count);
   std::string bytes(count, '\0');
-  const VARTYPE type = TypeOf(array);
+  const VARTYPE type = TypeOf(array, VT_UI1, sizeof(char));
   if (type == VT_UI1) {
     const Elements<char> elements(array);
     std::copy_n(elements.Data(), count, bytes.begin());

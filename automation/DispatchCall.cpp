@@ -53,9 +53,8 @@ class Member {
 
 // The variant type that values of a described type, or what it points to, travel as.
 VARTYPE VariantTypeOf(ITypeInfo* info, const TYPEDESC& type) {
-  if (type.vt == VT_PTR) {
-    return VariantTypeOf(info, *type.lptdesc);
-  }
+  if (type.vt == VT_PTR) return VariantTypeOf(info, *type.lptdesc);
+  if (type.vt == VT_SAFEARRAY) return static_cast<VARTYPE>(VT_ARRAY | VariantTypeOf(info, *type.lptdesc));
   if (type.vt != VT_USERDEFINED) return type.vt;
   ComPtr<ITypeInfo> user;
   TYPEATTR* attributes = nullptr;
@@ -65,6 +64,10 @@ VARTYPE VariantTypeOf(ITypeInfo* info, const TYPEDESC& type) {
   const bool isEnumeration = attributes->typekind == TKIND_ENUM;
   user->ReleaseTypeAttr(attributes);
   return isEnumeration ? VT_I4 : VT_DISPATCH;
+}
+
+void Tell(UINT* wrong, UINT at) {
+  if (wrong != nullptr) *wrong = at;
 }
 
 class Arguments {
@@ -78,16 +81,19 @@ class Arguments {
         held_(count_),
         passed_(count_) {}
 
-  // Brings the arguments into the order of the parameters.
-  HRESULT Order(const DISPPARAMS& given) {
+  // Brings the arguments into the order of the parameters: those that are named last, so that it is the name
+  // that is wrong where a place is taken.
+  HRESULT Order(const DISPPARAMS& given, UINT* wrong) {
     if (given.cNamedArgs > given.cArgs || given.cArgs > count_) return DISP_E_BADPARAMCOUNT;
-    for (UINT at = 0; at < given.cArgs; ++at) {
-      std::size_t place = given.cArgs - 1 - at;
-      if (at < given.cNamedArgs) {
-        const DISPID name = given.rgdispidNamedArgs[at];
-        place = name == DISPID_PROPERTYPUT ? count_ - 1 : static_cast<std::size_t>(name);
+    if (given.cArgs > 0 && given.rgvarg == nullptr) return E_INVALIDARG;
+    if (given.cNamedArgs > 0 && given.rgdispidNamedArgs == nullptr) return E_INVALIDARG;
+    for (UINT at = given.cArgs; at-- > 0;) {
+      const std::size_t place =
+          at < given.cNamedArgs ? PlaceNamed(given.rgdispidNamedArgs[at]) : given.cArgs - 1 - at;
+      if (place >= count_ || given_[place] != nullptr) {
+        Tell(wrong, at);
+        return DISP_E_PARAMNOTFOUND;
       }
-      if (place >= count_ || given_[place] != nullptr) return DISP_E_PARAMNOTFOUND;
       given_[place] = &given.rgvarg[at];
       givenAt_[place] = at;
     }
@@ -95,41 +101,55 @@ class Arguments {
   }
 
   HRESULT Prepare(UINT* wrong) {
-    for (std::size_t place = 0; place < count_; ++place) {
-      HRESULT status = S_OK;
-      if (const auto error = Attempt([&] { status = PrepareOne(place); })) status = DISP_E_TYPEMISMATCH;
-      if (FAILED(status)) {
-        if (wrong != nullptr) *wrong = givenAt_[place];
-        return status;
-      }
-    }
-    return S_OK;
+    return ForEach(wrong, [this](std::size_t place) { return PrepareOne(place); });
   }
 
-  HRESULT Call(IDispatch* object, WORD flags, VARIANT* result, EXCEPINFO* exception, UINT* wrong) {
+  HRESULT Call(IDispatch* object, VARIANT* result, EXCEPINFO* exception, UINT* wrong) {
     std::reverse(passed_.begin(), passed_.end());
     DISPID put = DISPID_PROPERTYPUT;
-    const bool isPut = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-    DISPPARAMS parameters = {passed_.data(), isPut ? &put : nullptr, static_cast<UINT>(count_),
-                             isPut ? 1U : 0U};
+    DISPPARAMS parameters = {passed_.data(), IsPut() ? &put : nullptr, static_cast<UINT>(count_),
+                             IsPut() ? 1U : 0U};
     UINT at = 0;
-    const HRESULT status = DispInvoke(object, info_, member_.memid, flags, &parameters,
-                                      isPut ? nullptr : result, exception, &at);
-    if (wrong != nullptr && at < count_) *wrong = givenAt_[count_ - 1 - at];
+    const HRESULT status = DispInvoke(object, info_, member_.memid, static_cast<WORD>(member_.invkind),
+                                      &parameters, IsPut() ? nullptr : result, exception, &at);
+    if (FAILED(status) && at < count_) Tell(wrong, givenAt_[count_ - 1 - at]);
     // An object of another class, in the words that hosts know.
     return status == E_NOINTERFACE ? DISP_E_TYPEMISMATCH : status;
   }
 
-  // Hands what was changed back to variables that were given as variants.
-  void WriteBack() {
-    for (std::size_t place = 0; place < count_; ++place) {
-      const VARIANT* target = given_[place];
-      if (target == nullptr || !IsReference(place)) continue;
-      if (target->vt == (VT_BYREF | VT_VARIANT)) VariantCopy(target->pvarVal, &held_[place]);
-    }
+  // Hands the results of a method back to variables of other types than the parameters are.
+  HRESULT WriteBack(UINT* wrong) {
+    if (member_.invkind != INVOKE_FUNC) return S_OK;
+    return ForEach(wrong, [this](std::size_t place) {
+      const VARIANT* variable = given_[place];
+      const bool copied = variable != nullptr && held_[place].vt != VT_EMPTY;
+      if (copied && IsReference(place) && (variable->vt & VT_BYREF) != 0) Store(*variable, held_[place]);
+      return S_OK;
+    });
   }
 
  private:
+  // Stops at the first argument that `body` refuses, and tells which it is.
+  template <class Body>
+  HRESULT ForEach(UINT* wrong, Body&& body) {
+    for (std::size_t place = 0; place < count_; ++place) {
+      HRESULT status = S_OK;
+      if (const auto error = Attempt([&] { status = body(place); })) status = DISP_E_TYPEMISMATCH;
+      if (SUCCEEDED(status)) continue;
+      Tell(wrong, givenAt_[place]);
+      return status;
+    }
+    return S_OK;
+  }
+
+  bool IsPut() const { return (member_.invkind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) != 0; }
+
+  // Beyond the last place for a name that is none.
+  std::size_t PlaceNamed(DISPID name) const {
+    if (name == DISPID_PROPERTYPUT) return IsPut() ? count_ - 1 : count_;
+    return name >= 0 ? static_cast<std::size_t>(name) : count_;
+  }
+
   const ELEMDESC& Parameter(std::size_t place) const { return member_.lprgelemdescParam[place]; }
 
   bool IsReference(std::size_t place) const {
@@ -141,27 +161,29 @@ class Arguments {
     const USHORT flags = Parameter(place).paramdesc.wParamFlags;
     if (missing && (flags & PARAMFLAG_FOPT) == 0) return DISP_E_PARAMNOTOPTIONAL;
     if (IsReference(place)) return PrepareReference(place, missing);
-    const VARTYPE type = VariantTypeOf(info_, Parameter(place).tdesc);
     held_[place] = missing ? Default(place) : Dereferenced(*given_[place]);
-    if (type == VT_SAFEARRAY) TakeArray(held_[place]);
-    if (type == VT_DISPATCH) TakeNothing(held_[place]);
+    if (VariantTypeOf(info_, Parameter(place).tdesc) == VT_DISPATCH) TakeNothing(held_[place]);
     passed_[place] = held_[place];
     return S_OK;
   }
 
-  // A variable of the described type; what the member leaves in it is written back.
+  // A variable of the described type: the host's own where it is one, else a copy.
   HRESULT PrepareReference(std::size_t place, bool missing) {
     const TYPEDESC& pointer = Parameter(place).tdesc;
     if (pointer.vt != VT_PTR) return DISP_E_TYPEMISMATCH;
     const VARTYPE target = VariantTypeOf(info_, *pointer.lptdesc);
     const auto reference = static_cast<VARTYPE>(VT_BYREF | target);
-    if (!missing && given_[place]->vt == reference) {
-      passed_[place] = *given_[place];
+    if (!missing && EndOf(*given_[place]).vt == reference) {
+      passed_[place] = EndOf(*given_[place]);
       return S_OK;
     }
     held_[place] = missing ? Default(place) : Dereferenced(*given_[place]);
     if (target == VT_DISPATCH) TakeNothing(held_[place]);
-    held_[place] = Converted(held_[place], target);
+    if ((target & VT_ARRAY) != 0) {
+      TakeArray(held_[place]);
+    } else {
+      held_[place] = Converted(held_[place], target);
+    }
     passed_[place].vt = reference;
     passed_[place].byref = &held_[place].byref;
     return S_OK;
@@ -181,8 +203,8 @@ class Arguments {
 
   // Script hosts know arrays of variants only; the parameters are arrays of 16-bit numbers.
   static void TakeArray(Variant& value) {
-    if ((value.vt & VT_ARRAY) == 0) throw TypeMismatch();
     if (value.vt == (VT_ARRAY | VT_I2)) return;
+    if (value.vt != (VT_ARRAY | VT_VARIANT)) throw TypeMismatch();
     Variant converted;
     converted.parray = NewArray(Int16ArrayOf(value.parray));
     converted.vt = VT_ARRAY | VT_I2;
@@ -229,12 +251,11 @@ HRESULT InvokeFound(IDispatch* object, ITypeInfo* info, const FUNCDESC& member, 
     return InvokeDefaultMember(object, info, member.memid, given, result, exception, wrong);
   }
   Arguments arguments(info, member);
-  HRESULT status = arguments.Order(*given);
+  HRESULT status = arguments.Order(*given, wrong);
   if (SUCCEEDED(status)) status = arguments.Prepare(wrong);
   if (FAILED(status)) return status;
-  status = arguments.Call(object, static_cast<WORD>(member.invkind), result, exception, wrong);
-  if (SUCCEEDED(status)) arguments.WriteBack();
-  return status;
+  status = arguments.Call(object, result, exception, wrong);
+  return SUCCEEDED(status) ? arguments.WriteBack(wrong) : status;
 }
 
 }  // namespace

@@ -13,10 +13,10 @@
 
 namespace tesk::automation {
 
-// Interface: IEnumVARIANT and its like. Kept holds one item, Item is what Next hands out;
+// Interface: IEnumVARIANT and its like. Kept owns one item, in clones too; Item is what Next hands out;
 // `void HandOut(const Kept&, Item&)` makes the caller's copy.
 template <class Interface, class Kept, class Item, void (*HandOut)(const Kept&, Item&)>
-class Enumerator : public Interface, private Living {
+class Enumerator final : public Interface, private Living {
  public:
   explicit Enumerator(std::vector<Kept> items) : items_(std::move(items)) {}
   virtual ~Enumerator() = default;

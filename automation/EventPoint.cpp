@@ -91,20 +91,13 @@ class Argument<const std::string> {
   BSTR wire_;
 };
 
-void HandOutConnection(const CONNECTDATA& kept, CONNECTDATA& item) {
-  item = kept;
+void HandOutConnection(const std::pair<DWORD, ComPtr<IDispatch>>& kept, CONNECTDATA& item) {
+  item = {kept.second.Get(), kept.first};
   item.pUnk->AddRef();
 }
 
-// Holds its sinks while it lives.
-class Connections : public Enumerator<IEnumConnections, CONNECTDATA, CONNECTDATA, HandOutConnection> {
- public:
-  Connections(std::vector<CONNECTDATA> items, std::vector<ComPtr<IDispatch>> sinks)
-      : Enumerator(std::move(items)), sinks_(std::move(sinks)) {}
-
- private:
-  std::vector<ComPtr<IDispatch>> sinks_;
-};
+using Connections =
+    Enumerator<IEnumConnections, std::pair<DWORD, ComPtr<IDispatch>>, CONNECTDATA, HandOutConnection>;
 
 bool HasGone(HRESULT status) {
   return status == RPC_E_DISCONNECTED || status == CO_E_OBJNOTCONNECTED ||
@@ -167,13 +160,7 @@ STDMETHODIMP EventPoint::EnumConnections(IEnumConnections** connections) {
   if (connections == nullptr) return E_POINTER;
   *connections = nullptr;
   const auto error = Attempt([&] {
-    std::vector<CONNECTDATA> items;
-    std::vector<ComPtr<IDispatch>> sinks;
-    for (const auto& [cookie, sink] : connections_) {
-      items.push_back({sink.Get(), cookie});
-      sinks.push_back(sink);
-    }
-    auto* enumerator = new Connections(std::move(items), std::move(sinks));
+    auto* enumerator = new Connections(connections_);
     enumerator->AddRef();
     *connections = enumerator;
   });

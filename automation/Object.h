@@ -83,6 +83,7 @@ class Object : public Described<Native>::Interface,
     return Do([&] { Description().CopyTo(info); });
   }
   STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+    if (names == nullptr || ids == nullptr) return E_POINTER;
     HRESULT status = S_OK;
     const HRESULT done = Do([&] { status = DispGetIDsOfNames(Description().Get(), names, count, ids); });
     return FAILED(done) ? done : status;

@@ -135,9 +135,9 @@ STDMETHODIMP ReaderObject::SaveSettings(::teskReaderRegistryKey lRegistryKey, BS
 }
 
 STDMETHODIMP ReaderObject::SetError(IDispatch** oErr, VARIANT_BOOL* result) {
+  if (oErr == nullptr) return E_POINTER;
   return Give<bool>(result, [&] {
-    IDispatch* object = oErr != nullptr ? *oErr : nullptr;
-    return Library().SetError(object != nullptr ? std::make_shared<HostErrorObject>(object) : nullptr);
+    return Library().SetError(*oErr != nullptr ? std::make_shared<HostErrorObject>(*oErr) : nullptr);
   });
 }
 

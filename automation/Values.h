@@ -48,10 +48,17 @@ class Variant : public VARIANT {
   ~Variant() { VariantClear(this); }
 };
 
-// The value itself, whatever references lead to it; error 13 where they lead nowhere.
+// Where references to variants end: at a value, or at a reference to a variable that is no variant. Error 13
+// where they lead nowhere or in a circle.
+const VARIANT& EndOf(const VARIANT& value);
+// The value itself, whatever references lead to it; error 13 as above.
 Variant Dereferenced(const VARIANT& value);
 // Error 13 where the value does not convert; no locale has a say.
 Variant Converted(const VARIANT& value, VARTYPE type);
+
+// Puts a value into the variable that `reference` leads to, as a value of that variable's type. Error 13 where
+// the variable cannot hold it, which then keeps its own.
+void Store(const VARIANT& reference, const VARIANT& value);
 
 bool BooleanOf(const VARIANT& value);
 std::int32_t Int32Of(const VARIANT& value);

@@ -200,7 +200,14 @@ class Members : public Object<Native> {
   STDMETHODIMP Put##_##Name(WireType<T> value) override {                    \
     return this->Do([&] { this->Library().Set##Name(Wire<T>::In(value)); }); \
   }
+// Visual Basic hands arrays over by reference alone; the setter leaves the host's array as it is.
+#define TESK_PUT_ARRAY(T, Name)                                               \
+  STDMETHODIMP put_##Name(WireType<T>* value) override {                      \
+    if (value == nullptr) return E_POINTER;                                   \
+    return this->Do([&] { this->Library().Set##Name(Wire<T>::In(*value)); }); \
+  }
 #define TESK_PROPERTY(T, Name) TESK_GET(T, Name) TESK_PUT_AS(put, T, Name)
+#define TESK_ARRAY_PROPERTY(T, Name) TESK_GET(T, Name) TESK_PUT_ARRAY(T, Name)
 #define TESK_OBJECT_PROPERTY(T, Name) TESK_GET(T, Name) TESK_PUT_AS(putref, T, Name)
 
 }  // namespace tesk::automation

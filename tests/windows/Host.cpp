@@ -5,6 +5,8 @@
 #include <array>
 #include <chrono>
 #include <iterator>
+#include <latch>
+#include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -14,7 +16,7 @@
 
 namespace tesk::test {
 
-int HostDispatch::living = 0;
+std::atomic<int> HostDispatch::living = 0;
 
 void HostDispatch::On(const std::wstring& name, Handler handler, DISPID id) {
   const DISPID given = id != 0 ? id : static_cast<DISPID>(1000 + ids_.size());
@@ -57,6 +59,7 @@ STDMETHODIMP HostDispatch::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAM
                                   VARIANT* result, EXCEPINFO* exception, UINT*) {
   const auto found = handlers_.find(id);
   if (found == handlers_.end()) return DISP_E_MEMBERNOTFOUND;
+  calledOn.insert(GetCurrentThreadId());
   Arguments arguments;
   for (UINT i = parameters->cArgs; i > 0; --i) arguments.push_back(&parameters->rgvarg[i - 1]);
   const ComPtr<IDispatch> kept(this);
@@ -125,6 +128,14 @@ ErrorObject::ErrorObject() {
 }
 
 ComPtr<_clsTeskReader> NewReader() { return Create<_clsTeskReader>(CLSID_clsTeskReader); }
+
+bool SetSizes(_clsTeskReader* reader, HRESULT (STDMETHODCALLTYPE _clsTeskReader::*put)(SAFEARRAY**),
+              std::int16_t size) {
+  Variant sizes;
+  sizes.parray = automation::NewArray(Int16Array({size}));
+  sizes.vt = VT_ARRAY | VT_I2;
+  return SUCCEEDED((reader->*put)(&sizes.parray));
+}
 
 void Install(_clsTeskReader* reader, IDispatch* errorObject) {
   VARIANT_BOOL installed = VARIANT_FALSE;
@@ -222,6 +233,23 @@ void Pump(int milliseconds) {
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
     Sleep(1);
   }
+}
+
+void RunInApartments(const std::vector<std::function<void()>>& bodies) {
+  std::atomic<std::size_t> ended = 0;
+  std::latch ready(static_cast<std::ptrdiff_t>(bodies.size()));
+  std::vector<std::thread> threads;
+  for (const auto& body : bodies) {
+    threads.emplace_back([&] {
+      EXPECT_EQ(S_OK, CoInitialize(nullptr));
+      ready.arrive_and_wait();
+      body();
+      CoUninitialize();
+      ++ended;
+    });
+  }
+  while (ended < bodies.size()) Pump(1);
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace tesk::test

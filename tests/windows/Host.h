@@ -2,9 +2,11 @@
 // server's registration around all tests.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -44,12 +46,13 @@ class HostDispatch : public IDispatch {
                       EXCEPINFO* exception, UINT*) override;
 
   IID answersTo = IID_IDispatch;  // an event sink also answers to its event interface
-  static int living;
+  std::set<DWORD> calledOn;       // the threads that members were called on
+  static std::atomic<int> living;
 
  private:
   std::map<std::wstring, DISPID> ids_;
   std::map<DISPID, Handler> handlers_;
-  LONG references_ = 0;
+  std::atomic<LONG> references_ = 0;
 };
 
 // A sink of the engine's events: notes every name, then runs the handler of that event if there is one.
@@ -78,6 +81,8 @@ class ErrorObject : public HostDispatch {
 };
 
 ComPtr<_clsTeskReader> NewReader();
+bool SetSizes(_clsTeskReader* reader, HRESULT (STDMETHODCALLTYPE _clsTeskReader::*put)(SAFEARRAY**),
+              std::int16_t size);
 void Install(_clsTeskReader* reader, IDispatch* errorObject);
 LONG LivingObjects();  // of the server
 
@@ -104,5 +109,8 @@ bool RegisterServer(bool undo);  // by regsvr32
 
 // Runs the thread's messages for a while.
 void Pump(int milliseconds);
+
+// Runs every body on a thread and in an apartment of its own, all at once; this thread takes calls meanwhile.
+void RunInApartments(const std::vector<std::function<void()>>& bodies);
 
 }  // namespace tesk::test

@@ -11,13 +11,6 @@ constexpr std::uint64_t kSeed = 7;
 constexpr std::int16_t kDarkest = 15;
 constexpr simulator::Geometry kGeometry{50, 48, true};
 
-Variant Sizes(std::int16_t value) {
-  Variant sizes;
-  sizes.parray = automation::NewArray(Int16Array({value}));
-  sizes.vt = VT_ARRAY | VT_I2;
-  return sizes;
-}
-
 }  // namespace
 
 void Reading::SetUp() {
@@ -52,8 +45,8 @@ bool Reading::Start(SHORT port) {
   reader->put_SleepTime(2);
   reader->put_TimeOut(3);
   reader->put_Duplex(VARIANT_FALSE);
-  EXPECT_EQ(S_OK, reader->put_Side1Rows(Sizes(kGeometry.rows).parray));
-  EXPECT_EQ(S_OK, reader->put_Side1Cols(Sizes(kGeometry.columns).parray));
+  EXPECT_TRUE(SetSizes(reader.Get(), &_clsTeskReader::put_Side1Rows, kGeometry.rows));
+  EXPECT_TRUE(SetSizes(reader.Get(), &_clsTeskReader::put_Side1Cols, kGeometry.columns));
   EXPECT_EQ(S_OK, reader->StartReader(&done));
   return done != VARIANT_FALSE;
 }

@@ -44,6 +44,17 @@ TEST(Library, TheBinaryInterfaceIsNeverChangedUnknowingly) {
   EXPECT_EQ("", FirstDifference(found, Committed()));
 }
 
+// It knows no unsigned numbers, and hands arrays over by reference alone.
+TEST(Library, VisualBasicCanCallEveryMember) {
+  std::istringstream lines(Committed());
+  for (std::string line; std::getline(lines, line);) {
+    const std::string declared = line.substr(0, line.find('"'));
+    for (const char* unknown : {"?", "(in SAFEARRAY", ", in SAFEARRAY"}) {
+      EXPECT_EQ(std::string::npos, declared.find(unknown)) << line;
+    }
+  }
+}
+
 TEST(Library, TheInterfacesBeginBehindThoseOfTheSystem) {
   // A wrong base would shift every member for early-bound hosts while late-bound ones notice nothing.
   const std::string text = Committed();

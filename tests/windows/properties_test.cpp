@@ -146,7 +146,7 @@ TEST(EarlyBound, SizesKeepTheirLowerBound) {
     sizes.parray = automation::NewArray(Int16Array({9, 3, 7}, lower));
     sizes.vt = VT_ARRAY | VT_I2;
     Variant found;
-    EXPECT_EQ(S_OK, reader->put_Side1Rows(sizes.parray));
+    EXPECT_EQ(S_OK, reader->put_Side1Rows(&sizes.parray));
     EXPECT_EQ(S_OK, reader->get_Side1Rows(&found.parray));
     found.vt = VT_ARRAY | VT_I2;
     EXPECT_EQ(Described(sizes), Described(found));

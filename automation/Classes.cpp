@@ -76,6 +76,9 @@ class Factory final : public IClassFactory, private Living {
   LONG references_ = 0;
 };
 
+// Hosts may ask for classes on several threads at once.
+void InstallOwnBox() { [[maybe_unused]] static const bool installed = (SetMessageBox(OwnBox()), true); }
+
 }  // namespace
 
 std::shared_ptr<MessageBox> OwnBox() { return platform::CreateDialogBox(); }
@@ -87,7 +90,7 @@ HRESULT GetClassFactory(REFCLSID classId, REFIID id, void** factory) {
     if (*creatable.id != classId) continue;
     ComPtr<IClassFactory> created;
     const auto error = Attempt([&] {
-      SetMessageBox(OwnBox());
+      InstallOwnBox();
       created = new Factory(creatable);
     });
     return error ? E_OUTOFMEMORY : created->QueryInterface(id, factory);

@@ -16,6 +16,14 @@ class HostWindow : public HostObject {
   std::intptr_t handle_;
 };
 
+// The one of the process, which every thread may use.
+ComPtr<IGlobalInterfaceTable> SharedInterfaces() {
+  ComPtr<IGlobalInterfaceTable> table;
+  CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER, IID_IGlobalInterfaceTable,
+                   &table);
+  return table;
+}
+
 }  // namespace
 
 HostReference::~HostReference() {
@@ -26,6 +34,25 @@ std::intptr_t HostReference::WindowHandle() const {
   std::intptr_t handle = 0;
   Attempt([&] { handle = Int32Of(GetProperty(*object_.Get(), L"hWnd")); });
   return handle;
+}
+
+SharedReference::SharedReference(IDispatch* object) {
+  const auto table = SharedInterfaces();
+  if (!table || FAILED(table->RegisterInterfaceInGlobal(object, IID_IDispatch, &cookie_))) {
+    throw RunTimeError(kErrorInternal, "The object cannot be called from other threads");
+  }
+}
+
+SharedReference::~SharedReference() {
+  if (ProcessEnds()) return;
+  if (const auto table = SharedInterfaces()) table->RevokeInterfaceFromGlobal(cookie_);
+}
+
+ComPtr<IDispatch> SharedReference::Here() const {
+  ComPtr<IDispatch> object;
+  const auto table = SharedInterfaces();
+  if (!table || FAILED(table->GetInterfaceFromGlobal(cookie_, IID_PPV_ARGS(&object)))) throw ObjectNotSet();
+  return object;
 }
 
 std::shared_ptr<HostObject> WindowOwnerOf(const VARIANT& value) {
@@ -55,19 +82,23 @@ std::string HostErrorObject::LoadString(const std::string& text) {
   std::string translated = text;
   Attempt([&] {
     const Variant key(text);
-    translated = TextOf(CallMethod(*Get(), L"LoadString", {&key}));
+    translated = TextOf(CallMethod(*object_.Here().Get(), L"LoadString", {&key}));
   });
   return translated;
 }
 
 bool HostErrorObject::MsgBoxEx(const std::string& title, const std::string& text) {
-  if (!HasMember(*Get(), L"MsgBoxEx")) return false;
-  return !Attempt([&] {
+  bool shown = false;
+  Attempt([&] {
+    const auto object = object_.Here();
+    if (!HasMember(*object.Get(), L"MsgBoxEx")) return;
     const Variant titleValue(title);
     const Variant textValue(text);
     const Variant buttons(std::string("&OK"));
-    CallMethod(*Get(), L"MsgBoxEx", {&titleValue, &textValue, &buttons});
+    CallMethod(*object.Get(), L"MsgBoxEx", {&titleValue, &textValue, &buttons});
+    shown = true;
   });
+  return shown;
 }
 
 void HostErrorObject::RaiseError(const ErrorReport& report) {
@@ -77,7 +108,7 @@ void HostErrorObject::RaiseError(const ErrorReport& report) {
     const Variant source(report.source);
     const Variant message(report.message);
     const Variant title(report.title);
-    CallMethod(*Get(), L"RaiseError", {&line, &number, &source, &message, &title});
+    CallMethod(*object_.Here().Get(), L"RaiseError", {&line, &number, &source, &message, &title});
   });
   if (failure) {
     OwnBox()->Show(report.title, "Error# " + NumberText(report.number) + ", Location: " + report.source +
@@ -87,12 +118,12 @@ void HostErrorObject::RaiseError(const ErrorReport& report) {
 
 bool HostErrorObject::Silent() const {
   bool silent = false;
-  Attempt([&] { silent = BooleanOf(GetProperty(*Get(), L"Silent")); });
+  Attempt([&] { silent = BooleanOf(GetProperty(*object_.Here().Get(), L"Silent")); });
   return silent;
 }
 
 void HostErrorObject::SetSilent(bool silent) {
-  Attempt([&] { PutProperty(*Get(), L"Silent", Variant(silent)); });
+  Attempt([&] { PutProperty(*object_.Here().Get(), L"Silent", Variant(silent)); });
 }
 
 }  // namespace tesk::automation

@@ -24,11 +24,26 @@ class HostReference : public HostObject, private Living {
   ComPtr<IDispatch> object_;
 };
 
+// A reference to an object of the host's that engines on several threads call: every call goes to the
+// apartment that the object came from.
+class SharedReference : private Living {
+ public:
+  // Error 51 where the system cannot pass the object on.
+  explicit SharedReference(IDispatch* object);
+  ~SharedReference();
+  // As this thread is to call it; error 91 once the object's apartment has ended.
+  ComPtr<IDispatch> Here() const;
+
+ private:
+  DWORD cookie_ = 0;
+};
+
 // What owns a dialog: an object with a window handle, the handle itself, or nothing (empty). Error 13 for
 // anything else.
 std::shared_ptr<HostObject> WindowOwnerOf(const VARIANT& value);
 
-// The error object. A call that fails falls back to the English text or to the library's own box.
+// The error object, one for all engines. A call that fails falls back to the English text or to the library's
+// own box.
 class HostErrorObject : public HostServices {
  public:
   // Error 13 for an object without LoadString, RaiseError or Silent.
@@ -42,10 +57,8 @@ class HostErrorObject : public HostServices {
   bool Silent() const override;
   void SetSilent(bool silent) override;
 
-  IDispatch* Get() const { return object_.Get(); }
-
  private:
-  HostReference object_;
+  SharedReference object_;
 };
 
 // The message box of this system.

@@ -175,15 +175,10 @@ std::wstring OwnFolder() {
   return FolderOf(own);
 }
 
-// A path from a drive or a server on: what is relative would be looked for in the current folder.
-bool IsWhole(const std::wstring& folder) {
-  return folder.size() >= 2 && (folder[1] == L':' || folder.compare(0, 2, L"\\\\") == 0);
-}
-
 // What the library itself needs comes from its own folder and the system's, not from the current folder or
 // the search path. Systems that do not know these flags take the older one, which puts its own folder first.
 Module LoadFrom(const std::wstring& folder) {
-  if (!IsWhole(folder)) return nullptr;
+  if (folder.empty()) return nullptr;
   const std::wstring path = folder + L"\\" + kLibrary;
   HMODULE module = ::LoadLibraryExW(path.c_str(), nullptr,
                                     LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);

@@ -5,7 +5,6 @@
 #include <array>
 #include <chrono>
 #include <iterator>
-#include <latch>
 #include <thread>
 #include <utility>
 
@@ -237,12 +236,12 @@ void Pump(int milliseconds) {
 
 void RunInApartments(const std::vector<std::function<void()>>& bodies) {
   std::atomic<std::size_t> ended = 0;
-  std::latch ready(static_cast<std::ptrdiff_t>(bodies.size()));
+  std::atomic<std::size_t> ready = 0;
   std::vector<std::thread> threads;
   for (const auto& body : bodies) {
     threads.emplace_back([&] {
       EXPECT_EQ(S_OK, CoInitialize(nullptr));
-      ready.arrive_and_wait();
+      for (++ready; ready < bodies.size();) Sleep(0);
       body();
       CoUninitialize();
       ++ended;

@@ -1,4 +1,12 @@
-// Reads sheets with events. Build it for x86 with a COM reference to TeskReader99 (or tlbimp TeskReader99.dll).
+// Reads sheets with events, for x86:
+//
+//   tlbimp TeskReader99.dll /sysarray /out:Interop.TeskReader99.dll /namespace:TeskReader99
+//   csc /platform:x86 /reference:Interop.TeskReader99.dll Program.cs
+//
+// A COM reference added in Visual Studio imports the library in the same way. Without /sysarray arrays would be
+// taken for one-dimensional ones from 0, which those of the sides are not.
+//
+// Never compiled or run by us: written after the rules by which tlbimp imports the type library.
 using System;
 using TeskReader99;
 
@@ -13,9 +21,12 @@ internal static class Program
         reader.Port = 3;
         reader.RecognitionMode = teskRecognitionType.teskRecognitionTypePage;
         reader.Duplex = false;
-        // Arrays of one's own may begin at 0; element 0 is then ignored.
-        reader.Side1Rows = new short[] { 0, 50 };
-        reader.Side1Cols = new short[] { 0, 48 };
+        // Arrays of one's own may begin at 0; element 0 is then ignored. They are set by reference, which C#
+        // knows for methods alone, hence the accessor instead of the property.
+        Array rows = new short[] { 0, 50 };
+        Array columns = new short[] { 0, 48 };
+        reader.set_Side1Rows(ref rows);
+        reader.set_Side1Cols(ref columns);
 
         reader.PreprocessSheet += OnPreprocessSheet;
         reader.ReadSheet += (ref Array side1, ref Array side2, ref Array barcodes, string image1, string image2,

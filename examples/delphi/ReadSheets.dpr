@@ -1,5 +1,7 @@
 { Reads sheets, late-bound. For events import the type library (Component > Import Component) and use the
-  generated TclsTeskReader with its OnReadSheet. }
+  generated TclsTeskReader with its OnReadSheet.
+
+  Never compiled or run by us; the same late-bound calls are made by the tests from VBScript and C++. }
 program ReadSheets;
 
 {$APPTYPE CONSOLE}

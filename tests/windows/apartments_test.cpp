@@ -31,9 +31,11 @@ TEST_F(Apartments, ClassesAreAskedForOnAllAtOnce) {
       ASSERT_EQ(S_OK, classObject(CLSID_clsTeskReader, IID_PPV_ARGS(&factory)));
     }
     for (int i = 0; i < 20; ++i) {
+      const auto other = NewReader();
       ComPtr<_clsTeskReaderProfiles> profiles;
       LONG count = 0;
-      ASSERT_EQ(S_OK, NewReader()->get_Profiles(&profiles));
+      EXPECT_EQ(0, automation::Int32Of(automation::GetProperty(*other.Get(), L"Port")));
+      ASSERT_EQ(S_OK, other->get_Profiles(&profiles));
       EXPECT_EQ(S_OK, profiles->get_Count(&count));
       EXPECT_EQ(46, count);
     }
@@ -73,6 +75,27 @@ TEST_F(Apartments, AnErrorObjectWhoseApartmentHasEndedIsDoneWithout) {
   EXPECT_EQ(Threads({itsThread}), gone->calledOn);
   EXPECT_EQ(Names(), gone->reports);
   Install(reader.Get(), errors.Get());
+}
+
+// The system carries the calls over by what the type library says of them.
+TEST_F(Apartments, AReaderIsCalledFromAnother) {
+  ComPtr<IStream> carried;
+  ASSERT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(__uuidof(_clsTeskReader), reader.Get(), &carried));
+  RunInApartments({[&] {
+    ComPtr<_clsTeskReader> proxy;
+    ASSERT_EQ(S_OK, CoGetInterfaceAndReleaseStream(carried.Detach(), IID_PPV_ARGS(&proxy)));
+    ASSERT_NE(reader.Get(), proxy.Get());
+    EXPECT_TRUE(SetSizes(proxy.Get(), &_clsTeskReader::put_Side2Cols, 48));
+    Variant sizes;
+    EXPECT_EQ(S_OK, proxy->get_Side2Cols(&sizes.parray));
+    sizes.vt = VT_ARRAY | VT_I2;
+    EXPECT_EQ("1..1: 48", Described(sizes));
+    LONG count = 5;
+    VARIANT_BOOL read = VARIANT_TRUE;
+    EXPECT_EQ(S_OK, proxy->ReadBatch(VARIANT_FALSE, -1, &count, &read));
+    EXPECT_EQ(VARIANT_FALSE, read) << "no reader type, so nothing starts";
+    EXPECT_EQ(5, count);
+  }});
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 // Late-bound calls: every way in which hosts pass arrays, variables, and arguments by name.
-#include <iterator>
 #include <limits>
 #include <string>
 #include <vector>
@@ -122,10 +121,27 @@ TEST_F(LateCall, ResultsReachVariablesOfEveryTypeThatHoldsThem) {
   Variant text(std::string("4"));
   EXPECT_EQ(S_OK, ReadFifthSheet(ReferenceTo(VT_BSTR, &text.bstrVal)));
   EXPECT_EQ("5", automation::TextOf(text.bstrVal));
+  DECIMAL decimal = {};
+  decimal.Lo64 = 4;
+  EXPECT_EQ(S_OK, ReadFifthSheet(ReferenceTo(VT_DECIMAL, &decimal)));
+  EXPECT_EQ(5U, decimal.Lo64);
   Variant variant(std::string("4"));
   EXPECT_EQ(S_OK, ReadFifthSheet(ReferenceTo(VT_VARIANT, &variant)));
   EXPECT_EQ(VT_I4, variant.vt);
   EXPECT_EQ(5, variant.lVal);
+}
+
+TEST_F(LateCall, ObjectsAreTakenFromVariablesOfEitherType) {
+  for (const VARTYPE type : {VT_UNKNOWN, VT_DISPATCH}) {
+    IUnknown* object = static_cast<IDispatch*>(errors.Get());
+    object->AddRef();
+    VARIANT variable = ReferenceTo(type, &object);
+    Variant installed;
+    EXPECT_EQ(S_OK, Invoke(L"SetError", DISPATCH_METHOD, {&variable, nullptr, 1, 0}, &installed));
+    EXPECT_TRUE(automation::BooleanOf(installed));
+    EXPECT_EQ(static_cast<IDispatch*>(errors.Get()), object);
+    object->Release();
+  }
 }
 
 TEST_F(LateCall, AVariableThatCannotHoldTheResultFailsTheCall) {

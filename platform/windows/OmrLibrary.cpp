@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/windows/Text.h"
+#include "platform/windows/VisualStyles.h"
 #include "platform/windows/WindowsApi.h"
 
 namespace tesk::platform {
@@ -167,14 +168,6 @@ std::wstring FolderOf(HMODULE module) {
   }
 }
 
-// Of the program or library that this code is part of.
-std::wstring OwnFolder() {
-  HMODULE own = nullptr;
-  ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&kLibrary), &own);
-  return FolderOf(own);
-}
-
 // What the library itself needs comes from its own folder and the system's, not from the current folder or
 // the search path. Systems that do not know these flags take the older one, which puts its own folder first.
 Module LoadFrom(const std::wstring& folder) {
@@ -195,7 +188,7 @@ class SystemLoader : public OmrLibraryLoader {
     DWORD before = 0;
     ::SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before);
     std::shared_ptr<OmrLibrary> library;
-    for (const std::wstring& folder : {SystemFolder(), FolderOf(nullptr), OwnFolder()}) {
+    for (const std::wstring& folder : {SystemFolder(), FolderOf(nullptr), FolderOf(OwnModule())}) {
       if (!library) library = Complete(LoadFrom(folder));
     }
     ::SetThreadErrorMode(before, nullptr);

@@ -62,6 +62,11 @@ VmrRecord::Now VmrRecord::AtEnd() {
   return half ? Now::Begun : Now::Damaged;
 }
 
+bool VmrRecord::Damaged() const {
+  const bool flags = known_.flags || std::ranges::any_of(Data(), ShowsFlag);
+  return now_ == Now::Damaged || (flags && std::ranges::any_of(Data(), LooksLikeEnd));
+}
+
 std::string_view VmrRecord::Data() const {
   return std::string_view(bytes_).substr(0, bytes_.size() - EndingOf(bytes_));
 }

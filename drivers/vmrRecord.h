@@ -29,8 +29,8 @@ class VmrRecord : public Shape {
   std::size_t Missing() const override { return now_ == Now::Begun ? 1 : 0; }
   void Take(std::uint8_t value) override;
 
-  // Bytes were lost or came in addition.
-  bool Damaged() const { return now_ == Now::Damaged; }
+  // Bytes were lost or came in addition, or one that looks like an end stands among marks with bit 64.
+  bool Damaged() const;
   // Silence has to tell whether that was all.
   bool MayBeOver() const { return now_ == Now::MayBeOver; }
   // It was not.

@@ -172,8 +172,9 @@ struct Batch {
 Batch RunBatch(teskReaderType type, const PortBehaviour& behaviour, simulator::Timings timings = {}) {
   ++casesRun;
   constexpr std::int16_t kRowsOfSide2 = 3;
-  std::vector<simulator::Sheet> stock =
-      simulator::GenerateSheets(3, 5, {kRows, 48, true}, type == teskReaderTypePDIVMR138 ? 1 : 9);
+  std::vector<simulator::Sheet> stock = type == teskReaderTypePDIVMR138
+                                            ? simulator::GenerateSheets(3, 5, {kRows, 12, false}, 255)
+                                            : simulator::GenerateSheets(3, 5, {kRows, 48, true}, 9);
   const std::shared_ptr<simulator::Scanner> scanner =
       simulator::CreateScanner(type, {.sheets = std::move(stock), .timings = timings});
   Bench bench(type, scanner);

@@ -44,11 +44,26 @@ constexpr VARTYPE kVariantType<BarcodeArray> = VT_ARRAY | VT_BSTR;
 template <>
 constexpr VARTYPE kVariantType<std::shared_ptr<HostObject>> = VT_DISPATCH;
 
-// One argument of an event. What a sink leaves in a reference is taken over by Take.
+template <class T>
+bool Same(const T& a, const T& b) {
+  return a == b;
+}
+bool Same(const std::shared_ptr<HostObject>& a, const std::shared_ptr<HostObject>& b) {
+  const auto object = [](const auto& kept) {
+    const auto* reference = dynamic_cast<const HostReference*>(kept.get());
+    return reference != nullptr ? reference->Get() : nullptr;
+  };
+  return object(a) == object(b);
+}
+
+// One argument of an event. What a sink leaves in a reference is taken over by Take where the sink changed it:
+// the value itself may have moved on meanwhile, or be one that does not come back from the border as it was.
 template <class T>
 class Argument {
  public:
-  explicit Argument(T& value) : value_(value), wire_(Wire<T>::Out(value)) {}
+  explicit Argument(T& value) : value_(value), wire_(Wire<T>::Out(value)) {
+    Attempt([this] { sent_ = Wire<T>::In(wire_); });
+  }
   Argument(const Argument&) = delete;
   Argument& operator=(const Argument&) = delete;
   ~Argument() { Free(wire_); }
@@ -61,12 +76,16 @@ class Argument {
     return variant;
   }
   void Take() {
-    Attempt([this] { value_ = Wire<T>::In(wire_); });
+    Attempt([this] {
+      T left = Wire<T>::In(wire_);
+      if (!Same(left, sent_)) value_ = std::move(left);
+    });
   }
 
  private:
   T& value_;
   WireType<T> wire_;
+  T sent_{};
 };
 
 // By value.

@@ -1,10 +1,16 @@
 // The engine's methods, and the properties that are more than a value.
 #include "automation/Reader.h"
 
+#include <utility>
+
+#include "automation/BatchCount.h"
 #include "automation/HostComm.h"
 
 namespace tesk::automation {
 namespace {
+
+constexpr DISPID kReadBatch = 103;
+constexpr DISPID kSheetCountPlace = 2;
 
 void HandOutPoint(const ComPtr<IConnectionPoint>& kept, IConnectionPoint*& item) { kept.CopyTo(&item); }
 
@@ -27,6 +33,19 @@ template <>
 
 void* ReaderObject::FurtherInterface(REFIID id) {
   return id == IID_IConnectionPointContainer ? static_cast<IConnectionPointContainer*>(this) : nullptr;
+}
+
+STDMETHODIMP ReaderObject::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters,
+                                  VARIANT* result, EXCEPINFO* exception, UINT* wrong) {
+  if (id != kReadBatch) {
+    return Members::Invoke(id, iid, locale, flags, parameters, result, exception, wrong);
+  }
+  const ComPtr<IUnknown> kept(static_cast<Interface*>(this));
+  batchCount_ = ArgumentAt(parameters, kSheetCountPlace);
+  const HRESULT status = Members::Invoke(id, iid, locale, flags, parameters, result, exception, wrong);
+  // Not taken by ReadBatch where the call went wrong before it.
+  batchCount_ = nullptr;
+  return status;
 }
 
 STDMETHODIMP ReaderObject::EnumConnectionPoints(IEnumConnectionPoints** points) {
@@ -66,6 +85,9 @@ STDMETHODIMP ReaderObject::get_fComm(IDispatch** value) {
 
 STDMETHODIMP ReaderObject::putref_fComm(IDispatch* value) {
   return Do([&] {
+    // The form that it has already: taken anew it would lose its open port.
+    const auto present = Library().fComm();
+    if (present && value != nullptr && HostFormBehind(*present) == value) return;
     ComPtr<IWrapper> ours;
     const bool isOurs = value == nullptr || SUCCEEDED(value->QueryInterface(kWrapperId, &ours));
     Library().SetfComm(isOurs ? Unwrap<frmComm>(value) : FormOf(value));
@@ -94,10 +116,8 @@ STDMETHODIMP ReaderObject::ReadPage(VARIANT_BOOL InitializePrinter, VARIANT_BOOL
 STDMETHODIMP ReaderObject::ReadBatch(VARIANT_BOOL InitializePrinter, LONG lMaxSheets, LONG* lSheetCount,
                                      VARIANT_BOOL* result) {
   return Give<bool>(result, [&] {
-    std::int32_t count = lSheetCount != nullptr ? *lSheetCount : 0;
-    const bool read = Library().ReadBatch(Wire<bool>::In(InitializePrinter), lMaxSheets, count);
-    if (lSheetCount != nullptr) *lSheetCount = count;
-    return read;
+    BatchCount count(lSheetCount, std::exchange(batchCount_, nullptr));
+    return Library().ReadBatch(Wire<bool>::In(InitializePrinter), lMaxSheets, count);
   });
 }
 

@@ -17,6 +17,10 @@ class ReaderObject final : public Members<tesk::clsTeskReader>, public IConnecti
   STDMETHODIMP_(ULONG) AddRef() override { return Members::AddRef(); }
   STDMETHODIMP_(ULONG) Release() override { return Members::Release(); }
 
+  // Notes the host's own variable where it calls ReadBatch late bound.
+  STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                      EXCEPINFO* exception, UINT* wrong) override;
+
   STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** points) override;
   STDMETHODIMP FindConnectionPoint(REFIID id, IConnectionPoint** point) override;
 
@@ -97,6 +101,7 @@ class ReaderObject final : public Members<tesk::clsTeskReader>, public IConnecti
   void* FurtherInterface(REFIID id) override;
 
   EventPoint events_;
+  VARIANT* batchCount_ = nullptr;
 };
 
 }  // namespace tesk::automation

@@ -2,6 +2,7 @@
 #include "base/HostServices.h"
 
 #include <iostream>
+#include <mutex>
 #include <utility>
 
 #include "base/conversions.h"
@@ -9,19 +10,38 @@
 namespace tesk {
 namespace {
 
-// Process-wide by design: a host installs one error object for all its engines.
-struct Installed {
-  std::shared_ptr<HostServices> host;
-  std::shared_ptr<MessageBox> box;
+// What is installed, process-wide by design: a host installs one error object for all its engines, which may
+// live on several threads. Whoever uses it holds it; nobody calls it, or lets go of it, under the lock.
+template <class Service>
+class Installed {
+ public:
+  std::shared_ptr<Service> Get() const {
+    const std::lock_guard lock(mutex_);
+    return service_;
+  }
+  // The old one is the caller's to release, which may call back into the library.
+  void Swap(std::shared_ptr<Service>& service) {
+    const std::lock_guard lock(mutex_);
+    service_.swap(service);
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::shared_ptr<Service> service_;
 };
 
-Installed& TheInstalled() {
-  static Installed installed;
-  return installed;
+Installed<HostServices>& TheHost() {
+  static Installed<HostServices> host;
+  return host;
+}
+
+Installed<MessageBox>& TheBox() {
+  static Installed<MessageBox> box;
+  return box;
 }
 
 void ShowBox(const std::string& title, const std::string& text) {
-  if (const auto box = TheInstalled().box) {
+  if (const auto box = TheBox().Get()) {
     box->Show(title, text);
   } else {
     std::cerr << title << ": " << Replace(text, "|", "\n  ") << '\n';
@@ -51,20 +71,19 @@ class SilenceFor {
 
 bool SetError(std::shared_ptr<HostServices> host) {
   const bool given = host != nullptr;
-  // Swapped out first: releasing the old object may call back into the library.
-  const auto before = std::exchange(TheInstalled().host, std::move(host));
+  TheHost().Swap(host);
   return given;
 }
 
-void SetMessageBox(std::shared_ptr<MessageBox> box) { TheInstalled().box = std::move(box); }
+void SetMessageBox(std::shared_ptr<MessageBox> box) { TheBox().Swap(box); }
 
 std::string LoadString(std::string_view text) {
-  const auto host = TheInstalled().host;
+  const auto host = TheHost().Get();
   return host ? host->LoadString(std::string(text)) : std::string(text);
 }
 
 std::string ApplicationName() {
-  const auto host = TheInstalled().host;
+  const auto host = TheHost().Get();
   return host ? host->ApplicationName() : "TeskReader99";
 }
 
@@ -74,14 +93,14 @@ void ShowMessage(std::string_view title, std::string_view text) {
 
 void ShowComposedMessage(std::string_view title, const std::string& text) {
   const std::string shownTitle = LoadString(title);
-  const auto host = TheInstalled().host;
+  const auto host = TheHost().Get();
   if (!host || !host->MsgBoxEx(shownTitle, text)) ShowBox(shownTitle, text);
 }
 
 void ReportError(ErrorReport report, bool silent) {
   report.source = "Quillon Reader - " + report.source;
   if (report.line >= 1) report.source += LoadString("; Line: ") + NumberText(report.line);
-  if (const auto host = TheInstalled().host) {
+  if (const auto host = TheHost().Get()) {
     const SilenceFor silence(*host, silent);
     host->RaiseError(report);
     return;

@@ -22,7 +22,8 @@ struct ErrorReport {
   std::string detail = {};  // lines joined with "|" that say what to try; for hosts that show them
 };
 
-// The object that a host installs with SetError. Calls come on the host's thread.
+// The object that a host installs with SetError. Calls come on the thread of the engine that has something to
+// say; a host with engines on several threads must bear several at once.
 class HostServices {
  public:
   virtual ~HostServices() = default;
@@ -45,7 +46,8 @@ class MessageBox {
   virtual void Show(const std::string& title, const std::string& text) = 0;
 };
 
-// Installs the process-wide host object (empty: back to the pass-through default). True when not empty.
+// Installs the process-wide host object (empty: back to the pass-through default). True when not empty. A call
+// that another thread is making ends on the object that it began with.
 bool SetError(std::shared_ptr<HostServices> host);
 // Installs the platform's message box; empty: the standard error stream.
 void SetMessageBox(std::shared_ptr<MessageBox> box);

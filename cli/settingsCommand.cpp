@@ -1,5 +1,4 @@
 // `teskread settings`: the settings saved under a key of the settings store.
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "cli/ReaderChoice.h"
 #include "cli/engineProperties.h"
 #include "cli/settingsKey.h"
+#include "cli/storedSettings.h"
 #include "platform/Platform.h"
 #include "platform/SettingsStores.h"
 
@@ -31,20 +31,6 @@ struct SettingsOptions {
   std::vector<std::string> assignments;
 };
 
-struct Stored {
-  std::string name;
-  std::string text;
-};
-
-std::vector<Stored> ReadStored(const SettingsKey& key) {
-  const auto store = platform::CreateSettingsStore();
-  std::vector<Stored> values;
-  for (const std::string& name : SettingNames()) {
-    if (const auto text = store->LoadValue(key.root, key.path, name)) values.push_back({name, *text});
-  }
-  return values;
-}
-
 CommandFailure NothingSaved(const SettingsKey& key) {
   return CommandFailure(fmt::format("nothing is saved under the key {}", key.path));
 }
@@ -54,36 +40,34 @@ int Show(const SettingsOptions& options, Program& program) {
   const auto values = ReadStored(key);
   if (values.empty()) throw NothingSaved(key);
   std::string text;
-  for (const Stored& value : values) text += fmt::format("{:<24} {}\n", value.name, value.text);
+  for (const StoredValue& value : values) text += fmt::format("{:<24} {}\n", value.name, value.text);
   program.output->Write(text);
   return kStatusDone;
 }
 
-// What is saved already, or a model's defaults.
-void Begin(const SettingsOptions& options, const SettingsKey& key, clsTeskReader& engine) {
-  if (options.reader.empty()) {
-    if (ReadStored(key).empty()) {
-      throw UsageError("--reader: is required: nothing is saved under this key yet");
-    }
-    if (!engine.LoadSettings(key.root, key.path)) {
-      throw CommandFailure(fmt::format("the settings under the key {} cannot be read", key.path));
-    }
-    return;
-  }
-  const teskReaderType type = ParseReader(options.reader);
+void BeginWithDefaults(const std::string& reader, clsTeskReader& engine) {
+  const teskReaderType type = ParseReader(reader);
   if (!engine.LoadDefaults(type)) throw CommandFailure("there are no defaults for this reader");
   engine.SetPort(1);
 }
 
+// With a reader all settings are saved, its defaults and what is assigned; without one only what is assigned.
 int Save(const SettingsOptions& options, Program& program) {
   const SettingsKey key = ParseSettingsKey(options.key);
   std::vector<Assignment> assignments;
   for (const std::string& text : options.assignments) assignments.push_back(ParseAssignment(text));
+  RequireSettings(assignments);
   const EngineSession session(platform::CreateSerialSystem(), program.console);
   clsTeskReader& engine = session.Engine();
-  Begin(options, key, engine);
+  const bool afresh = !options.reader.empty();
+  if (afresh) BeginWithDefaults(options.reader, engine);
+  if (!afresh && ReadStored(key).empty()) {
+    throw UsageError("--reader: is required: nothing is saved under this key yet");
+  }
   for (const Assignment& assignment : assignments) Apply(assignment, engine);
-  return engine.SaveSettings(key.root, key.path) ? kStatusDone : kStatusFailed;
+  const bool saved =
+      afresh ? engine.SaveSettings(key.root, key.path) : SaveAssigned(key, assignments, engine);
+  return saved ? kStatusDone : kStatusFailed;
 }
 
 int Delete(const SettingsOptions& options, Program&) {
@@ -113,9 +97,9 @@ void AddSettingsCommand(CLI::App& app, Program& program) {
   settings.footer(std::string(kFooter));
   const auto options = std::make_shared<SettingsOptions>();
   AddAction(settings, program, options, "show", "Prints the settings saved under a key", Show);
-  CLI::App& save =
-      AddAction(settings, program, options, "save",
-                "Saves settings under a key: a model's defaults or what is saved, with changes", Save);
+  CLI::App& save = AddAction(
+      settings, program, options, "save",
+      "Saves settings under a key: a model's defaults with changes, or changes to what is saved", Save);
   save.add_option("--reader", options->reader,
                   Explain("begins with this model's defaults; without it, with what is saved", "--reader 4"))
       ->type_name("R");

@@ -1,9 +1,8 @@
 // `teskread setup`: the setup dialog over the settings saved under a key.
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
-
-#include <fmt/format.h>
 
 #include "assembly/assembly.h"
 #include "cli/CommandError.h"
@@ -11,6 +10,7 @@
 #include "cli/ReaderChoice.h"
 #include "cli/SetupScreen.h"
 #include "cli/settingsKey.h"
+#include "cli/storedSettings.h"
 #include "platform/Platform.h"
 #include "platform/SettingsStores.h"
 
@@ -48,22 +48,21 @@ class InstalledHost {
   ~InstalledHost() { SetError(nullptr); }
 };
 
-// The named model's proposals, or what is saved.
-void Begin(const SetupOptions& options, const SettingsKey& key, clsTeskReader& engine) {
+// The named model's proposals (empty), or what is saved.
+std::optional<LoadedSettings> Begin(const SetupOptions& options, const SettingsKey& key,
+                                    clsTeskReader& engine) {
   if (!options.reader.empty()) {
     if (!engine.LoadDefaults(ParseReader(options.reader))) {
       throw CommandFailure("there are no defaults for this reader");
     }
     engine.SetPort(1);
-    return;
+    return std::nullopt;
   }
   const auto store = platform::CreateSettingsStore();
   if (!store->LoadValue(key.root, key.path, "ScannerType")) {
     throw UsageError("--reader: is required: nothing is saved under this key yet");
   }
-  if (!engine.LoadSettings(key.root, key.path)) {
-    throw CommandFailure(fmt::format("the settings under the key {} cannot be read", key.path));
-  }
+  return LoadedSettings(key, engine);
 }
 
 int RunSetup(const SetupOptions& options, Program& program) {
@@ -76,14 +75,15 @@ int RunSetup(const SetupOptions& options, Program& program) {
                     .loop = platform::CreateHostLoop([screen] { return screen->RunMessages(); }),
                     .clock = platform::CreateClock(),
                     .setupDialog = screen->Dialog()});
-  Begin(options, key, *engine);
+  const auto loaded = Begin(options, key, *engine);
   const bool confirmed = engine->ShowOptions(nullptr);
   if (platform::Interrupted()) return kStatusInterrupted;
   if (!confirmed) {
     program.console->Message("teskread setup", "nothing was changed");
     return kStatusDone;
   }
-  return engine->SaveSettings(key.root, key.path) ? kStatusDone : kStatusFailed;
+  const bool saved = loaded ? loaded->SaveChanges() : engine->SaveSettings(key.root, key.path);
+  return saved ? kStatusDone : kStatusFailed;
 }
 
 }  // namespace

@@ -30,8 +30,8 @@ class HostObject {
   virtual std::intptr_t WindowHandle() const { return 0; }
 };
 
-// The events in slot order. Arguments by reference may be changed; arrays are the engine's own, so what a
-// host changes in PreprocessSheet is what ReadSheet hands out.
+// The events in slot order. Arguments by reference may be changed; arrays are the sheet's own, so what a
+// host changes in PreprocessSheet is what ReadSheet hands out, whatever other sheets it read meanwhile.
 class ReaderEvents {
  public:
   virtual ~ReaderEvents() = default;
@@ -49,6 +49,15 @@ class ReaderEvents {
                              SideArray& /*iSide2Array*/, BarcodeArray& /*sBarcodeArray*/,
                              bool& /*bNeedsMoreData*/) {}
   virtual void GetQuestionsOnPage(std::int16_t& /*iPage*/, std::int16_t& /*iNumberQuestions*/) {}
+};
+
+// The count of a batch's sheets, where its host keeps it. The batch reads it whenever it needs it and adds 1
+// per sheet, so that what the host writes meanwhile counts. What either throws ends the batch.
+class SheetCounter {
+ public:
+  virtual ~SheetCounter() = default;
+  virtual std::int32_t Count() = 0;
+  virtual void SetCount(std::int32_t count) = 0;
 };
 
 // The dispatch: routes an operation to the driver of the engine's reader type.
@@ -83,14 +92,25 @@ class SetupDialog {
                     const std::shared_ptr<HostObject>& parent) = 0;
 };
 
+// One stored setting.
+struct StoredValue {
+  std::string name;
+  std::string text;
+  bool operator==(const StoredValue&) const = default;
+};
+
 // The store of settings: text values by name under a root and a hierarchical key ("School\Lab").
 class SettingsStore {
  public:
   virtual ~SettingsStore() = default;
-  // Creates the key where it is missing. True when the text was stored; a fault that a person can mend is
-  // thrown as a run-time error that says how.
-  virtual bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
-                         const std::string& text) = 0;
+  // Creates the key where it is missing, and stores all values in one go. True when they were stored; a fault
+  // that a person can mend is thrown as a run-time error that says how.
+  virtual bool SaveValues(teskReaderRegistryKey root, const std::string& key,
+                          const std::vector<StoredValue>& values) = 0;
+  bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
+                 const std::string& text) {
+    return SaveValues(root, key, {{name, text}});
+  }
   // The stored text up to its first zero character; nothing where the key or the value is missing, is longer
   // than 1024 bytes, or is of a type that holds no text.
   virtual std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
@@ -102,6 +122,8 @@ class SettingsStore {
 
 // The names of all stored settings, in the order in which they are saved.
 std::vector<std::string> SettingNames();
+// What an engine's settings are stored as, in the same order.
+std::vector<StoredValue> SettingTexts(const clsTeskReader& reader);
 
 // Everything an engine is given. comm, loop, clock and dispatch are never empty; where another is, the operations
 // that need it report that this system does not offer them.

@@ -19,6 +19,11 @@ struct Sheet {
   std::optional<std::int16_t> side1TimingMarks = {};
   std::optional<std::int16_t> side2TimingMarks = {};
   BarcodeArray texts = BarcodeArray(1);  // a sheet without barcodes has one empty text
+  // The image files and the item coordinates of each side. Empty: what the engine has stays.
+  std::optional<std::string> side1Image = {};
+  std::optional<std::string> side2Image = {};
+  std::optional<std::string> side1Coordinates = {};
+  std::optional<std::string> side2Coordinates = {};
 };
 
 // What a driver keeps between calls. It belongs to the engine that called the driver, one record at a time,

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,9 +39,13 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
 
   bool StartReader();
   bool ReadPage(bool initializePrinter = false);
-  // sheetCount: the starting value in, plus one per sheet tried out. maxSheets below 0: no limit.
+  // sheetCount: the starting value in, plus one per sheet tried out; a sheet that was read counts from its
+  // AfterSheet on. maxSheets below 0: no limit. EndReader in an event ends the batch.
+  bool ReadBatch(bool initializePrinter, std::int32_t maxSheets, SheetCounter& sheetCount);
   bool ReadBatch(bool initializePrinter, std::int32_t maxSheets, std::int32_t& sheetCount);
   bool EndReader();
+  // Of the sheet whose events are running, else of the last one read. A sheet that another one has followed
+  // is out of reach and counts as disposed of.
   void RejectPage();
   void EjectPage();
   // Copies a model's proposals from its profile; Port, Windowing, Continuous, DuplexForm and RecognitionMode
@@ -72,7 +77,8 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   const std::shared_ptr<clsTeskReaderPrinter>& Printer() const { return printer_; }
   void SetPrinter(std::shared_ptr<clsTeskReaderPrinter> v) { printer_.swap(v); }
   const std::shared_ptr<frmComm>& fComm() const { return comm_; }
-  void SetfComm(std::shared_ptr<frmComm> v) { comm_.swap(v); }
+  // Closes the port of the form that goes, once no driver routine uses it any more.
+  void SetfComm(std::shared_ptr<frmComm> v);
   const std::shared_ptr<HostObject>& AnswerKey() const { return answerKey_; }  // EndReader empties it
   void SetAnswerKey(std::shared_ptr<HostObject> v) { answerKey_.swap(v); }
 
@@ -156,20 +162,20 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   const Int16Array& Side2Cols() const { return side2Cols_.sizes; }
   void SetSide2Cols(Int16Array v) { side2Cols_.Assign(std::move(v)); }
 
-  // ---- Results of the last sheet.
+  // ---- Results of the sheet whose events are running, else of the last one.
 
   std::int16_t Side1TimingMarks() const { return side1TimingMarks_; }  // -1: not reported
   std::int16_t Side2TimingMarks() const { return side2TimingMarks_; }
-  const SideArray& Side1Array() const { return side1Array_; }
-  const SideArray& Side2Array() const { return side2Array_; }  // empty or all 0 where side 2 was not read
-  const std::string& Side1Image() const { return side1Image_; }
-  void SetSide1Image(const std::string& v) { side1Image_ = v; }
-  const std::string& Side2Image() const { return side2Image_; }
-  void SetSide2Image(const std::string& v) { side2Image_ = v; }
-  const std::string& Side1Coordinates() const { return side1Coordinates_; }
-  void SetSide1Coordinates(const std::string& v) { side1Coordinates_ = v; }
-  const std::string& Side2Coordinates() const { return side2Coordinates_; }
-  void SetSide2Coordinates(const std::string& v) { side2Coordinates_ = v; }
+  const SideArray& Side1Array() const { return page_->side1; }
+  const SideArray& Side2Array() const { return page_->side2; }  // empty or all 0 where side 2 was not read
+  const std::string& Side1Image() const { return *page_->side1Image; }
+  void SetSide1Image(const std::string& v) { page_->side1Image = v; }
+  const std::string& Side2Image() const { return *page_->side2Image; }
+  void SetSide2Image(const std::string& v) { page_->side2Image = v; }
+  const std::string& Side1Coordinates() const { return *page_->side1Coordinates; }
+  void SetSide1Coordinates(const std::string& v) { page_->side1Coordinates = v; }
+  const std::string& Side2Coordinates() const { return *page_->side2Coordinates; }
+  void SetSide2Coordinates(const std::string& v) { page_->side2Coordinates = v; }
 
   // ---- For the library: drivers, dispatch and setup. Not on the automation interface.
 
@@ -182,14 +188,15 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
 
   void SetSide1TimingMarks(std::int16_t v) { side1TimingMarks_ = v; }
   void SetSide2TimingMarks(std::int16_t v) { side2TimingMarks_ = v; }
-  const BarcodeArray& BarcodeTexts() const { return barcodeTexts_; }
+  const BarcodeArray& BarcodeTexts() const { return page_->texts; }
   // Makes `sheet` the last sheet. The one place where results reach the engine; beside it drivers only count
   // timing marks, which hosts may watch while a sheet is read.
   void StoreSheet(Sheet sheet);
 
-  // One value of the settings store. An empty text is stored, and handed back, as one blank.
+  // Values of the settings store. An empty text is stored, and handed back, as one blank.
   bool SaveValue(teskReaderRegistryKey root, const std::string& subKey, const std::string& name,
                  std::string& text);
+  bool SaveValues(teskReaderRegistryKey root, const std::string& subKey, std::vector<StoredValue>& values);
   // `missing` where the store has no such text; nothing where the store failed, which has been reported.
   std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& subKey,
                                        const std::string& name, const std::string& missing);
@@ -223,14 +230,24 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
     }
   };
 
+  // A sheet as the engine keeps it. All its texts and counts are there.
+  struct Page : Sheet {
+    Page();
+    bool disposed = false;
+  };
+  // Ended: also before the first start. Failed: the start failed, which leaves the port open.
+  enum class Session { Ended, Failed, Started };
+
   class DriverRun;
+  class PageRead;
 
   template <class Raise>
   void RaiseEvent(Raise raise);
-  bool ReadSheetAndRaise(bool initializePrinter);
-  void RaisePrint();
-  bool RunBatch(bool initializePrinter, std::int32_t maxSheets, std::int32_t& sheetCount);
-  bool RunRead();
+  bool ReadOne(bool initializePrinter, const std::function<void()>& beforeAfterSheet);
+  bool RunBatch(bool initializePrinter, std::int32_t maxSheets, SheetCounter& sheetCount);
+  void Eject(const std::shared_ptr<Page>& page);
+  void EndFailedStart();
+  void CloseRetired();
 
   EngineSeams seams_;
   std::shared_ptr<frmComm> comm_;
@@ -242,8 +259,13 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   std::shared_ptr<OmrLibrary> omr_;
   std::shared_ptr<DriverState> kept_;
   std::vector<ReaderEvents*> sinks_;
+  std::vector<std::shared_ptr<frmComm>> retired_;  // forms that went, perhaps with their port open
+  std::shared_ptr<Page> page_;                     // what the host sees; never empty
+  std::shared_ptr<Page> fed_;                      // the last sheet that the scanner gave
+  std::int16_t side1TimingMarks_ = -1;             // also while a driver counts
+  std::int16_t side2TimingMarks_ = -1;
+  Session session_ = Session::Ended;
   bool driverRunning_ = false;
-  bool disposed_ = false;
 
   std::array<std::int32_t, 1> helpIDs_{};
   std::string helpFile_;
@@ -280,16 +302,6 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   Sizes side1Cols_;
   Sizes side2Rows_;
   Sizes side2Cols_;
-
-  std::int16_t side1TimingMarks_ = -1;
-  std::int16_t side2TimingMarks_ = -1;
-  SideArray side1Array_;
-  SideArray side2Array_;
-  BarcodeArray barcodeTexts_ = BarcodeArray(1);
-  std::string side1Image_;
-  std::string side2Image_;
-  std::string side1Coordinates_;
-  std::string side2Coordinates_;
 };
 
 }  // namespace tesk

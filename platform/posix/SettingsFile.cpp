@@ -105,11 +105,11 @@ std::optional<std::string> SettingsFile::LoadValue(teskReaderRegistryKey root, c
   return StoredText(kTypeText, *value);
 }
 
-bool SettingsFile::SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
-                             const std::string& text) {
+bool SettingsFile::SaveValues(teskReaderRegistryKey root, const std::string& key,
+                              const std::vector<StoredValue>& values) {
   const std::string group = GroupOf(root, key);
   return Change([&](SettingsText& settings) {
-    settings.Set(group, name, text);
+    for (const StoredValue& value : values) settings.Set(group, value.name, value.text);
     return true;
   });
 }

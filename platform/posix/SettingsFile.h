@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "platform/SettingsStores.h"
 #include "platform/SettingsText.h"
@@ -15,8 +16,8 @@ class SettingsFile : public SettingsStore {
  public:
   explicit SettingsFile(std::string path);
 
-  bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
-                 const std::string& text) override;
+  bool SaveValues(teskReaderRegistryKey root, const std::string& key,
+                  const std::vector<StoredValue>& values) override;
   std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
                                        const std::string& name) override;
   bool DeleteValues(teskReaderRegistryKey root, const std::string& key,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <vector>
 
 #include "base/RunTimeError.h"
 #include "base/conversions.h"
@@ -64,18 +65,20 @@ RunTimeError Refused(const std::string& key, LONG error) {
 
 class RegistryStore : public SettingsStore {
  public:
-  bool SaveValue(teskReaderRegistryKey root, const std::string& key, const std::string& name,
-                 const std::string& text) override {
+  bool SaveValues(teskReaderRegistryKey root, const std::string& key,
+                  const std::vector<StoredValue>& values) override {
     std::string keyClass = "1";
     Key opened;
     LONG error = RegCreateKeyExA(Root(root), Ansi(key).c_str(), 0, keyClass.data(), 0, KEY_WRITE, nullptr,
                                  opened.Place(), nullptr);
     if (error != ERROR_SUCCESS) throw Refused(key, error);
-    const std::string bytes = Ansi(text);
-    // Kept: the length counts no terminating zero.
-    error = RegSetValueExA(opened.Get(), Ansi(name).c_str(), 0, REG_SZ,
-                           reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
-    if (error != ERROR_SUCCESS) throw Refused(key, error);
+    for (const auto& [name, text] : values) {
+      const std::string bytes = Ansi(text);
+      // Kept: the length counts no terminating zero.
+      error = RegSetValueExA(opened.Get(), Ansi(name).c_str(), 0, REG_SZ,
+                             reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
+      if (error != ERROR_SUCCESS) throw Refused(key, error);
+    }
     return true;
   }
 

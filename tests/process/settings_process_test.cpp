@@ -52,6 +52,23 @@ TEST_F(ProcessSettings, SavedSettingsAreShownChangedScannedWithAndDeleted) {
   EXPECT_THAT(error, HasSubstr("nothing is saved"));
 }
 
+TEST_F(ProcessSettings, ChangeLeavesEverythingElseAsItIsStored) {
+  ASSERT_EQ(Run({"settings", "save", "--key", "A", "--reader", "13", "--set", "Resolution=300", "--set",
+                 "ColorDepth=2"}),
+            0)
+      << error;
+  const std::string file = folder_ / "config/teskreader99/settings.conf";
+  std::string expected = FileText(file);
+  const std::string before = "\"TimeOut\" = \"10\"";
+  ASSERT_NE(expected.find(before), std::string::npos) << expected;
+  expected.replace(expected.find(before), before.size(), "\"TimeOut\" = \"30\"");
+  EXPECT_EQ(Run({"settings", "save", "--key", "A", "--set", "TimeOut=30"}), 0) << error;
+  EXPECT_EQ(FileText(file), expected);
+  EXPECT_EQ(Run({"settings", "save", "--key", "A", "--set", "DuplexForm=True"}), 2);
+  EXPECT_THAT(error, HasSubstr("DuplexForm is not kept among the settings"));
+  EXPECT_EQ(FileText(file), expected);
+}
+
 TEST_F(ProcessSettings, KeysThatDoNotFitAreRefused) {
   EXPECT_EQ(Run({"scan", "--key", "None\\Here", "--port", "sim", "--side1", "20x48"}), 1);
   EXPECT_THAT(error, HasSubstr("no settings for a reader are saved under None\\Here"));

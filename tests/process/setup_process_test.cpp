@@ -19,7 +19,8 @@ class ProcessSetup : public testing::Test {
  protected:
   ProcessSetup() {
     setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
-    Process save(Teskread({"settings", "save", "--key", "School\\Lab", "--reader", "15", "--set", "Port=3"}));
+    Process save(Teskread({"settings", "save", "--key", "School\\Lab", "--reader", "15", "--set", "Port=3",
+                           "--set", "Resolution=300"}));
     EXPECT_EQ(save.Wait(), 0) << save.Error();
   }
   ~ProcessSetup() override { unsetenv("XDG_CONFIG_HOME"); }
@@ -42,7 +43,8 @@ TEST_F(ProcessSetup, WhatIsChangedByKeysIsSaved) {
   setup.Press({T::kTab, T::kRight, T::kTab, T::kEnter, T::kEnd, T::kEnter});
   setup.Press({T::kF10});
   EXPECT_EQ(setup.Wait(), 0) << setup.Output();
-  EXPECT_THAT(Saved(), AllOf(ContainsRegex("Port +4\n"), ContainsRegex("ScannerBaud +256000\n")));
+  EXPECT_THAT(Saved(), AllOf(ContainsRegex("Port +4\n"), ContainsRegex("ScannerBaud +256000\n"),
+                             ContainsRegex("Resolution +300\n")));
 }
 
 TEST_F(ProcessSetup, AnotherReaderIsChosenFromTheListAndTheButtonConfirms) {

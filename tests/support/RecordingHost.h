@@ -1,6 +1,7 @@
 // A host that keeps what the library shows and reports instead of bothering anybody. Knows base/ alone.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -24,6 +25,7 @@ class RecordingHost : public HostServices {
   std::map<std::string, std::string> translate;  // by English text; a text that is missing stays as it is
   std::vector<std::string> lookedUp;             // every text asked for, in order
   std::vector<bool> silentAtError;               // Silent as it was during each reported error
+  std::function<void()> onError;                 // what the host does when it gets a report
   bool silent = false;
   bool showsMessages = true;  // False: declines, so that the library shows its own box
   std::string applicationName = "Quillon";
@@ -59,6 +61,7 @@ class RecordingHost : public HostServices {
   void RaiseError(const ErrorReport& report) override {
     errors.push_back(report);
     silentAtError.push_back(silent);
+    if (onError) onError();
   }
   bool Silent() const override { return silent; }
   void SetSilent(bool value) override { silent = value; }

@@ -157,10 +157,32 @@ TEST(Closing, PortIsClosedEvenWhenTheScannerDoesNotAnswer) {
   EXPECT_FALSE(bench.serial->open);
 }
 
+TEST(Reading, CommunicationsFormThatGoesIsClosedOnceNoRoutineUsesIt) {
+  Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
+  const auto held = bench.reader->fComm();
+  ASSERT_TRUE(bench.reader->StartReader());
+  bench.time->onMessages = [&](int) {
+    bench.reader->SetfComm(nullptr);
+    EXPECT_TRUE(bench.serial->open) << "a routine waits with it";
+  };
+  bench.reader->ReadPage();
+  EXPECT_EQ(bench.reader->fComm(), nullptr);
+  EXPECT_FALSE(bench.serial->open);
+  bench.time->onMessages = nullptr;
+  bench.reader->SetfComm(held);
+  ASSERT_TRUE(bench.reader->StartReader());
+  bench.reader->SetfComm(held);
+  bench.reader->SetfComm(std::make_shared<frmComm>(held->mscComm(), held->tmrScan()));
+  EXPECT_TRUE(bench.serial->open) << "the same control is in use still";
+  bench.reader->SetfComm(nullptr);
+  EXPECT_FALSE(bench.serial->open);
+}
+
 TEST(Reading, CommunicationsFormSetToNothingIsReportedAndFails) {
   Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
   ASSERT_TRUE(bench.reader->StartReader());
   bench.reader->SetfComm(nullptr);
+  EXPECT_FALSE(bench.serial->open);
   EXPECT_FALSE(bench.reader->ReadPage());
   EXPECT_TRUE(bench.reader->CancelScan());
   EXPECT_FALSE(bench.reader->EndReader());

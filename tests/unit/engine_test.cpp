@@ -1,93 +1,17 @@
-// The reading cycle, the batch, disposal, re-entrance and error reporting of the engine, with a dispatch that
-// only records what it is asked.
+// The reading cycle, the batch, disposal and error reporting of the engine, with a dispatch that only records
+// what it is asked.
 #include <limits>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/TestBench.h"
+#include "tests/support/EngineBench.h"
 
 namespace tesk::test {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-// A dispatch that answers as told and keeps the calls in order.
-class FakeDispatch : public ReaderDispatch {
- public:
-  bool ReaderInit(clsTeskReader& reader) override { return Answer("Init", reader, init); }
-  bool ReaderClose(clsTeskReader& reader) override { return Answer("Close", reader, true); }
-  bool ReaderRead(clsTeskReader& reader) override {
-    const bool result = sheets != 0;
-    if (sheets > 0) --sheets;
-    if (onRead) onRead(reader);
-    if (result) reader.StoreSheet({.side1 = SideArray(1, 1)});
-    return Answer("Read", reader, result);
-  }
-  bool ReaderPrint(clsTeskReader&, bool skip, bool& disposed) override {
-    calls.emplace_back(skip ? "Print(skip)" : "Print");
-    if (printDisposes) disposed = skip;
-    return print;
-  }
-  void ReaderReject(clsTeskReader&) override { calls.emplace_back("Reject"); }
-  void ReaderEject(clsTeskReader&, bool& disposed) override {
-    calls.emplace_back("Eject");
-    if (ejectFails) disposed = false;
-  }
-
-  std::vector<std::string> calls;
-  int sheets = -1;  // how many there are; below 0: any number
-  bool init = true;
-  bool print = true;
-  bool printDisposes = false;
-  bool ejectFails = false;
-  std::function<void(clsTeskReader&)> onRead;
-
- private:
-  bool Answer(const char* call, clsTeskReader& reader, bool result) {
-    calls.emplace_back(call);
-    if (!result) reader.SetCancelScan(true);
-    return result;
-  }
-};
-
-class EngineTest : public ::testing::Test {
- protected:
-  EngineTest() {
-    auto time = std::make_shared<VirtualTime>();
-    auto serial = std::make_shared<SerialPort_>(time);
-    reader = std::make_shared<clsTeskReader>(
-        EngineSeams{.comm = serial->Form(), .loop = time, .clock = time, .dispatch = dispatch});
-    reader->AddEvents(events);
-  }
-  ~EngineTest() override {
-    if (reader) reader->RemoveEvents(events);
-  }
-
-  // A communications form that nothing is connected to.
-  class SerialPort_ {
-   public:
-    explicit SerialPort_(std::shared_ptr<VirtualTime> time) : time_(std::move(time)) {}
-    std::shared_ptr<frmComm> Form() const {
-      return CreateReader(ReaderParts{.serial = nullptr, .loop = time_, .clock = time_})->fComm();
-    }
-
-   private:
-    std::shared_ptr<VirtualTime> time_;
-  };
-
-  void ActivatePrinter() {
-    reader->SetReaderType(teskReaderTypeNCSOpScan2);
-    reader->Printer()->SetEnabled(true);
-    reader->Printer()->SetActive(true);
-  }
-
-  RecordingHost host;
-  RecordingEvents events;
-  std::shared_ptr<FakeDispatch> dispatch = std::make_shared<FakeDispatch>();
-  std::shared_ptr<clsTeskReader> reader;
-};
 
 TEST_F(EngineTest, FreshEngineHasNothingSetButCancelScan) {
   EXPECT_TRUE(reader->CancelScan());
@@ -322,65 +246,12 @@ TEST_F(EngineTest, EndReaderReleasesTheAnswerKey) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(EngineTest, CallsIntoTheWaitTouchNoWire) {
-  std::int32_t count = 0;
-  std::string text;
-  dispatch->onRead = [&](clsTeskReader& r) {
-    const auto before = dispatch->calls;
-    EXPECT_FALSE(r.StartReader());
-    EXPECT_FALSE(r.ReadPage());
-    EXPECT_FALSE(r.ReadBatch(false, 1, count));
-    EXPECT_FALSE(r.Locate());
-    EXPECT_FALSE(r.Firmware(text));
-    r.RejectPage();
-    r.EjectPage();
-    EXPECT_FALSE(r.CancelScan());
-    EXPECT_FALSE(r.EndReader());
-    EXPECT_TRUE(r.CancelScan());
-    EXPECT_EQ(dispatch->calls, before);
-  };
-  ASSERT_TRUE(reader->StartReader());
-  EXPECT_TRUE(reader->ReadPage());
-  EXPECT_EQ(count, 0);
-  EXPECT_THAT(events.names, ElementsAre("BeforeSheet", "PreprocessSheet", "ReadSheet", "AfterSheet"));
-}
-
-TEST_F(EngineTest, EventHandlersMayUseTheReaderAsAlways) {
-  dispatch->sheets = 2;
-  events.onReadSheet = [&] {
-    if (events.side1.size() == 1) {
-      EXPECT_TRUE(reader->ReadPage());
-    }
-  };
-  ASSERT_TRUE(reader->StartReader());
-  EXPECT_TRUE(reader->ReadPage());
-  EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read", "Read"));
-}
-
-TEST_F(EngineTest, LastReferenceMayBeReleasedInsideAnEventOrAWait) {
-  const std::weak_ptr<clsTeskReader> watch = reader;
-  ASSERT_TRUE(reader->StartReader());
-  dispatch->onRead = [&](clsTeskReader&) { reader.reset(); };
-  EXPECT_TRUE(reader->ReadPage());
-  EXPECT_TRUE(watch.expired());
-  EXPECT_EQ(events.names.back(), "AfterSheet");
-}
-
 TEST_F(EngineTest, BatchThatCannotCountAnyFurtherEndsTheReader) {
   std::int32_t count = std::numeric_limits<std::int32_t>::max();
   EXPECT_FALSE(reader->ReadBatch(false, -1, count));
   EXPECT_TRUE(reader->CancelScan());
   EXPECT_EQ(dispatch->calls.back(), "Close");
   EXPECT_EQ(host.errors.at(0).number, 6);
-}
-
-TEST_F(EngineTest, SinkMayRemoveAnotherOneInsideAnEvent) {
-  RecordingEvents second;
-  reader->AddEvents(second);
-  events.onBeforeSheet = [&](bool&) { reader->RemoveEvents(second); };
-  ASSERT_TRUE(reader->StartReader());
-  EXPECT_TRUE(reader->ReadPage());
-  EXPECT_THAT(second.names, IsEmpty());
 }
 
 TEST_F(EngineTest, GeometryMaximumIgnoresElementZero) {

@@ -200,6 +200,19 @@ TEST(Locate, EndsWhenTheHostGivesUp) {
   EXPECT_TRUE(bench.reader->CancelScan());
 }
 
+TEST(Locate, ClosesThePortThatAFailedStartLeftOpen) {
+  SearchBench bench;
+  bench.reader->SetPort(3);
+  ASSERT_FALSE(bench.reader->StartReader()) << "a reader without a driver";
+  ASSERT_TRUE(bench.serial->open);
+  EXPECT_TRUE(bench.reader->Locate());
+  EXPECT_FALSE(bench.reader->StartReader());
+  std::string firmware;
+  EXPECT_TRUE(bench.reader->Firmware(firmware));
+  EXPECT_FALSE(bench.serial->open);
+  EXPECT_THAT(bench.host.errors, IsEmpty());
+}
+
 TEST(Locate, TouchesNothingWhileTheReaderIsStarted) {
   Bench bench(teskReaderTypeScantronScanMark2500,
               simulator::CreateScanner(teskReaderTypeScantronScanMark2500, {.count = 1}));

@@ -41,8 +41,7 @@ class Registry : public testing::Test {
 };
 
 TEST_F(Registry, WhatIsSavedStandsThereAsText) {
-  ASSERT_TRUE(store->SaveValue(kRoot, kKey, "ScannerType", "26"));
-  ASSERT_TRUE(store->SaveValue(kRoot, kKey, "ScannerParity", " "));
+  ASSERT_TRUE(store->SaveValues(kRoot, kKey, {{"ScannerType", "26"}, {"ScannerParity", " "}}));
   const std::string shown = Reg("query \"HKCU\\" + kKey + "\"");
   EXPECT_THAT(shown, ContainsRegex("ScannerType +REG_SZ +26"));
   EXPECT_THAT(shown, ContainsRegex("ScannerParity +REG_SZ"));

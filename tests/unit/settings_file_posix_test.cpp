@@ -17,6 +17,7 @@ namespace tesk::test {
 namespace {
 
 using platform::SettingsFile;
+using platform::SettingsText;
 using ::testing::HasSubstr;
 
 class SettingsFileTest : public ::testing::Test {
@@ -38,6 +39,7 @@ class SettingsFileTest : public ::testing::Test {
     std::ofstream(path) << text;
   }
 
+  static constexpr const char* kGroup = "CurrentUser\\Shared";
   static constexpr auto kRoot = teskReaderRegistryKeyCurrentUser;
   std::string folder;
   std::string path;
@@ -73,18 +75,23 @@ TEST_F(SettingsFileTest, HugeAndLongValuesAreMissingNotRead) {
   EXPECT_EQ(store.LoadValue(kRoot, "A", "zero"), "ab");
 }
 
-TEST_F(SettingsFileTest, ProgramsThatWriteAtOnceLoseNothing) {
+TEST_F(SettingsFileTest, ProgramsThatWriteAtOnceLoseAndMixNothing) {
   constexpr int kPrograms = 4;
-  constexpr int kValues = 25;
+  constexpr int kRounds = 25;
   std::vector<pid_t> children;
   for (int program = 0; program < kPrograms; ++program) {
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
+      const std::string own = std::to_string(program);
       SettingsFile store(path);
       const auto error = Attempt([&] {
-        for (int i = 0; i < kValues; ++i) {
-          store.SaveValue(kRoot, "Shared", std::to_string(program) + "-" + std::to_string(i), "kept");
+        for (int i = 0; i < kRounds; ++i) {
+          store.SaveValues(kRoot, "Shared",
+                           {{"first", own}, {own + "-" + std::to_string(i), "kept"}, {"last", own}});
+          // One file, so both are of one round.
+          const auto text = SettingsText::Parse(Content(), path);
+          if (text.Find(kGroup, "first") != text.Find(kGroup, "last")) throw TypeMismatch();
         }
       });
       ::_exit(error ? 1 : 0);
@@ -98,7 +105,7 @@ TEST_F(SettingsFileTest, ProgramsThatWriteAtOnceLoseNothing) {
   }
   SettingsFile store(path);
   for (int program = 0; program < kPrograms; ++program) {
-    for (int i = 0; i < kValues; ++i) {
+    for (int i = 0; i < kRounds; ++i) {
       EXPECT_EQ(store.LoadValue(kRoot, "Shared", std::to_string(program) + "-" + std::to_string(i)), "kept");
     }
   }
@@ -125,8 +132,9 @@ TEST_F(SettingsFileTest, FullDiskLeavesTheOldSettings) {
   ASSERT_TRUE(store.SaveValue(kRoot, "A", "x", "1"));
   // What a full disk does to the new file, a link into a full device does too.
   std::filesystem::create_symlink("/dev/full", path + ".new");
-  EXPECT_TRUE(Attempt([&] { store.SaveValue(kRoot, "A", "x", "2"); }));
+  EXPECT_TRUE(Attempt([&] { store.SaveValues(kRoot, "A", {{"x", "2"}, {"y", "3"}}); }));
   EXPECT_EQ(store.LoadValue(kRoot, "A", "x"), "1");
+  EXPECT_EQ(store.LoadValue(kRoot, "A", "y"), std::nullopt);
 }
 
 TEST_F(SettingsFileTest, DeletingTakesOnlyTheNamedValues) {

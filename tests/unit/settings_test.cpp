@@ -20,11 +20,14 @@ using ::testing::IsEmpty;
 // A store in memory that can be told to fail.
 class MemoryStore : public SettingsStore {
  public:
-  bool SaveValue(teskReaderRegistryKey, const std::string& key, const std::string& name,
-                 const std::string& text) override {
+  bool SaveValues(teskReaderRegistryKey, const std::string& key,
+                  const std::vector<StoredValue>& given) override {
     if (fails) throw RunTimeError(75, "No rights");
-    values[key + "|" + name] = text;
-    order.push_back(name);
+    ++writes;
+    for (const auto& [name, text] : given) {
+      values[key + "|" + name] = text;
+      order.push_back(name);
+    }
     return true;
   }
   std::optional<std::string> LoadValue(teskReaderRegistryKey, const std::string& key,
@@ -40,6 +43,7 @@ class MemoryStore : public SettingsStore {
 
   std::map<std::string, std::string> values;
   std::vector<std::string> order;
+  int writes = 0;
   bool fails = false;
 };
 
@@ -92,6 +96,7 @@ TEST_F(SettingsTest, RoundTripKeepsEveryStoredProperty) {
   reader->SetBaudRate(teskReaderBaudRate256000);
   ASSERT_TRUE(reader->SaveSettings(teskReaderRegistryKeyCurrentUser, "Lab"));
   EXPECT_EQ(store->order, SettingNames());
+  EXPECT_EQ(store->writes, 1) << "in one go";
   const auto saved = store->values;
   EXPECT_EQ(saved.at("Lab|ScannerStopBits"), "1.5");
   EXPECT_EQ(saved.at("Lab|Duplex"), "True");
@@ -132,6 +137,7 @@ struct HostileCase {
   const char* name;
   const char* value;
   std::int32_t error;
+  const char* takes;
 };
 
 class HostileValues : public SettingsTest, public ::testing::WithParamInterface<HostileCase> {};
@@ -144,14 +150,28 @@ TEST_P(HostileValues, AreReportedAndKeepWhatWasAssignedBefore) {
   EXPECT_NE(reader->TimeOut(), 33) << "loading went on";
   EXPECT_THAT(host.Sources(), ElementsAre("clsTeskReader.LoadSettings"));
   EXPECT_EQ(host.errors[0].number, c.error);
+  EXPECT_EQ(host.errors[0].message, "The saved setting " + std::string(c.name) +
+                                        " cannot be used: it takes " + c.takes + ", but its text is \"" +
+                                        c.value + "\".");
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Values, HostileValues,
-    ::testing::Values(HostileCase{"ScannerPort", "99999999999", 6}, HostileCase{"ScannerPort", "32768", 6},
-                      HostileCase{"ScannerBaud", "1e300", 6}, HostileCase{"ScannerStopBits", "1e39", 6},
-                      HostileCase{"Duplex", "perhaps", 13}, HostileCase{"Duplex", "", 13}),
+    ::testing::Values(
+        HostileCase{"ScannerPort", "99999999999", 6, "a whole number from -32768 to 32767"},
+        HostileCase{"ScannerPort", "32768", 6, "a whole number from -32768 to 32767"},
+        HostileCase{"ScannerBaud", "1e300", 6, "a whole number from -2147483648 to 2147483647"},
+        HostileCase{"ScannerStopBits", "1e39", 6, "a number within single precision"},
+        HostileCase{"Duplex", "perhaps", 13, "True, False or a number"},
+        HostileCase{"Duplex", "%1%2", 13, "True, False or a number"},
+        HostileCase{"Duplex", "", 13, "True, False or a number"}),
     [](const auto& info) { return info.param.name + std::string("Case") + std::to_string(info.index); });
+
+TEST_F(SettingsTest, LongTextThatDoesNotConvertIsShownInPart) {
+  store->values = {{"Lab|Duplex", std::string(59, 'x') + "\xC3\xA4" + std::string(900, 'y')}};
+  EXPECT_FALSE(Load(*reader));
+  EXPECT_THAT(host.errors.at(0).message, ::testing::EndsWith("text is \"" + std::string(59, 'x') + "...\"."));
+}
 
 TEST_F(SettingsTest, FailingStoreIsReportedUnderTheValuesOwnSource) {
   store->fails = true;

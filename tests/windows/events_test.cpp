@@ -83,6 +83,17 @@ TEST_F(Events, ComeFromAFormThatTheHostBroughtAlong) {
   EXPECT_EQ(static_cast<IDispatch*>(form.Get()), asked.Get()) << "the host gets its own object back";
 }
 
+TEST_F(Events, StayWithAFormThatIsSetAgainAndCloseThePortOfOneThatGoes) {
+  const auto open = [this] {
+    return automation::BooleanOf(automation::GetProperty(form->Serial(), L"PortOpen"));
+  };
+  ASSERT_EQ(S_OK, reader->putref_fComm(form.Get()));
+  EXPECT_TRUE(open());
+  EXPECT_TRUE(ReadPage());
+  ASSERT_EQ(S_OK, reader->putref_fComm(nullptr));
+  EXPECT_FALSE(open());
+}
+
 TEST_F(Events, SurviveASinkThatFailsEveryCall) {
   const ComPtr<EventSink> failing = new EventSink;
   for (DISPID id = 1; id <= 8; ++id) {
@@ -219,12 +230,14 @@ TEST(EventPoint, HandsObjectsAndNumbersToTheSinkAndBack) {
   std::shared_ptr<HostObject> data = std::make_shared<automation::HostReference>(given.Get());
   SideArray side1(2, 3);
   SideArray side2;
-  BarcodeArray barcodes(1);
+  // Does not come back from the border as it was; the sink leaves it alone.
+  BarcodeArray barcodes{"\xFF"};
   bool needsMore = false;
   container.events.TranslateData(data, side1, side2, barcodes, needsMore);
   EXPECT_EQ(static_cast<IDispatch*>(answered.Get()), dynamic_cast<automation::HostReference&>(*data).Get());
   EXPECT_TRUE(needsMore);
   EXPECT_EQ(SideArray(2, 3), side1);
+  EXPECT_EQ(BarcodeArray{"\xFF"}, barcodes);
   std::int16_t page = 2;
   std::int16_t questions = 0;
   container.events.GetQuestionsOnPage(page, questions);

@@ -2,6 +2,7 @@
 #include "tests/windows/Reading.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -118,10 +119,33 @@ TEST_F(Reading, EndsABatchAtItsLargestCount) {
   ASSERT_TRUE(EndReader());
   EjectEverySheet();
   LONG count = 0;
+  std::vector<LONG> shown;
+  sink->handlers["AfterSheet"] = [&](const HostDispatch::Arguments&) { shown.push_back(count); };
   VARIANT_BOOL read = VARIANT_FALSE;
   ASSERT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, 3, &count, &read));
   EXPECT_EQ(VARIANT_TRUE, read);
   EXPECT_EQ(3, count);
+  EXPECT_EQ((std::vector<LONG>{1, 2, 3}), shown);
+}
+
+TEST_F(Reading, GivesASheetThatAnEventReadsAndTheOuterOneOnceEach) {
+  ASSERT_TRUE(Start(kSheetsPort));
+  bool nested = false;
+  sink->handlers["PreprocessSheet"] = [&](const HostDispatch::Arguments&) {
+    reader->EjectPage();
+    if (!std::exchange(nested, true)) {
+      EXPECT_TRUE(ReadPage());
+    }
+  };
+  std::vector<std::size_t> places;
+  sink->handlers["ReadSheet"] = [&](const HostDispatch::Arguments& arguments) {
+    const SideArray handed = automation::SideArrayOf(ArrayIn(arguments, 0, VT_I2));
+    EXPECT_EQ(handed, SideOf(reader.Get(), &_clsTeskReader::get_Side1Array));
+    places.push_back(PlaceOfSheet(handed).value_or(0));
+  };
+  ASSERT_TRUE(ReadPage());
+  ASSERT_EQ(2U, places.size());
+  EXPECT_EQ(places[0], places[1] + 1) << "the inner sheet came after the outer one, and is handed out first";
 }
 
 TEST_F(Reading, TakesALeftOutCountInABatchOfScripts) {
@@ -140,9 +164,16 @@ TEST_F(Reading, TakesALeftOutCountInABatchOfScripts) {
   VariantInit(&reference);
   reference.vt = VT_BYREF | VT_VARIANT;
   reference.pvarVal = &counter;
-  const Variant seven(std::int32_t{7});
-  automation::CallMethod(*reader.Get(), L"ReadBatch", {&initialize, &seven, &reference});
-  EXPECT_EQ(7, automation::Int32Of(counter)) << "a script's variable is written through";
+  std::vector<std::int32_t> shown;
+  sink->handlers["AfterSheet"] = [&](const HostDispatch::Arguments&) {
+    shown.push_back(automation::Int32Of(counter));
+    // What the host writes counts.
+    if (shown.size() == 1) counter.lVal = 9;
+  };
+  const Variant most10(std::int32_t{10});
+  automation::CallMethod(*reader.Get(), L"ReadBatch", {&initialize, &most10, &reference});
+  EXPECT_EQ((std::vector<std::int32_t>{6, 10}), shown);
+  EXPECT_EQ(10, automation::Int32Of(counter)) << "a script's variable is written through";
 }
 
 TEST_F(Reading, AnnouncesTheImprintAndSendsItWithTheSheet) {

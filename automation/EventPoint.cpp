@@ -207,6 +207,7 @@ void EventPoint::Fire(DISPID id, Values&... values) {
   for (const Connection& connection : before) {
     // A sink may have been detached by the one before it.
     if (!Connected(connection.first)) continue;
+    if (beforeEach_) beforeEach_();
     std::tuple<Argument<Values>...> arguments(values...);
     std::apply(
         [&](auto&... argument) {

@@ -2,6 +2,7 @@
 // the calls to them.
 #pragma once
 
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -17,7 +18,9 @@ namespace tesk::automation {
 // that has gone is forgotten.
 class EventPoint : public IConnectionPoint, public ReaderEvents {
  public:
-  explicit EventPoint(IConnectionPointContainer& owner) : owner_(owner) {}
+  // beforeEach runs before each sink is called; may be empty.
+  explicit EventPoint(IConnectionPointContainer& owner, std::function<void()> beforeEach = {})
+      : owner_(owner), beforeEach_(std::move(beforeEach)) {}
   virtual ~EventPoint();
 
   STDMETHODIMP QueryInterface(REFIID id, void** object) override;
@@ -52,6 +55,7 @@ class EventPoint : public IConnectionPoint, public ReaderEvents {
   void Call(const Connection& connection, DISPID id, std::vector<VARIANT>& reversed);
 
   IConnectionPointContainer& owner_;
+  std::function<void()> beforeEach_;
   std::vector<Connection> connections_;
   DWORD lastCookie_ = 0;
 };

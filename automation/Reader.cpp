@@ -20,7 +20,7 @@ using PointEnumerator =
 }  // namespace
 
 ReaderObject::ReaderObject(std::shared_ptr<tesk::clsTeskReader> reader)
-    : Members(std::move(reader)), events_(*this) {
+    : Members(std::move(reader)), events_(*this, [this] { Library().ResumeSheet(); }) {
   Library().AddEvents(events_);
 }
 

@@ -67,12 +67,16 @@ class clsTeskReader::PageRead {
       : reader_(reader),
         printer_(reader.printer_),
         initializePrinter_(initializePrinter),
-        startedAs_(reader.session_) {}
+        startedAs_(reader.session_),
+        outer_(std::exchange(reader.reading_, this)) {}
+  PageRead(const PageRead&) = delete;
+  PageRead& operator=(const PageRead&) = delete;
+  ~PageRead() { reader_.reading_ = outer_; }
 
   bool Run(const std::function<void()>& beforeAfterSheet);
+  void Resume() const;
 
  private:
-  void Resume() const;
   template <class Raise>
   void RaiseOwn(Raise raise);
   // The host has ended the reader in one of the events.
@@ -89,6 +93,7 @@ class clsTeskReader::PageRead {
   std::shared_ptr<clsTeskReaderPrinter> printer_;
   bool initializePrinter_;
   Session startedAs_;
+  PageRead* outer_;
   std::shared_ptr<Page> page_;  // empty until the sheet has been read
 };
 
@@ -128,7 +133,7 @@ bool clsTeskReader::PageRead::Run(const std::function<void()>& beforeAfterSheet)
 }
 
 void clsTeskReader::PageRead::Resume() const {
-  printer_->SetInitialized(initializePrinter_);
+  if (printer_) printer_->SetInitialized(initializePrinter_);
   if (!page_) return;
   reader_.page_ = page_;
   reader_.side1TimingMarks_ = *page_->side1TimingMarks;
@@ -187,6 +192,10 @@ void clsTeskReader::PageRead::AfterSheet() {
   RaiseOwn([&](ReaderEvents& sink) { sink.AfterSheet(cancel); });
   // Left as it was it is no answer, and what was set meanwhile stands: somebody else may have cancelled.
   if (cancel != before) reader_.cancelScan_ = cancel;
+}
+
+void clsTeskReader::ResumeSheet() {
+  if (reading_ != nullptr) reading_->Resume();
 }
 
 void clsTeskReader::StoreSheet(Sheet sheet) {

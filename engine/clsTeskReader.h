@@ -193,6 +193,10 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   // timing marks, which hosts may watch while a sheet is read.
   void StoreSheet(Sheet sheet);
 
+  // Makes the sheet whose event is being raised the current one again. For sinks that stand for several: each of
+  // them may have read further sheets.
+  void ResumeSheet();
+
   // Values of the settings store. An empty text is stored, and handed back, as one blank.
   bool SaveValue(teskReaderRegistryKey root, const std::string& subKey, const std::string& name,
                  std::string& text);
@@ -262,6 +266,7 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   std::vector<std::shared_ptr<frmComm>> retired_;  // forms that went, perhaps with their port open
   std::shared_ptr<Page> page_;                     // what the host sees; never empty
   std::shared_ptr<Page> fed_;                      // the last sheet that the scanner gave
+  PageRead* reading_ = nullptr;                    // the innermost ReadPage that runs
   std::int16_t side1TimingMarks_ = -1;             // also while a driver counts
   std::int16_t side2TimingMarks_ = -1;
   Session session_ = Session::Ended;

@@ -157,14 +157,13 @@ TEST_P(HostileValues, AreReportedAndKeepWhatWasAssignedBefore) {
 
 INSTANTIATE_TEST_SUITE_P(
     Values, HostileValues,
-    ::testing::Values(
-        HostileCase{"ScannerPort", "99999999999", 6, "a whole number from -32768 to 32767"},
-        HostileCase{"ScannerPort", "32768", 6, "a whole number from -32768 to 32767"},
-        HostileCase{"ScannerBaud", "1e300", 6, "a whole number from -2147483648 to 2147483647"},
-        HostileCase{"ScannerStopBits", "1e39", 6, "a number within single precision"},
-        HostileCase{"Duplex", "perhaps", 13, "True, False or a number"},
-        HostileCase{"Duplex", "%1%2", 13, "True, False or a number"},
-        HostileCase{"Duplex", "", 13, "True, False or a number"}),
+    ::testing::Values(HostileCase{"ScannerPort", "99999999999", 6, "a whole number from -32768 to 32767"},
+                      HostileCase{"ScannerPort", "32768", 6, "a whole number from -32768 to 32767"},
+                      HostileCase{"ScannerBaud", "1e300", 6, "a whole number from -2147483648 to 2147483647"},
+                      HostileCase{"ScannerStopBits", "1e39", 6, "a number within single precision"},
+                      HostileCase{"Duplex", "perhaps", 13, "True, False or a number"},
+                      HostileCase{"Duplex", "%1%2", 13, "True, False or a number"},
+                      HostileCase{"Duplex", "", 13, "True, False or a number"}),
     [](const auto& info) { return info.param.name + std::string("Case") + std::to_string(info.index); });
 
 TEST_F(SettingsTest, LongTextThatDoesNotConvertIsShownInPart) {

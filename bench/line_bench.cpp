@@ -224,15 +224,16 @@ void FleetOfSixteen(benchmark::State& state) {
       });
     }
     for (auto& host : hosts) host.join();
+    const double percent = 100 / std::chrono::duration<double>(Steady::now() - end + kTime).count();
     double total = 0;
-    for (const double used : seconds) {
-      if (used < 0) state.SkipWithError("a host lost its scanner");
-      total += used;
+    for (std::size_t i = 0; i < seconds.size(); ++i) {
+      if (seconds[i] < 0) state.SkipWithError("a host lost its scanner");
+      total += seconds[i];
+      state.counters[std::string(DriverModule(kTypes[i % std::size(kTypes)]))] += percent * seconds[i];
     }
     state.SetIterationTime(total);
     state.counters["sheets"] = sheets.load();
-    state.counters["percent_of_a_core"] =
-        100 * total / std::chrono::duration<double>(Steady::now() - end + kTime).count();
+    state.counters["percent_of_a_core"] = percent * total;
   }
 }
 

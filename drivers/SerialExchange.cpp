@@ -15,10 +15,8 @@ namespace {
 constexpr std::size_t kLongestTail = 4096;  // bytes; more than any scanner sends behind an answer
 constexpr std::size_t kMostAnswers = 64;    // to one command, whose tails are remembered
 
-// Bytes gather for so long before the next look at a line that trickles. A system's sleep may last a tick
-// longer, which the last bytes must not have to wait for.
+// Bytes gather for so long before the next look at a line that trickles.
 constexpr Milliseconds kGathering{5};
-constexpr Milliseconds kTick{17};
 
 }  // namespace
 
@@ -106,13 +104,14 @@ std::int32_t SerialExchange::TakeWaiting(Shape& answer) {
 }
 
 // Where a long rest is missing and bytes come no faster than the line's rate, they gather for a moment first:
-// a wake-up for each would cost more than the byte.
+// a wake-up for each would cost more than the byte. The last ones must not have to wait for the gathering.
 void SerialExchange::Turn(std::size_t missing, std::int32_t taken) {
   constexpr std::int64_t kSlack = 4;  // bytes
   const TimePoint now = reader_.Now();
   const auto since = std::chrono::duration_cast<Milliseconds>(now - std::exchange(lookedAt_, now));
   const bool trickles = taken > 0 && taken <= CharactersIn(since) + kSlack;
-  if (trickles && static_cast<std::int64_t>(missing) > CharactersIn(kGathering + kTick)) {
+  const auto last = CharactersIn(kGathering + reader_.Loop().Tick()) + 1;
+  if (trickles && static_cast<std::int64_t>(missing) > last) {
     reader_.Loop().Sleep(kGathering);
   }
   reader_.Loop().DoEvents(port_->Arrival());
@@ -180,8 +179,8 @@ Milliseconds SerialExchange::Moment() const {
 }
 
 std::int64_t SerialExchange::CharactersIn(Milliseconds time) const {
-  constexpr std::int64_t kShortestCharacter = 7;  // bits: start, five of data, stop
-  return time.count() * std::max<std::int32_t>(reader_.BaudRate(), 110) / (kShortestCharacter * 1000);
+  const std::int64_t bits = 2 + std::clamp<std::int32_t>(reader_.DataBits(), 4, 8);  // start and stop
+  return time.count() * std::max<std::int32_t>(reader_.BaudRate(), 110) / (bits * 1000);
 }
 
 bool IsLineEnd(std::string_view text) { return text.find_first_not_of("\r\n") == std::string_view::npos; }

@@ -26,6 +26,8 @@ class HostLoop {
   virtual void Pause(ArrivalHandle arrival, Milliseconds atMost) = 0;
   // A prescribed pause: lasts its full time; messages do not run.
   virtual void Sleep(Milliseconds time) = 0;
+  // How much longer than asked for a Sleep may last.
+  virtual Milliseconds Tick() const { return Milliseconds(0); }
 };
 
 }  // namespace tesk

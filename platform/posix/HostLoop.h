@@ -15,6 +15,7 @@ class PosixHostLoop : public HostLoop {
   void DoEvents(ArrivalHandle arrival) override;
   void Pause(ArrivalHandle arrival, Milliseconds atMost) override;
   void Sleep(Milliseconds time) override;
+  Milliseconds Tick() const override { return Milliseconds(1); }
 
  private:
   bool RunMessages() { return runMessages_ && runMessages_(); }

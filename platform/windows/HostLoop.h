@@ -15,6 +15,7 @@ class WindowsHostLoop : public HostLoop {
   void DoEvents(ArrivalHandle arrival) override;
   void Pause(ArrivalHandle arrival, Milliseconds atMost) override;
   void Sleep(Milliseconds time) override;
+  Milliseconds Tick() const override { return Milliseconds(16); }
 
  private:
   std::function<bool()> runMessages_;

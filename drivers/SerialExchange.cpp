@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <optional>
+#include <ranges>
 #include <utility>
 
 #include "base/RunTimeError.h"
@@ -12,8 +13,8 @@
 namespace tesk {
 namespace {
 
-constexpr std::size_t kLongestTail = 4096;  // bytes; more than any scanner sends behind an answer
-constexpr std::size_t kMostAnswers = 64;    // to one command, whose tails are remembered
+constexpr std::size_t kLongestRest = 65536;  // bytes in a row that nobody waits for; more than any sheet has
+constexpr std::size_t kMostAnswers = 64;     // to one command, whose tails are remembered
 
 // Bytes gather for so long before the next look at a line that trickles.
 constexpr Milliseconds kGathering{5};
@@ -46,6 +47,14 @@ class SerialExchange::Watch {
   std::optional<TimePoint> cancelledAt_;
 };
 
+SerialSession::Lengths SerialSession::TailLengths(const std::string& command) const {
+  const auto known = tails.find(command);
+  if (known == tails.end() || known->second.empty()) return {};
+  const auto length = [](const auto& entry) { return entry.second.size(); };
+  const auto [shortest, longest] = std::ranges::minmax(known->second | std::views::transform(length));
+  return {shortest, longest};
+}
+
 SerialExchange::SerialExchange(clsTeskReader& reader, std::shared_ptr<SerialSession> session)
     : reader_(reader),
       comm_(reader.fComm()),
@@ -55,13 +64,12 @@ SerialExchange::SerialExchange(clsTeskReader& reader, std::shared_ptr<SerialSess
 
 // ---- Sending
 
-void SerialExchange::Ask(std::string_view bytes) {
+std::string SerialExchange::Ask(std::string_view bytes) {
   Surplus();
-  if (session_->outOfStep) {
-    UntilQuiet(kUnusualPause);
-    session_->outOfStep = false;
-  }
+  std::string before;
+  if (session_->outOfStep) session_->outOfStep = !FellQuiet(kUnusualPause, before);
   port_->Output(bytes);
+  return before;
 }
 
 // ---- Waiting for a shape
@@ -134,19 +142,32 @@ std::string SerialExchange::Tail(const std::string& command, const std::string& 
       return expected.Text();
     }
     tail = expected.Text();
+  } else {
+    tail = AsLongAs(session_->TailLengths(command).shortest);
   }
   tail += UntilQuiet(known.empty() ? first : Milliseconds(0));
   if (known.size() >= kMostAnswers) known.clear();
-  known[answer] = tail;
+  // A silence that a cancel has cut short tells nothing.
+  if (!Cancelled()) known[answer] = tail;
   return tail;
 }
 
-bool SerialExchange::Follows(Milliseconds quiet) {
+// What stands behind an answer that never came before, where as much is likely to come.
+std::string SerialExchange::AsLongAs(std::size_t length) {
+  Bytes likely(length);
+  port_->SetInputLen(1);
+  while (likely.Missing() > 0 && Follows(kUnusualPause))
+    likely.Take(static_cast<std::uint8_t>(port_->Input()[0]));
+  return likely.Text();
+}
+
+bool SerialExchange::Follows(Milliseconds quiet, Shortened shortened) {
   constexpr Milliseconds kSlice{5};
   const TimePoint start = reader_.Now();
   while (port_->InBufferCount() == 0) {
     const auto silence = std::chrono::duration_cast<Milliseconds>(reader_.Now() - start);
-    const auto left = (Cancelled() ? Moment() : std::max(quiet, Moment())) - silence;
+    const bool soon = shortened == Shortened::ByCancel && Cancelled();
+    const auto left = (soon ? Moment() : std::max(quiet, Moment())) - silence;
     if (left.count() <= 0) return false;
     reader_.Loop().DoEvents(port_->Arrival());
     if (port_->InBufferCount() == 0) reader_.Loop().Pause(port_->Arrival(), std::min(left, kSlice));
@@ -156,19 +177,27 @@ bool SerialExchange::Follows(Milliseconds quiet) {
 
 std::string SerialExchange::UntilQuiet(Milliseconds quiet) {
   std::string bytes;
-  Watch watch(*this, kDespiteCancel);
+  FellQuiet(quiet, bytes);
+  return bytes;
+}
+
+// A line that is left at a cancel may be in the middle of a sheet.
+bool SerialExchange::FellQuiet(Milliseconds quiet, std::string& bytes) {
+  Watch watch(*this, {Limits::Time::Answer, kUnusualPause});
   while (Follows(quiet)) {
     port_->SetInputLen(0);
     bytes += port_->Input();
-    if (bytes.size() > kLongestTail || watch.Over()) throw basUtils::SendsWithoutEnd();
+    const auto over = watch.Over();
+    if (over == Wait::Cancelled) return End(*over) == Wait::Arrived;
+    if (over || bytes.size() > kLongestRest) throw basUtils::SendsWithoutEnd();
   }
   timer_->SetEnabled(false);
-  return bytes;
+  return true;
 }
 
 bool SerialExchange::Surplus() {
   if (port_->InBufferCount() == 0) return false;
-  session_->outOfStep = true;
+  session_->Distrust();
   return true;
 }
 

@@ -2,6 +2,7 @@
 // waiting for quiet, and the pauses that protocols prescribe.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -44,6 +45,17 @@ struct SerialSession : DriverState {
 
   // At a start: another scanner may be on the line.
   void Forget() { tails.clear(); }
+  // Something came that nobody asked for; it may be a part of what was learnt, too.
+  void Distrust() {
+    outOfStep = true;
+    tails.clear();
+  }
+  // How many bytes stood behind the answers to a command; any number where none came yet.
+  struct Lengths {
+    std::size_t shortest = 0;
+    std::size_t longest = std::string::npos;
+  };
+  Lengths TailLengths(const std::string& command) const;
 };
 
 // Holds the engine's port and timer for the time of one routine, so that a host that replaces them while the
@@ -54,8 +66,9 @@ class SerialExchange {
   SerialExchange(clsTeskReader& reader, std::shared_ptr<SerialSession> session);
 
   // Sends a command that is answered. Where something waits, or the exchange is out of step, the line must
-  // first have been quiet: nothing that came before a command can be its answer.
-  void Ask(std::string_view bytes);
+  // first have been quiet: nothing that came before a command can be its answer. What came is handed over. A
+  // line that does not fall silent after a cancel is not waited for; the exchange then stays out of step.
+  std::string Ask(std::string_view bytes);
   // Sends a command that is not answered.
   void Tell(std::string_view bytes) { port_->Output(bytes); }
 
@@ -66,15 +79,16 @@ class SerialExchange {
   Wait Await(const Limits& limits = {});
 
   // What follows a complete answer to a command. The first time after a start the silence behind it tells,
-  // `first` long; for an answer that never came before, a moment of it. From then on it is awaited as it was,
-  // and nothing more.
+  // `first` long; an answer that never came before is expected to have as much behind it as the others, and a
+  // moment of silence. From then on it is awaited as it was, and nothing more.
   std::string Tail(const std::string& command, const std::string& answer = {},
                    Milliseconds first = kUnusualPause);
   // Whether a byte waits or comes before the line has been silent for `quiet`, a moment at least; after a
-  // cancel only that moment.
-  bool Follows(Milliseconds quiet = Milliseconds(0));
+  // cancel only that moment, except where a protocol prescribes the silence.
+  enum class Shortened { ByCancel, Never };
+  bool Follows(Milliseconds quiet = Milliseconds(0), Shortened shortened = Shortened::ByCancel);
   // Takes what comes until the line has been as silent. Error 8020 for a line that does not fall silent
-  // within the time-out.
+  // within the time-out; after a cancel it is left soon.
   std::string UntilQuiet(Milliseconds quiet = Milliseconds(0));
   // Whether bytes wait that nobody asked for; the exchange is then out of step.
   bool Surplus();
@@ -100,9 +114,11 @@ class SerialExchange {
  private:
   class Watch;
 
+  std::string AsLongAs(std::size_t length);
   std::int32_t TakeWaiting(Shape& answer);
   void Turn(std::size_t missing, std::int32_t taken);
   Wait End(Wait wait);
+  bool FellQuiet(Milliseconds quiet, std::string& bytes);
   std::int64_t CharactersIn(Milliseconds time) const;
 
   clsTeskReader& reader_;

@@ -287,18 +287,21 @@ enum class Asked { BeforeSheet, AfterSheet };
 
 struct Status {
   std::string record;  // empty after a message or a cancel
-  bool alone = false;  // nothing but a line end came behind it
+  bool alone = false;  // nothing but line ends came around it
 };
 
 // Where the record is one that came before, what stood behind it is known and nothing else is waited for. A
 // byte of something else in front would have made it another record, which the silence behind it shows.
 Status AskStatus(SerialExchange& line, Asked asked) {
-  line.Ask(Command("QSTS"));
+  const bool after = asked == Asked::AfterSheet;
+  // Where every value had come, the sheet's own end may have come late; before a sheet it is nobody's.
+  const bool clean = IsLineEnd(line.Ask(Command("QSTS"))) || !after;
   Bytes record(kStatusLength);
-  if (!Answered(line, record, &kStatusSilence, asked == Asked::AfterSheet ? kDespiteCancel : Limits())) {
-    return {};
-  }
-  return {record.Text(), IsLineEnd(line.Tail("QSTS", record.Text()))};
+  if (!Answered(line, record, &kStatusSilence, after ? kDespiteCancel : Limits())) return {};
+  // The records of a scanner are all of one length: a byte more is of something else, whatever it is.
+  const std::size_t usual = line.Session().TailLengths("QSTS").longest;
+  const std::string tail = line.Tail("QSTS", record.Text());
+  return {record.Text(), clean && IsLineEnd(tail) && tail.size() <= usual};
 }
 
 std::int32_t DecodeStatus(const std::string& record) {
@@ -319,8 +322,8 @@ std::int32_t CheckStatus(clsTeskReader& reader, Asked asked) {
   if (!status.record.empty() && !status.alone) {
     // More than a record: its beginning was said about something else. Behind a sheet that can only have been
     // the sheet's own data.
+    line.Session().Distrust();
     if (asked == Asked::AfterSheet) return Show(kDataSilence), -1;
-    line.Session().outOfStep = true;
     status = AskStatus(line, asked);
   }
   return status.alone ? DecodeStatus(status.record) : -1;
@@ -470,7 +473,7 @@ bool TakeValues(SerialExchange& line, Values& values) {
   if (wait == Wait::Cancelled) return false;
   // Where every place has its value, only the end can be missing.
   if (!values.Surplus() && (wait == Wait::Arrived || values.Full()) && !line.Surplus()) return true;
-  line.Session().outOfStep = true;
+  line.Session().Distrust();
   return Show(kDataSilence), false;
 }
 
@@ -522,7 +525,9 @@ bool ResetReaderST(clsTeskReader& reader) {
     SerialExchange line = Exchange(reader);
     if (!line.Port().PortOpen()) return true;
     const auto acknowledged = Acknowledged(line, Command("SRST"), &kResetSilence);
-    if (acknowledged == false) Show(kResetRefused);
+    // After a cancel in the middle of a sheet, what came first may be the sheet's.
+    const bool ofSheet = line.Cancelled() && line.Session().outOfStep;
+    if (acknowledged == false && !ofSheet) Show(kResetRefused);
     return acknowledged == true;
   });
 }
@@ -574,7 +579,11 @@ bool RejectPageST(clsTeskReader& reader, bool reject) {
     // No acknowledgement of its own is awaited for the imprinter; the transport's may come well behind it.
     if (reject) line.Ask(Command("PRN$ 1 N "));
     const std::string command = Command(reject ? "EJCT C" : "EJCT A " + ImprintText(reader));
-    reject ? line.Tell(command) : line.Ask(command);
+    if (reject) {
+      line.Tell(command);
+    } else {
+      line.Ask(command);
+    }
     Bytes first(1);
     if (!Answered(line, first, &kEjectSilence)) return false;
     line.Tail(reject ? "EJCT C" : "EJCT A", first.Text(), reject ? kTransportPatience : kUnusualPause);

@@ -1,10 +1,13 @@
 // The ScanMark driver against its simulated scanner: the bytes that it sends, the marks that it stores, and
 // what it tells the operator.
 #include <algorithm>
+#include <functional>
+#include <map>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/conversions.h"
 #include "drivers/basScantron.h"
 #include "simulator/Simulators.h"
 #include "tests/support/TestBench.h"
@@ -331,7 +334,7 @@ TEST(ScanMark, SheetWithMoreBehindItsEndIsRefusedHoweverLateThatComes) {
       {"one value too many", teskReaderTypeScantronScanMark2500, kLine + kLine, "1\r"},
   };
   for (const auto& c : kCases) {
-    for (const int pause : {0, 20, 400, 5000}) {
+    for (const int pause : {0, 20, 400, 5000, 10300}) {
       Bench bench(c.type, std::make_shared<ScriptedScanMark>(c.data, "00      !   ", c.rest,
                                                              simulator::Milliseconds(pause)));
       bench.reader->SetSide1Rows(From1({2}));
@@ -433,28 +436,101 @@ TEST(ScanMark, LateAcknowledgementOfARejectMovesNoMark) {
   }
 }
 
-TEST(ScanMark, StatusBehindAStrayByteIsAskedForAgain) {
-  class Stray : public simulator::Scanner {
-    void OnByte(std::uint8_t byte, simulator::Time now) override {
-      if (byte != '\r') {
-        line_ += static_cast<char>(byte);
-        return;
-      }
-      const std::string command = std::exchange(line_, {});
-      if (command == "\x1bQSTS") {
-        Reply(asked_++ == 0 ? "\r00000000!   " : "00000000!   ", now);
-      } else {
-        Reply(command.starts_with("\x1bREAD") ? "123\r" : "\r", now);
-      }
+// Says to each command what the test has it say, in pieces: the text, and how long it comes after the one
+// before. `count`: how many commands like this one there were, with this one.
+class Saying : public simulator::Scanner {
+ public:
+  using Pieces = std::vector<std::pair<std::string, int>>;  // milliseconds
+  using Says = std::function<Pieces(const std::string& command, int count)>;
+
+  explicit Saying(Says says) : says_(std::move(says)) {}
+
+ private:
+  void OnByte(std::uint8_t byte, simulator::Time now) override {
+    if (byte != '\r') {
+      line_ += static_cast<char>(byte);
+      return;
     }
-    std::string line_;
-    int asked_ = 0;
-  };
-  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<Stray>());
+    const std::string command = std::exchange(line_, {}).substr(1, 4);
+    simulator::Milliseconds delay{0};
+    for (const auto& [text, pause] : says_(command, ++counts_[command])) {
+      Reply(text, now, delay += simulator::Milliseconds(pause));
+    }
+  }
+
+  Says says_;
+  std::string line_;
+  std::map<std::string, int> counts_;
+};
+
+TEST(ScanMark, StatusBehindAStrayByteIsAskedForAgain) {
+  const auto scanner = std::make_shared<Saying>([](const std::string& command, int count) -> Saying::Pieces {
+    if (command == "QSTS") return {{count == 1 ? "\r00000000!   " : "00000000!   ", 0}};
+    return {{command == "READ" ? "123\r" : "\r", 0}};
+  });
+  Bench bench(teskReaderTypeScantronScanMark2500, scanner);
   ASSERT_TRUE(bench.reader->StartReader());
   ASSERT_TRUE(bench.reader->ReadPage());
   EXPECT_EQ(bench.reader->Side1Array().At(1, 1), 1);
   EXPECT_THAT(bench.host.messages, IsEmpty());
+}
+
+TEST(ScanMark, WhatStandsBehindAStatusIsTheStatussOwnOrRefusesTheSheet) {
+  const std::string kSheet = kRow + kRow;
+  const struct {
+    const char* what;
+    Saying::Pieces (*status)(int count);
+    Saying::Pieces firstSheet;
+    bool first;
+  } kCases[] = {
+      {"the late line end of a record that never came before",
+       [](int n) -> Saying::Pieces {
+         return {{"00      !  " + NumberText(n), 0}, {"\r", n == 1 ? 0 : 500}};
+       },
+       {{kSheet + "\r", 0}},
+       true},
+      {"a line end that was late when it was to be learnt",
+       [](int n) -> Saying::Pieces {
+         return {{"00      !   ", 0}, {"\r", n == 1 ? 900 : 1}};
+       },
+       {{kSheet + "\r", 0}},
+       false},
+      {"the line end of a record that a damaged sheet's has moved",
+       [](int) -> Saying::Pieces {
+         return {{"0000000!!  \r", 0}};
+       },
+       {{kSheet.substr(1) + "\r", 0}, {"\r", 20}},
+       false},
+  };
+  for (const auto& c : kCases) {
+    const auto scanner = std::make_shared<Saying>([&](const std::string& command, int n) -> Saying::Pieces {
+      if (command == "QSTS") return c.status(n);
+      if (command != "READ") return {{"\r", 0}};
+      return n == 1 ? c.firstSheet : Saying::Pieces{{kSheet + "\r", 0}};
+    });
+    Bench bench(teskReaderTypeScantronScanMark2500, scanner);
+    bench.reader->SetSide1Rows(From1({2}));
+    ASSERT_TRUE(bench.reader->StartReader());
+    EXPECT_EQ(bench.reader->ReadPage(), c.first) << c.what;
+    EXPECT_THAT(bench.host.messages, SizeIs(c.first ? 0 : 1)) << c.what;
+    bench.reader->SetCancelScan(false);
+    EXPECT_TRUE(bench.reader->ReadPage()) << c.what;
+  }
+}
+
+TEST(ScanMark, CancelInTheMiddleOfASlowSheetStillResetsTheScannerInSilence) {
+  ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({}, 1, false));
+  b.scanner->PaceAt(960);
+  ASSERT_TRUE(b.bench.reader->StartReader());
+  b.bench.time->onMessages = [&](int) {
+    if (b.bench.time->Elapsed() > 2s) b.bench.reader->SetCancelScan(true);
+  };
+  EXPECT_FALSE(b.bench.reader->ReadPage());
+  b.Commands();
+  b.bench.reader->EndReader();
+  EXPECT_THAT(b.Commands(), ElementsAre("SRST"));
+  EXPECT_THAT(b.bench.host.messages, IsEmpty());
+  EXPECT_THAT(b.bench.host.errors, IsEmpty());
 }
 
 TEST(ScanMark, WindowReadTellsItsTimeOutsInItsOwnWords) {

@@ -138,6 +138,12 @@ const Fault* FindFault(const Status& status) {
   return nullptr;
 }
 
+// A fifth byte is of no use. More than that, and more than came so far, was not said about the status: what is
+// left of a record comes in front of it, and makes it an answer that was never seen alone.
+bool IsTailOfStatus(std::string_view behind, std::size_t usual) {
+  return IsLineEnd(behind.substr(std::min<std::size_t>(behind.size(), 1))) && behind.size() <= usual;
+}
+
 // ---- Waiting
 
 // Waits for an answer. A time-out is shown, a cancel is not.
@@ -178,11 +184,13 @@ class MarksOfRecord : public Shape {
   std::size_t lines_;
 };
 
-// How long silence in the text section must last to be the end: the pause that hosts set, and far longer where
-// this scanner is not known to end its records so.
-Milliseconds TextSilence(const clsTeskReader& reader, const Kept& kept) {
+// Whether the text section goes on. How long silence must last to be its end: the pause that hosts set, and far
+// longer where this scanner is not known to end its records so. One that ends them with a line end will do so.
+bool TextGoesOn(const clsTeskReader& reader, SerialExchange& line, const Kept& kept) {
+  if (kept.textEnd == TextEnd::LineEnd) return true;
   const Milliseconds pause(std::max(reader.SleepTime(), 0));
-  return kept.textEnd == TextEnd::Silence ? pause : std::max(pause, kUnusualPause);
+  return line.Follows(kept.textEnd == TextEnd::Silence ? pause : std::max(pause, kUnusualPause),
+                      SerialExchange::Shortened::Never);
 }
 
 // Takes the record until it ends; False when a wait failed.
@@ -191,9 +199,9 @@ bool TakeRecord(const clsTeskReader& reader, SerialExchange& line, Kept& kept, O
   while (!record.Ended()) {
     if (!record.MayEndInSilence()) {
       if (!Answered(line, marks, kDataSilence, kEachPiece)) return false;
-    } else if (line.Follows(TextSilence(reader, kept))) {
+    } else if (TextGoesOn(reader, line, kept)) {
       Bytes next(1);
-      if (line.Take(next, kDespiteCancel) != Wait::Arrived) return false;
+      if (!Answered(line, next, kDataSilence, kEachPiece)) return false;
       record.Take(static_cast<std::uint8_t>(next.Text()[0]));
     } else {
       kept.textEnd = TextEnd::Silence;
@@ -204,11 +212,17 @@ bool TakeRecord(const clsTeskReader& reader, SerialExchange& line, Kept& kept, O
   return true;
 }
 
+// What was learnt of the scanner may be wrong, too.
+void Distrust(SerialExchange& line, Kept& kept) {
+  line.Session().Distrust();
+  kept.textEnd = TextEnd::Unknown;
+}
+
 // A record that did not come alone was cut by a damaged byte, or bytes of another answer are in it.
-bool CameAlone(SerialExchange& line, const OpScanRecord& record) {
+bool CameAlone(SerialExchange& line, Kept& kept, const OpScanRecord& record) {
   const std::string behind = record.Ended() ? line.Tail("record") : std::string();
   if (!record.Broken() && IsLineEnd(behind) && !line.Surplus()) return true;
-  line.Session().outOfStep = true;
+  Distrust(line, kept);
   return Show(record.WrongEnd(behind.size())), false;
 }
 
@@ -259,7 +273,7 @@ bool GetScanModeNCS(clsTeskReader& reader, std::int16_t& mode) {
     line.Ask(kScanMode);
     Bytes report(kReportLength);
     if (!Answered(line, report, kStatusSilence)) return false;
-    line.Tail("s0");
+    line.Tail("s0", report.Text());
     reader.Kept<Kept>()->reportLetter = UpperLetter(report.Text().at(kReportLetterAt));
     const std::size_t position = kModeLetters.find(LowerLetter(report.Text().at(kModeLetterAt)));
     if (position != std::string_view::npos) mode = Narrow<std::int16_t>(position + 1);
@@ -294,13 +308,12 @@ std::optional<Sheet> ReadPageNCS(clsTeskReader& reader) {
     OpScanRecord record(twoSided);
     line.Ask(kReadSheet);
     if (!SheetCame(reader, line) || !TakeRecord(reader, line, *kept, record)) return std::nullopt;
-    if (reader.ReaderGrade()) line.Rest(10);
-    if (!CameAlone(line, record)) return std::nullopt;
-    kept->lines = record.Lines();
-
     Sheet sheet = record.Result();
     reader.SetSide1TimingMarks(*sheet.side1TimingMarks);
     if (twoSided) reader.SetSide2TimingMarks(*sheet.side2TimingMarks);
+    if (reader.ReaderGrade()) line.Rest(10);
+    if (!CameAlone(line, *kept, record)) return std::nullopt;
+    kept->lines = record.Lines();
     if (!CheckStatusNCS(reader)) return std::nullopt;
     // Without a single value it is no sheet, whatever the scanner says.
     if (!record.HasValues()) return Show(record.WrongEnd(0)), std::nullopt;
@@ -311,15 +324,17 @@ std::optional<Sheet> ReadPageNCS(clsTeskReader& reader) {
 bool CheckStatusNCS(clsTeskReader& reader) {
   return Guarded("basNCS.CheckStatusNCS", [&] {
     SerialExchange line = Exchange(reader);
-    line.Ask(kStatus);
+    const auto kept = reader.Kept<Kept>();
+    const std::string before = line.Ask(kStatus);
     Bytes answer(kShortestStatus);
     if (!Answered(line, answer, kStatusSilence, kDespiteCancel)) return false;
-    // A fifth byte is of no use. More than that was not said about the status: what is left of a record comes
-    // in front of it, and makes it an answer that was never seen alone.
+    const std::size_t usual = line.Session().TailLengths("s1").longest;
     const std::string behind = line.Tail("s1", answer.Text());
-    if (!IsLineEnd(std::string_view(behind).substr(std::min<std::size_t>(behind.size(), 1)))) {
-      line.Session().outOfStep = true;
-      return Show(WrongLength{1, static_cast<std::int32_t>(behind.size()), 0}), false;
+    // The end of a text that silence was taken for the end of.
+    const bool endOfText = kept->textEnd == TextEnd::Silence && IsLineEnd(answer.Text().substr(0, 1));
+    if (!IsLineEnd(before) || endOfText || !IsTailOfStatus(behind, usual)) {
+      Distrust(line, *kept);
+      return Show(WrongLength{1, static_cast<std::int32_t>(before.size() + behind.size()), 0}), false;
     }
     Status status{};
     std::ranges::copy_n(answer.Text().begin(), status.size(), status.begin());

@@ -97,7 +97,10 @@ void OpScanRecord::TakeInRun(std::uint8_t byte) {
 
 void OpScanRecord::Repeat(std::uint8_t character, std::int32_t times) {
   if (state_ == State::Text) {
-    if (times > 0) sheet_.texts.back().append(static_cast<std::size_t>(times), static_cast<char>(character));
+    std::string& text = sheet_.texts.back();
+    if (times > 0) text.append(static_cast<std::size_t>(times), static_cast<char>(character));
+    // In front of every line, a text that is as long as one has the marks in it.
+    if (Lines() == 0 && sheet_.texts.size() == 1 && text.size() >= kColumns) broken_ = true;
     return;
   }
   // Mark positions before any line began belong to another answer, and move all that follow.

@@ -159,10 +159,12 @@ TEST(OpScanRecord, Holds150RowsAndFailsAtTheFirstMarkBeyond) {
 }
 
 TEST(OpScanRecord, WhatNoScannerSendsBreaksTheRecord) {
-  for (const std::string& bytes : {std::string("X"), "0a" + kBlankLine, "a" + std::string(kNak) + "!",
-                                   "a" + RunOf(4, '\r'), "cAB" + RunOf(4, '\n'), "a" + RunOf(4, kNak[0])}) {
+  for (const std::string& bytes :
+       {std::string("X"), "0a" + kBlankLine, "a" + std::string(kNak) + "!", "a" + RunOf(4, '\r'),
+        "cAB" + RunOf(4, '\n'), "a" + RunOf(4, kNak[0]), "ca" + kBlankLine, "c" + kBlankLine}) {
     EXPECT_TRUE(Parsed(bytes).record.Broken()) << bytes;
   }
+  EXPECT_FALSE(Parsed("cAB" + std::string(45, '0') + "d\r").record.Broken());
   EXPECT_FALSE(Parsed("a" + RunOf(0, 'A') + "c" + RunOf(3, 'd') + "d\r").record.Broken());
 }
 

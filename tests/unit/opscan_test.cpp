@@ -22,6 +22,7 @@ using simulator::FaultKind;
 using simulator::OpScan;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 using Messages = std::vector<RecordingHost::Message>;
 
@@ -181,6 +182,14 @@ TEST(OpScanStart, FailsWithItsMessageWhereAReportIsMissing) {
     EXPECT_EQ(b.bench.host.messages, Messages{kStatusSilence});
     EXPECT_TRUE(b.reader().CancelScan());
   }
+}
+
+TEST(OpScanStart, ReportThatIsShorterThanTheOneBeforeIsNotWaitedFor) {
+  const auto scanner = std::make_shared<ScriptedScanner>(
+      std::vector<Turn>{{"s0", Report('e') + "--\r"}, {Mode('w') + Mode('i') + "s0", Report('i') + "\r"}});
+  Bench bench(teskReaderTypeNCSOpScan7, scanner);
+  EXPECT_TRUE(bench.reader->StartReader());
+  EXPECT_LT(bench.time->Elapsed(), 2s);
 }
 
 TEST(OpScanStart, UnknownScanModeIsChangedAndNeverRestored) {
@@ -433,6 +442,72 @@ TEST(OpScanRead, TextSectionEndsInSilenceAndOnlyThere) {
   }
 }
 
+TEST(OpScanRead, TextComesOutWholeOrNotAtAllHoweverItIsCut) {
+  const std::string line = "a" + std::string(48, '1');
+  const struct {
+    const char* what;
+    std::vector<Turn> first;
+    std::vector<Turn> second;
+    std::size_t status;  // bytes
+    bool read;
+    bool cancel = false;
+  } kCases[] = {
+      {"a long pause where records end with a line end",
+       {{kDc1, line + "cAB12d\r"}},
+       {{kDc1, line + "cAB1"}, {"", "2d", 900ms}, {"", "\r", 5s}},
+       5,
+       true},
+      {"no end where records end with a line end",
+       {{kDc1, line + "cAB12d\r"}},
+       {{kDc1, line + "cAB12d"}},
+       5,
+       false},
+      {"the rest in front of a short status",
+       {{kDc1, line + "cAB12d"}},
+       {{kDc1, line + "cAB12"}, {"", "d", 300ms}},
+       4,
+       false},
+      {"a cancel before the line end", {}, {{kDc1, line + "cAB12d"}, {"", "\r", 500ms}}, 4, true, true},
+      {"a line end that nobody expected any more",
+       {},
+       {{kDc1, line + "cAB12d"}, {"", "\r", 700ms}},
+       4,
+       false},
+  };
+  for (const auto& c : kCases) {
+    const Turn status{"s1", std::string(c.status, '\0')};
+    std::vector<Turn> script = c.first;
+    if (!script.empty()) script.push_back(status);
+    script.insert(script.end(), c.second.begin(), c.second.end());
+    script.push_back(status);
+    ScriptedBench b(script);
+    if (!c.first.empty()) {
+      ASSERT_TRUE(b.bench.reader->ReadPage()) << c.what;
+    }
+    b.bench.time->onMessages = [&](int) { b.bench.reader->SetCancelScan(c.cancel); };
+    EXPECT_EQ(b.bench.reader->ReadPage(), c.read) << c.what;
+    EXPECT_THAT(b.bench.host.messages, SizeIs(c.read ? 0 : 1)) << c.what;
+    if (c.read) {
+      EXPECT_THAT(b.bench.reader->BarcodeTexts(), ElementsAre("12")) << c.what;
+    }
+  }
+}
+
+TEST(OpScanRead, BytesOfNoSheetRefuseItAndDelayNoOther) {
+  const std::string sheet = "a" + std::string(48, '1') + "a" + std::string(48, '2') + "\r\n";
+  for (const std::string& spoilt : {"c" + sheet, sheet.substr(0, 60) + "\r" + sheet.substr(61)}) {
+    ScriptedBench b({{kDc1, sheet}, {"s1", kFine}, {kDc1, spoilt}, {kDc1, sheet}, {"s1", kFine}});
+    EXPECT_TRUE(b.bench.reader->ReadPage());
+    EXPECT_FALSE(b.bench.reader->ReadPage()) << spoilt;
+    EXPECT_THAT(b.bench.host.messages, SizeIs(1)) << spoilt;
+    b.bench.reader->SetCancelScan(false);
+    const auto before = b.bench.time->Elapsed();
+    EXPECT_TRUE(b.bench.reader->ReadPage());
+    // The silences that tell what stands behind an answer are paid anew.
+    EXPECT_LE(b.bench.time->Elapsed() - before, 3 * 600ms) << spoilt;
+  }
+}
+
 TEST(OpScanRead, LineEndThatTricklesInBehindARecordIsNotTakenForTheStatus) {
   ScriptedBench b({{kDc1, "a" + std::string(48, '1') + "\r"},
                    {"", "\n", 15ms},
@@ -445,6 +520,15 @@ TEST(OpScanRead, LineEndThatTricklesInBehindARecordIsNotTakenForTheStatus) {
   EXPECT_TRUE(b.bench.reader->ReadPage());
   EXPECT_EQ(b.bench.reader->Side1Array().At(1, 1), 2);
   EXPECT_TRUE(b.scanner->Done());
+}
+
+TEST(OpScanRead, LateSheetOfAnyLengthIsOverBeforeTheNextStart) {
+  std::string record;
+  for (int line = 0; line < 150; ++line) record += "a" + std::string(48, '1');
+  ScriptedBench b({{kDc1, record + "\r", 10500ms}, {"s0", Report('i')}, {"r", ""}});
+  EXPECT_FALSE(b.bench.reader->ReadPage());
+  EXPECT_TRUE(b.bench.reader->StartReader());
+  EXPECT_THAT(b.bench.host.errors, IsEmpty());
 }
 
 TEST(OpScanRead, PersonMayTakeTheirTimeToInsertASheet) {
@@ -469,6 +553,12 @@ TEST(OpScanRead, GradedSheetGetsTenPausesBeforeItsStatus) {
     b.reader().SetReaderGrade(grade);
     b.reader().SetSleepTime(400);
     const auto before = b.bench.time->Elapsed();
+    b.bench.time->onMessages = [&](int) {
+      const auto elapsed = b.bench.time->Elapsed() - before;
+      if (elapsed > 2s && elapsed < 4s) {
+        EXPECT_EQ(b.reader().Side1TimingMarks(), 50) << "not seen meanwhile";
+      }
+    };
     EXPECT_TRUE(b.reader().ReadPage());
     return b.bench.time->Elapsed() - before;
   };

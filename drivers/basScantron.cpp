@@ -125,13 +125,14 @@ bool Answered(SerialExchange& line, Shape& answer, const Message* silence, const
   return wait == Wait::Arrived;
 }
 
-// Sends a command whose answer is decided by its first byte; whatever line follows that is the answer's own.
+// Sends a command whose answer is decided by its first byte; whatever line follows that is the answer's own. A
+// scanner acknowledges all commands alike: what stands behind the first tells what to await behind the others.
 // Empty after a cancel or a time-out.
 std::optional<bool> Acknowledged(SerialExchange& line, const std::string& command, const Message* silence) {
   line.Ask(command);
   Bytes first(1);
   if (!Answered(line, first, silence)) return std::nullopt;
-  line.Tail(command, first.Text(), Milliseconds(0));
+  line.Tail("acknowledgement", command + first.Text());
   return first.Text()[0] == kCarriageReturn;
 }
 

@@ -518,9 +518,19 @@ TEST(ScanMark, WhatStandsBehindAStatusIsTheStatussOwnOrRefusesTheSheet) {
   }
 }
 
+TEST(ScanMark, LineEndBehindAnAcknowledgementMayComeLate) {
+  for (const int late : {1, 100, 500}) {
+    const auto scanner = std::make_shared<Saying>([&](const std::string&, int) -> Saying::Pieces {
+      return {{"\r", 0}, {"\n", late}};
+    });
+    Bench bench(teskReaderTypeScantronScanMark2500, scanner);
+    EXPECT_TRUE(bench.reader->StartReader()) << late;
+  }
+}
+
 TEST(ScanMark, CancelInTheMiddleOfASlowSheetStillResetsTheScannerInSilence) {
   ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({}, 1, false));
-  b.scanner->PaceAt(960);
+  b.scanner->PaceAt(480);
   ASSERT_TRUE(b.bench.reader->StartReader());
   b.bench.time->onMessages = [&](int) {
     if (b.bench.time->Elapsed() > 2s) b.bench.reader->SetCancelScan(true);

@@ -183,8 +183,10 @@ std::string SerialExchange::UntilQuiet(Milliseconds quiet) {
 
 // A line that is left at a cancel may be in the middle of a sheet.
 bool SerialExchange::FellQuiet(Milliseconds quiet, std::string& bytes) {
-  Watch watch(*this, {Limits::Time::Answer, kUnusualPause});
+  Watch watch(*this, {Limits::Time::Piece, kUnusualPause});
   while (Follows(quiet)) {
+    // The time-out may be shorter than the silence that came before the first byte.
+    if (bytes.empty()) watch.PieceCame();
     port_->SetInputLen(0);
     bytes += port_->Input();
     const auto over = watch.Over();

@@ -332,7 +332,7 @@ bool CheckStatusNCS(clsTeskReader& reader) {
     const std::string behind = line.Tail("s1", answer.Text());
     // The end of a text that silence was taken for the end of.
     const bool endOfText = kept->textEnd == TextEnd::Silence && IsLineEnd(answer.Text().substr(0, 1));
-    if (!IsLineEnd(before) || endOfText || !IsTailOfStatus(behind, usual)) {
+    if (!IsLineEnd(before) || endOfText || !IsTailOfStatus(behind, usual) || line.Surplus()) {
       Distrust(line, *kept);
       return Show(WrongLength{1, static_cast<std::int32_t>(before.size() + behind.size()), 0}), false;
     }

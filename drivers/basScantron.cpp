@@ -302,7 +302,7 @@ Status AskStatus(SerialExchange& line, Asked asked) {
   // The records of a scanner are all of one length: a byte more is of something else, whatever it is.
   const std::size_t usual = line.Session().TailLengths("QSTS").longest;
   const std::string tail = line.Tail("QSTS", record.Text());
-  return {record.Text(), clean && IsLineEnd(tail) && tail.size() <= usual};
+  return {record.Text(), clean && IsLineEnd(tail) && tail.size() <= usual && !line.Surplus()};
 }
 
 std::int32_t DecodeStatus(const std::string& record) {

@@ -495,16 +495,28 @@ TEST(OpScanRead, TextComesOutWholeOrNotAtAllHoweverItIsCut) {
 
 TEST(OpScanRead, BytesOfNoSheetRefuseItAndDelayNoOther) {
   const std::string sheet = "a" + std::string(48, '1') + "a" + std::string(48, '2') + "\r\n";
-  for (const std::string& spoilt : {"c" + sheet, sheet.substr(0, 60) + "\r" + sheet.substr(61)}) {
-    ScriptedBench b({{kDc1, sheet}, {"s1", kFine}, {kDc1, spoilt}, {kDc1, sheet}, {"s1", kFine}});
+  const struct {
+    const char* what;
+    std::vector<Turn> spoilt;
+  } kCases[] = {
+      {"one that begins a text", {{kDc1, "c" + sheet}}},
+      {"the rest of a record that a damaged byte ended",
+       {{kDc1, sheet.substr(0, 60) + "\r" + sheet.substr(61)}}},
+      {"one more of the status's first byte", {{kDc1, sheet}, {"s1", kFine + kFine.substr(0, 1)}}},
+  };
+  for (const auto& c : kCases) {
+    std::vector<Turn> script{{kDc1, sheet}, {"s1", kFine}};
+    script.insert(script.end(), c.spoilt.begin(), c.spoilt.end());
+    script.insert(script.end(), {{kDc1, sheet}, {"s1", kFine}});
+    ScriptedBench b(script);
     EXPECT_TRUE(b.bench.reader->ReadPage());
-    EXPECT_FALSE(b.bench.reader->ReadPage()) << spoilt;
-    EXPECT_THAT(b.bench.host.messages, SizeIs(1)) << spoilt;
+    EXPECT_FALSE(b.bench.reader->ReadPage()) << c.what;
+    EXPECT_THAT(b.bench.host.messages, SizeIs(1)) << c.what;
     b.bench.reader->SetCancelScan(false);
     const auto before = b.bench.time->Elapsed();
-    EXPECT_TRUE(b.bench.reader->ReadPage());
+    EXPECT_TRUE(b.bench.reader->ReadPage()) << c.what;
     // The silences that tell what stands behind an answer are paid anew.
-    EXPECT_LE(b.bench.time->Elapsed() - before, 3 * 600ms) << spoilt;
+    EXPECT_LE(b.bench.time->Elapsed() - before, 3 * 600ms) << c.what;
   }
 }
 

@@ -528,6 +528,17 @@ TEST(ScanMark, LineEndBehindAnAcknowledgementMayComeLate) {
   }
 }
 
+TEST(ScanMark, RejectAcknowledgedLaterThanAShortTimeOutIsNoFault) {
+  const auto scanner = std::make_shared<Saying>([](const std::string& command, int) -> Saying::Pieces {
+    return {{"\r", command == "EJCT" ? 1200 : 0}};
+  });
+  Bench bench(teskReaderTypeScantronScanMark4000, scanner);
+  bench.reader->SetTimeOut(1);
+  ASSERT_TRUE(bench.reader->StartReader());
+  EXPECT_TRUE(basScantron::RejectPageST(*bench.reader, true));
+  EXPECT_THAT(bench.host.errors, IsEmpty());
+}
+
 TEST(ScanMark, CancelInTheMiddleOfASlowSheetStillResetsTheScannerInSilence) {
   ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({}, 1, false));
   b.scanner->PaceAt(480);

@@ -228,7 +228,9 @@ std::string AskStatus(clsTeskReader& reader) {
   HeadStatus status(known ? kept->heads : kMostHeads, known);
   const std::string codes = SendCommandSS(reader, kStatus, true, status);
   if (known && status.Missing() > 0) kept->outOfStep = true;
-  kept->heads = status.Text().size();
+  // A head that finds fault may be the only one to speak, which says nothing of how many speak else.
+  const bool shows = status.Text().size() == kMostHeads || status.Text().starts_with('0');
+  if (!known && shows) kept->heads = status.Text().size();
   return codes;
 }
 

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/ScriptedScanner.h"
 #include "tests/support/SekonicBench.h"
 
 namespace tesk::test {
@@ -285,6 +286,27 @@ TEST_P(SekonicPieces, AreNoMarksNoCountsAndNoGoodStatus) {
 
 INSTANTIATE_TEST_SUITE_P(Answers, SekonicPieces, ::testing::ValuesIn(kPieces),
                          [](const auto& info) { return std::string(info.param.name); });
+
+TEST(SekonicSerial, AFaultThatOneHeadTellsDoesNotShowHowManySpeakOfAGoodSheet) {
+  for (const char* fault : {"6", "06"}) {
+    auto scanner = std::make_shared<ScriptedScanner>(std::vector<Turn>{{"\030\r", "\x06\r"},
+                                                                       {"\005OM\r", "0\r"},
+                                                                       {"\020DL1\r", ""},
+                                                                       {"?\r", fault},
+                                                                       {"?\r", "00"},
+                                                                       {"\005T\r", "004\r"},
+                                                                       {"\020ED001004\r", "05 \r \r \r \r"}});
+    Bench bench(kSr607, scanner);
+    bench.reader->SetDuplexForm(false);
+    bench.reader->SetSide1Rows(From1({4}));
+    ASSERT_TRUE(bench.reader->StartReader());
+    EXPECT_FALSE(bench.reader->ReadPage());
+    EXPECT_EQ(bench.host.messages, Messages{kNotFed});
+    bench.reader->SetCancelScan(false);
+    EXPECT_TRUE(bench.reader->ReadPage()) << fault;
+    EXPECT_TRUE(scanner->Done());
+  }
+}
 
 TEST(SekonicSerial, BarcodeInPiecesIsOneTextAndMissingOnesCostASilence) {
   const struct {

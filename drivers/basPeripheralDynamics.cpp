@@ -205,7 +205,7 @@ std::optional<std::int32_t> AskThreshold(SerialExchange& line, Milliseconds paus
   line.Pause(pause * 5);
   const ShortTimeOut timeOut(line.Timer(), kThresholdTimeOut);
   Bytes answer(kThresholdLength);
-  if (line.Take(answer) == Wait::Cancelled) return std::nullopt;
+  if (line.Take(answer, kEachPiece) == Wait::Cancelled) return std::nullopt;
   if (answer.Text().empty()) return Show(kThresholdSilence), std::nullopt;
   const auto threshold = ThresholdOf(answer.Text());
   // More than two digits: these need not be its own.

@@ -246,6 +246,15 @@ TEST(VmrStart, FailsWithItsMessageWhereTheThresholdIsMissingOrNonsense) {
   }
 }
 
+TEST(VmrStart, ThresholdIsOneHoweverItIsCut) {
+  auto scanner = std::make_shared<ScriptedScanner>(
+      std::vector<Turn>{{"0", ""}, {"Q", Status(0)}, {"+", "F", 900ms}, {"", "0", 900ms}});
+  Bench bench(teskReaderTypePDIVMR138, scanner);
+  bench.reader->SetRecognitionThreshold(240);
+  EXPECT_TRUE(bench.reader->StartReader());
+  EXPECT_THAT(bench.host.messages, IsEmpty());
+}
+
 TEST(VmrStart, SimulatedFaultsGiveTheirMessages) {
   const std::pair<FaultKind, Messages> kCases[] = {{FaultKind::ShortStatus, kStatusSilence},
                                                    {FaultKind::Jam, kJam},

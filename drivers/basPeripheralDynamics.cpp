@@ -235,12 +235,26 @@ bool Refuse(const clsTeskReader& reader, SerialExchange& line) {
   return false;
 }
 
+// No scanner or adaptor pauses so long within a record.
+constexpr Milliseconds kLongSilence{1000};
+
+// Whether more comes behind what may be the end. Where that may be marks, a cancel cuts the wait no shorter:
+// half a sheet would pass for one that has arrived.
+bool GoesOn(SerialExchange& line, const VmrRecord& record) {
+  if (!record.EndMayBeData()) return line.Follows();
+  const bool before = line.Session().outOfStep;
+  const ShortTimeOut timeOut(line.Timer(), static_cast<std::int32_t>(kLongSilence.count()));
+  const bool more = line.Await({Limits::Time::Answer, kLongSilence}) == Wait::Arrived;
+  line.Session().outOfStep = before;
+  return more;
+}
+
 // A host that cancels keeps a sheet that has arrived; one that still comes it gives up.
 Wait TakeToItsEnd(SerialExchange& line, VmrRecord& record) {
   Wait wait = line.Take(record, kEachPiece);
   while (wait == Wait::Arrived && record.MayBeOver()) {
     const bool waits = line.Port().InBufferCount() > 0;
-    if (!waits && !line.Follows()) return wait;
+    if (!waits && !GoesOn(line, record)) return wait;
     if (!waits && line.Cancelled()) {
       line.Session().outOfStep = true;
       return Wait::Cancelled;

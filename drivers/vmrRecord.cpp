@@ -17,13 +17,14 @@ bool ShowsFlag(char byte) { return HasFlag(byte) && (static_cast<std::uint8_t>(b
 bool LooksLikeEnd(char byte) { return byte == kCarriageReturn || byte == kLineFeed; }
 
 // The length of the ending in bytes where `bytes` may be a whole record: full rows, and behind them a carriage
-// return, one and another byte, or a line feed and one. 0: they are none.
+// return, alone or in a pair of line ends. 0: they are none.
 std::size_t EndingOf(std::string_view bytes) {
   if (bytes.empty()) return 0;
   const char last = bytes.back();
   if (bytes.size() % 2 == 1) return last == kCarriageReturn ? 1 : 0;
   const char before = bytes[bytes.size() - 2];
-  return before == kCarriageReturn || (before == kLineFeed && last == kCarriageReturn) ? 2 : 0;
+  const bool pair = LooksLikeEnd(before) && LooksLikeEnd(last);
+  return pair && (before == kCarriageReturn || last == kCarriageReturn) ? 2 : 0;
 }
 
 }  // namespace
@@ -62,6 +63,10 @@ VmrRecord::Now VmrRecord::AtEnd() {
   return half ? Now::Begun : Now::Damaged;
 }
 
+bool VmrRecord::EndMayBeData() const {
+  return !known_.flags && (known_.rows == 0 || Data().size() / 2 != known_.rows);
+}
+
 bool VmrRecord::Damaged() const {
   const bool flags = known_.flags || std::ranges::any_of(Data(), ShowsFlag);
   return now_ == Now::Damaged || (flags && std::ranges::any_of(Data(), LooksLikeEnd));
@@ -74,6 +79,7 @@ std::string_view VmrRecord::Data() const {
 void VmrRecord::Teach(RecordHabits& known) const {
   if (bytes_.empty()) return;
   known.ending = EndingOf(bytes_);
+  known.rows = std::max(known.rows, Data().size() / 2);
   known.flags |= std::ranges::any_of(Data(), ShowsFlag);
   known.bare |= !std::ranges::all_of(Data(), HasFlag);
 }

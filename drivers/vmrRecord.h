@@ -16,6 +16,7 @@ namespace tesk::basPeripheralDynamics {
 // What the records of a scanner have shown since its start.
 struct RecordHabits {
   std::size_t ending = 0;  // bytes that end a record; 0: none has been read
+  std::size_t rows = 0;    // of the longest record; 0: none has been read
   bool flags = false;      // a byte with marks had bit 64 set as well ...
   bool bare = false;       // ... or a data byte came without it, and so a carriage return may be data
 };
@@ -33,6 +34,8 @@ class VmrRecord : public Shape {
   bool Damaged() const;
   // Silence has to tell whether that was all.
   bool MayBeOver() const { return now_ == Now::MayBeOver; }
+  // Nothing but long silence does: what looks like the end may be marks, and no record had as many rows.
+  bool EndMayBeData() const;
   // It was not.
   void GoOn() { now_ = Now::Begun; }
 

@@ -349,7 +349,12 @@ std::optional<SideArray> ReadWindowsOfSide(clsTeskReader& reader, SerialExchange
   if (!DataCame(TakeAnswer(line, items, kEachPiece))) return std::nullopt;
   // An item too many shifts all behind it, and looks like a last one: nothing else may follow.
   const std::string reply = items.Text() + line.UntilQuiet(Milliseconds(std::max(reader.SleepTime(), 0)));
-  if (line.Cancelled()) return std::nullopt;
+  if (line.Cancelled()) {
+    if (!items.EndsInCr() || (awaited && reply.empty())) return std::nullopt;
+    // A sheet that has arrived is kept, and the quiet that it needs gets its time.
+    line.Rest(1);
+    if (!InStep(reader, line)) return std::nullopt;
+  }
   if (hasItems && items.EndsInCr()) kept->windowsEndInCr = true;
   const Spread spread = AddToArraySS(reader, reply, side, number);
   if (spread == Spread::Complete) return side;

@@ -367,6 +367,31 @@ TEST(SekonicSerial, WindowReplyMayLackItsLastCrButNotWhatTheSheetBeforeHad) {
   }
 }
 
+TEST(SekonicSerial, ACancelKeepsWindowsThatHaveArrivedAndThePauseBehindThem) {
+  const Said said{{"\020R*", {{"15\r36\r", 200}}}, {"/\020R*", {{"12\r", 200}}}};
+  for (const bool twoSided : {false, true}) {
+    // When the read ended, where the host cancelled so long after the start; empty: no sheet came of it.
+    const auto run = [&](Milliseconds cancel) -> std::optional<Milliseconds> {
+      TalkerBench bench(said, twoSided);
+      bench.AddWindow(1, 2);
+      if (twoSided) bench.AddWindow(2, 1);
+      bench.reader->SetSleepTime(300);
+      bench.reader->StartReader();
+      bench.time->onMessages = [&](int) {
+        if (bench.time->Elapsed() >= cancel) bench.reader->SetCancelScan(true);
+      };
+      const bool read = bench.reader->ReadPage();
+      return read ? std::optional(bench.time->Elapsed()) : std::nullopt;
+    };
+    const auto whole = run(1h);
+    ASSERT_TRUE(whole);
+    for (Milliseconds early{10}; early < 280ms; early += 10ms) {
+      const auto ended = run(*whole - early);
+      EXPECT_TRUE(ended && *ended >= *whole) << early.count();
+    }
+  }
+}
+
 TEST(SekonicSerial, WindowsThatAreNotReadOrHaveNoItemsAreNoBlankSheet) {
   for (const auto& [page, rows] : {std::pair<std::int16_t, std::int16_t>{2, 2}, {1, 0}}) {
     TalkerBench bench({}, false);

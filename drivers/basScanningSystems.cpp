@@ -260,9 +260,11 @@ bool EndsCount(std::string_view tail, std::string_view count) {
   return IsLineEnd(tail) && (!count.ends_with('\r') || tail.find('\r') == std::string_view::npos);
 }
 
-// The count of one head, left as it is where the scanner did not say. False after a cancel, and for an answer
+using SetCount = void (clsTeskReader::*)(std::int16_t);
+
+// Tells the engine the count of one head, unless the scanner did not say. False after a cancel, and for an answer
 // that was cut off or is none: its rest would be taken for marks.
-bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<std::int16_t>& count) {
+bool AskTimingMarks(clsTeskReader& reader, std::string_view head, SetCount setCount) {
   SerialExchange line = Exchange(reader);
   if (!InStep(reader, line)) return false;
   // What comes late is not to be taken for the other head's count.
@@ -273,7 +275,7 @@ bool AskTimingMarks(clsTeskReader& reader, std::string_view head, std::optional<
   if (answer.Text().empty()) return true;
   if (reply.empty()) return LoseStep(reader), false;
   if (!answer.IsNumber() || !EndsCount(TailOf(line, kTimingMarks, reply), reply)) return Refuse(reader);
-  if (trusted) count = ToInt16(Val(reply));
+  if (trusted) (reader.*setCount)(ToInt16(Val(reply)));
   return !reader.CancelScan();
 }
 
@@ -429,18 +431,16 @@ std::optional<Sheet> ReadPageSS(clsTeskReader& reader) {
       for (const std::string_view command : kImprinterSetUp) TellWithPause(line, command);
     }
     if (!SheetFed(reader)) return std::nullopt;
-    std::optional<std::int16_t> marks1;
-    std::optional<std::int16_t> marks2;
-    if (!AskTimingMarks(reader, "", marks1)) return std::nullopt;
-    if (reader.TwoSided() && !AskTimingMarks(reader, kBackSide, marks2)) return std::nullopt;
+    if (!AskTimingMarks(reader, "", &clsTeskReader::SetSide1TimingMarks)) return std::nullopt;
+    if (reader.TwoSided() && !AskTimingMarks(reader, kBackSide, &clsTeskReader::SetSide2TimingMarks)) {
+      return std::nullopt;
+    }
     BarcodeArray texts(1);
     if (definitions >= 1) texts = ReadBarcodes(reader, line, definitions);
     if (texts.empty() || reader.CancelScan()) return std::nullopt;
     const bool byWindows = reader.RecognitionMode() == teskRecognitionTypeWindow;
     auto sheet = byWindows ? ReadWindowsSS(reader) : ReadEntirePageSS(reader);
     if (!sheet) return std::nullopt;
-    sheet->side1TimingMarks = marks1;
-    sheet->side2TimingMarks = marks2;
     sheet->texts = std::move(texts);
     return sheet;
   });

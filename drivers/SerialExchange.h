@@ -107,6 +107,7 @@ class SerialExchange {
   Milliseconds Moment() const;
 
   bool Cancelled() const { return reader_.CancelScan(); }
+  TimePoint Now() const { return reader_.Now(); }
   SerialControl& Port() const { return *port_; }
   OneShotTimer& Timer() const { return *timer_; }
   SerialSession& Session() const { return *session_; }

@@ -288,7 +288,7 @@ BarcodeArray ReadBarcodes(clsTeskReader& reader, SerialExchange& line, std::int3
   line.Rest(1);
   const std::int32_t waiting = line.Port().InBufferCount();
   Fields answer(std::min(static_cast<std::size_t>(definitions), kMostBarcodes));
-  if (!DataCame(TakeAnswer(line, answer))) return {};
+  if (!DataCame(TakeAnswer(line, answer, kEachPiece))) return {};
   // Behind an answer that was not there as a whole, more of it may be on its way.
   const bool inPieces = std::cmp_greater(answer.Text().size(), waiting);
   const std::string tail = answer.Missing() == 0 ? line.Tail("BA05") : std::string();

@@ -71,9 +71,16 @@ void WindowItems::Take(std::uint8_t byte) {
 bool WindowItems::MayEnd() const { return endsInCr_ ? record_.LastItemIsOver() : record_.LastItemHasCome(); }
 
 Wait TakeAnswer(SerialExchange& line, Answer& answer, const Limits& limits) {
+  const TimePoint start = line.Now();
+  const Milliseconds timeOut(line.Timer().Interval());
   while (answer.Missing() > 0) {
-    if (answer.MayEnd() && !line.Follows(kLongSilence)) {
-      return line.Cancelled() ? Wait::Cancelled : Wait::Arrived;
+    if (answer.MayEnd()) {
+      if (!line.Follows(kLongSilence)) return line.Cancelled() ? Wait::Cancelled : Wait::Arrived;
+      // A line that drips is never silent, and each step has a time-out of its own.
+      if (limits.time == Limits::Time::Answer && line.Now() - start >= timeOut) {
+        line.Session().outOfStep = true;
+        return Wait::TimedOut;
+      }
     }
     Step step(answer);
     if (const Wait wait = line.Take(step, limits); wait != Wait::Arrived) return wait;
@@ -84,7 +91,7 @@ Wait TakeAnswer(SerialExchange& line, Answer& answer, const Limits& limits) {
 std::string TailOf(SerialExchange& line, std::string_view kind, std::string_view answer) {
   // What ends a line has come already; anything more is seen in a moment.
   const bool isLine = answer.ends_with(kCarriageReturn);
-  return line.Tail(std::string(kind) + (isLine ? " line" : ""), {}, isLine ? Milliseconds(0) : kUnusualPause);
+  return line.Tail(std::string(kind) + (isLine ? " line" : ""), {}, isLine ? Milliseconds(0) : kLongSilence);
 }
 
 }  // namespace tesk::basScanningSystems

@@ -16,7 +16,7 @@
 namespace tesk::basScanningSystems {
 
 // Silence that no scanner keeps within an answer: the end of one whose own end may be missing.
-inline constexpr Milliseconds kLongSilence{600};
+inline constexpr Milliseconds kLongSilence{1000};
 
 // An answer as text.
 class Answer : public Shape {

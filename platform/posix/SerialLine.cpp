@@ -76,9 +76,10 @@ Descriptor OpenDevice(const std::string& device) {
 
 class PosixSerialLine : public SerialLine {
  public:
-  PosixSerialLine(const std::string& device, Milliseconds patience)
+  PosixSerialLine(const std::string& device, Milliseconds patience, CounterSource counters)
       : device_(device),
         patience_(patience),
+        counters_(std::move(counters)),
         descriptor_(OpenDevice(device)),
         claim_(descriptor_.Get(), device),
         mode_(descriptor_.Get(), device) {}
@@ -88,7 +89,7 @@ class PosixSerialLine : public SerialLine {
   void Start(const LineSettings& settings) {
     mode_.Set(settings);
     ::ioctl(descriptor_.Get(), TCFLSH, TCIFLUSH);
-    counted_.Start(CountersOf(descriptor_.Get()));
+    counted_.Start(counters_(descriptor_.Get()));
   }
 
   std::string Read() override;
@@ -118,6 +119,7 @@ class PosixSerialLine : public SerialLine {
 
   std::string device_;
   Milliseconds patience_;
+  CounterSource counters_;
   // In the order of opening: the modes are put back first, then others are let in, then the device closes.
   ParityMarks marks_;
   CounterWatch counted_;
@@ -143,6 +145,8 @@ std::string PosixSerialLine::Read() {
     if (count == 0) throw Gone(kErrorLineRead, device_, "End of file");
     if (errno != EAGAIN) throw Gone(kErrorLineRead, device_, SystemReason(errno));
     CheckAlive();
+    // The last bytes of an answer may be the lost ones, and silence would pass for its end.
+    CheckDamage();
     break;
   }
   return bytes;
@@ -150,7 +154,7 @@ std::string PosixSerialLine::Read() {
 
 // A lost byte leaves no mark, only a count; the counts tell the kind of a marked one as well.
 void PosixSerialLine::CheckDamage() {
-  const auto counted = counted_.Look(CountersOf(descriptor_.Get()));
+  const auto counted = counted_.Look(counters_(descriptor_.Get()));
   const bool marked = marks_.TakeDamage();
   if (counted || marked) throw Damaged(device_, counted.value_or(LineDamage::Marked));
 }
@@ -226,14 +230,14 @@ DevicePaths DefaultDevicePaths(std::string explicitPort) {
   };
 }
 
-PosixSerialSystem::PosixSerialSystem(DevicePaths paths, Milliseconds patience)
-    : paths_(std::move(paths)), patience_(patience) {}
+PosixSerialSystem::PosixSerialSystem(DevicePaths paths, Milliseconds patience, CounterSource counters)
+    : paths_(std::move(paths)), patience_(patience), counters_(std::move(counters)) {}
 
 std::unique_ptr<SerialLine> PosixSerialSystem::Open(std::int16_t port, const LineSettings& settings) {
   if (port < 1 || port > 16) {
     throw RunTimeError(kErrorPort, "Invalid port number", {}, "Ports are numbered 1 to 16.");
   }
-  auto line = std::make_unique<PosixSerialLine>(paths_(port), patience_);
+  auto line = std::make_unique<PosixSerialLine>(paths_(port), patience_, counters_);
   line->Start(settings);
   return line;
 }

@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "platform/posix/LineCounters.h"
 #include "transport/HostLoop.h"
 #include "transport/SerialLine.h"
 
@@ -19,15 +21,20 @@ using DevicePaths = std::function<std::string(std::int16_t port)>;
 // `explicitPort`, where not empty, is Port 1 whatever else is said.
 DevicePaths DefaultDevicePaths(std::string explicitPort);
 
+// What a device's driver has counted of damaged and lost bytes; empty where it counts nothing.
+using CounterSource = std::function<std::optional<LineCounters>(int descriptor)>;
+
 class PosixSerialSystem : public SerialSystem {
  public:
   // patience: how long a write waits without progress.
-  explicit PosixSerialSystem(DevicePaths paths, Milliseconds patience = std::chrono::seconds(5));
+  explicit PosixSerialSystem(DevicePaths paths, Milliseconds patience = std::chrono::seconds(5),
+                             CounterSource counters = CountersOf);
   std::unique_ptr<SerialLine> Open(std::int16_t port, const LineSettings& settings) override;
 
  private:
   DevicePaths paths_;
   Milliseconds patience_;
+  CounterSource counters_;
 };
 
 }  // namespace tesk::platform

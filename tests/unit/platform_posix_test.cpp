@@ -536,6 +536,21 @@ TEST(CounterWatch, TellsWhatWasCountedSinceTheLastLookAndNothingOfBefore) {
   EXPECT_EQ(watch.Look(now), std::nullopt);
 }
 
+TEST(PosixSerialLine, LostBytesFailTheReadWhetherOrNotOthersCameBehindThem) {
+  for (const bool others : {true, false}) {
+    LineCounters counted{};
+    const auto terminal = CreatePseudoTerminal();
+    const auto line = PosixSerialSystem([&](std::int16_t) { return terminal->DevicePath(); },
+                                        Milliseconds(1000), [&](int) { return std::optional(counted); })
+                          .Open(1, {});
+    EXPECT_EQ(line->Read(), "");
+    counted.back() += 1;
+    if (others) terminal->Write("7");
+    EXPECT_EQ(NumberOf([&] { ReadWithin(*line, 1); }), kErrorLineRead) << others;
+    EXPECT_EQ(line->Read(), "");
+  }
+}
+
 TEST(LineDamage, IsAnErrorOfTheLineThatSaysWhatHappened) {
   const std::pair<LineDamage, const char*> cases[] = {{LineDamage::Marked, "parity and stop bits"},
                                                       {LineDamage::Parity, "parity check failed"},

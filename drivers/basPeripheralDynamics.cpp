@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -226,6 +227,13 @@ bool Step(clsTeskReader& reader, SerialExchange& line, std::int32_t steps, Milli
   return true;
 }
 
+// Takes the answers to the steps, two characters each. A slow line may need longer for them than the time-out.
+void DiscardAnswers(SerialExchange& line, std::int32_t steps) {
+  const std::int64_t most = std::int64_t{kThresholdLength} * std::abs(std::int64_t{steps});
+  for (std::int64_t turn = 0; turn < most && line.Follows(); ++turn) line.Clear();
+  line.UntilQuiet();
+}
+
 // ---- Reading a sheet
 
 // What came is no sheet, and nobody knows what comes next.
@@ -351,8 +359,10 @@ bool SetRecThresholdPD(clsTeskReader& reader, std::int32_t pause) {
     const Milliseconds step(std::max(pause, 0));
     line.Pause(step * 5);
     const auto current = AskThreshold(line, step);
-    if (!current || !Step(reader, line, reader.RecognitionThreshold() - *current, step)) return false;
-    line.UntilQuiet();
+    if (!current) return false;
+    const std::int32_t steps = reader.RecognitionThreshold() - *current;
+    if (!Step(reader, line, steps, step)) return false;
+    DiscardAnswers(line, steps);
     return true;
   });
 }

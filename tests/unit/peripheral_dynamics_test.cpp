@@ -443,15 +443,20 @@ TEST(VmrRead, NothingButThePrescribedPausesCostsTimeOnceTheEndingIsKnown) {
   }
 }
 
-TEST(VmrRead, SlowLineIsWaitedForBeforeTheRowsAreCounted) {
-  VmrBench b;
-  b.scanner->PaceAt(120);  // far slower than the pause after the line feed
-  b.reader().SetBaudRate(teskReaderBaudRate1200);
-  b.reader().SetSleepTime(1);
-  ASSERT_TRUE(b.reader().StartReader());
-  ASSERT_TRUE(b.reader().ReadPage());
-  EXPECT_EQ(b.reader().Side1Array(), AsRead(Paper(1)[0].side1));
-  EXPECT_EQ(b.reader().Side1TimingMarks(), 50);
+TEST(VmrRead, SlowLineIsWaitedForAtTheStartAndBeforeTheRowsAreCounted) {
+  for (const auto baud : {teskReaderBaudRate110, teskReaderBaudRate1200}) {
+    VmrBench b;
+    // Far slower than the pauses, and the answers to the steps of the threshold than the time-out.
+    b.scanner->PaceAt(static_cast<std::int32_t>(baud) / 11);
+    b.reader().SetBaudRate(baud);
+    b.reader().SetSleepTime(1);
+    b.reader().SetTimeOut(1);
+    b.reader().SetRecognitionThreshold(255);
+    ASSERT_TRUE(b.reader().StartReader()) << baud;
+    ASSERT_TRUE(b.reader().ReadPage()) << baud;
+    EXPECT_EQ(b.reader().Side1Array(), AsRead(Paper(1)[0].side1, 256));
+    EXPECT_EQ(b.reader().Side1TimingMarks(), 50);
+  }
 }
 
 TEST(VmrRead, MarkOutsideTheArrayIsALossOfDataWithTheCurrentPause) {

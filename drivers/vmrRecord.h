@@ -34,7 +34,8 @@ class VmrRecord : public Shape {
   bool Damaged() const;
   // Silence has to tell whether that was all.
   bool MayBeOver() const { return now_ == Now::MayBeOver; }
-  // Nothing but long silence does: what looks like the end may be marks, and no record had as many rows.
+  // Nothing but long silence does: what looks like the end may be marks, and stands elsewhere than in the
+  // longest record so far.
   bool EndMayBeData() const;
   // It was not.
   void GoOn() { now_ = Now::Begun; }

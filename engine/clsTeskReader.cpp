@@ -71,7 +71,11 @@ class clsTeskReader::PageRead {
         outer_(std::exchange(reader.reading_, this)) {}
   PageRead(const PageRead&) = delete;
   PageRead& operator=(const PageRead&) = delete;
-  ~PageRead() { reader_.reading_ = outer_; }
+  ~PageRead() {
+    reader_.reading_ = outer_;
+    // Without a sheet of its own it leaves the outer one current, with its counts.
+    if (!page_) reader_.ResumeSheet();
+  }
 
   bool Run(const std::function<void()>& beforeAfterSheet);
   void Resume() const;

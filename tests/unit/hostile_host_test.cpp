@@ -150,8 +150,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(Nested, ReadThatFailsLeavesTheOuterSheetAndItsImprintAlone) {
   dispatch->sheets = 1;
   ASSERT_TRUE(reader->StartReader());
+  dispatch->onRead = [](clsTeskReader& r) { r.SetSide1TimingMarks(-1); };
   diary.once["Preprocess 1"] = [&] {
     EXPECT_FALSE(reader->ReadPage(false));
+    EXPECT_EQ(reader->Side1TimingMarks(), 1) << "the marks are the outer sheet's, and so is their count";
     reader->RejectPage();
   };
   diary.once["After 1"] = [&] { reader->EjectPage(); };

@@ -115,6 +115,8 @@ std::string Shown(const std::string& text) {
 bool AssignOrReport(const Setting& setting, clsTeskReader& reader, const std::string& text) {
   const auto error = Attempt([&] { setting.assign(reader, text); });
   if (!error) return true;
+  // Not the text's fault: the object that takes the value is gone.
+  if (error->Number() == kErrorObjectNotSet) throw *error;
   std::string message =
       LoadString("The saved setting %1 cannot be used: it takes %2, but its text is \"%3\".");
   message = Replace(Replace(message, "%1", setting.name), "%2", LoadString(setting.takes));

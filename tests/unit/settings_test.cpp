@@ -172,6 +172,13 @@ TEST_F(SettingsTest, LongTextThatDoesNotConvertIsShownInPart) {
   EXPECT_THAT(host.errors.at(0).message, ::testing::EndsWith("text is \"" + std::string(59, 'x') + "...\"."));
 }
 
+TEST_F(SettingsTest, TextThatConvertsIsNotBlamedForAnImprinterThatIsGone) {
+  reader->SetPrinter(nullptr);
+  EXPECT_FALSE(Load(*reader));
+  EXPECT_EQ(host.errors.back().source, "Quillon Reader - clsTeskReader.LoadSettings");
+  EXPECT_EQ(host.errors.back().message, "Object variable not set");
+}
+
 TEST_F(SettingsTest, FailingStoreIsReportedUnderTheValuesOwnSource) {
   store->fails = true;
   EXPECT_FALSE(reader->SaveSettings(teskReaderRegistryKeyCurrentUser, "Lab"));

@@ -1,39 +1,10 @@
 // Reading and writing a host's variable while a batch runs.
 #include "automation/BatchCount.h"
 
-#include <utility>
-
 #include "automation/Values.h"
 #include "base/HostServices.h"
-#include "base/conversions.h"
 
 namespace tesk::automation {
-namespace {
-
-// What a chain of references to variants ends in: a script's variable, or a reference to a typed one.
-VARIANT& End(VARIANT& argument) {
-  VARIANT* at = &argument;
-  while (at->vt == (VT_BYREF | VT_VARIANT) && at->pvarVal != nullptr) at = at->pvarVal;
-  return *at;
-}
-
-void Write(VARIANT& variable, std::int32_t count) {
-  switch (variable.vt) {
-    case VT_BYREF | VT_I2:
-      *variable.piVal = Narrow<SHORT>(count);
-      break;
-    case VT_BYREF | VT_I4:
-    case VT_BYREF | VT_INT:
-      *variable.plVal = count;
-      break;
-    default:
-      if ((variable.vt & VT_BYREF) != 0) break;
-      Variant fresh(count);
-      std::swap<VARIANT>(variable, fresh);
-  }
-}
-
-}  // namespace
 
 VARIANT* ArgumentAt(DISPPARAMS* given, DISPID place) {
   if (given == nullptr || given->cNamedArgs > given->cArgs) return nullptr;
@@ -54,11 +25,25 @@ BatchCount::~BatchCount() {
   Attempt([this] { *count_ = Count(); });
 }
 
-std::int32_t BatchCount::Count() { return argument_ != nullptr ? Int32Of(End(*argument_)) : *count_; }
+std::int32_t BatchCount::Count() {
+  if (argument_ == nullptr) return *count_;
+  const std::int32_t now = Int32Of(*argument_);
+  if (now != seen_) *count_ = now;
+  seen_ = now;
+  return *count_;
+}
 
 void BatchCount::SetCount(std::int32_t count) {
   *count_ = count;
-  if (argument_ != nullptr) Write(End(*argument_), count);
+  if (argument_ == nullptr) return;
+  const auto error = Attempt([&] {
+    Store(*argument_, Variant(count));
+    seen_ = Int32Of(*argument_);
+  });
+  if (!error) return;
+  // Left in the copy alone, which the late-bound call then cannot hand back either.
+  argument_ = nullptr;
+  throw *error;
 }
 
 }  // namespace tesk::automation

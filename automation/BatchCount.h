@@ -1,6 +1,8 @@
 // The count of a batch's sheets in the variable that a host gave to ReadBatch, early or late bound.
 #pragma once
 
+#include <optional>
+
 #include "automation/Com.h"
 #include "engine/Seams.h"
 
@@ -23,6 +25,8 @@ class BatchCount : public SheetCounter {
   LONG own_ = 0;
   LONG* count_;
   VARIANT* argument_;  // null: the count stands in count_ alone
+  // What the host's variable made of the count: unlike it where that is a Boolean. Another value is the host's.
+  std::optional<std::int32_t> seen_;
 };
 
 }  // namespace tesk::automation

@@ -100,11 +100,17 @@ TEST_F(LateCall, ResultsReachVariablesOfEveryTypeThatHoldsThem) {
   const auto expect = [this]<class T>(Variable<T> row) {
     T variable = row.before;
     VARIANT counter = ReferenceTo(row.type, &variable);
+    int sheets = 0;
+    sink->handlers["AfterSheet"] = [&](const HostDispatch::Arguments&) {
+      ++sheets;
+      EXPECT_EQ(row.after, variable) << row.type << " while the batch runs";
+    };
     EXPECT_EQ(S_OK, ReadFifthSheet(counter)) << row.type;
     EXPECT_EQ(row.after, variable) << row.type;
     variable = row.before;
     EXPECT_EQ(S_OK, ReadFifthSheet(ReferenceTo(VT_VARIANT, &counter))) << row.type;
     EXPECT_EQ(row.after, variable) << row.type << " behind a variant";
+    EXPECT_EQ(2, sheets) << row.type << " counts to the limit";
   };
   expect(Variable<BYTE>{VT_UI1, 4, 5});
   expect(Variable<SHORT>{VT_I2, 4, 5});
@@ -118,6 +124,7 @@ TEST_F(LateCall, ResultsReachVariablesOfEveryTypeThatHoldsThem) {
   expect(Variable<LONGLONG>{VT_CY, 40000, 50000});
   expect(Variable<LONGLONG>{VT_I8, 4, 5});
   expect(Variable<VARIANT_BOOL>{VT_BOOL, 4, VARIANT_TRUE});
+  sink->handlers.erase("AfterSheet");
   Variant text(std::string("4"));
   EXPECT_EQ(S_OK, ReadFifthSheet(ReferenceTo(VT_BSTR, &text.bstrVal)));
   EXPECT_EQ("5", automation::TextOf(text.bstrVal));

@@ -18,6 +18,8 @@ constexpr std::size_t kMostAnswers = 64;     // to one command, whose tails are 
 
 // Bytes gather for so long before the next look at a line that trickles.
 constexpr Milliseconds kGathering{5};
+// The host's messages need not run oftener than this.
+constexpr Milliseconds kMessagesWait{15};
 
 }  // namespace
 
@@ -121,7 +123,9 @@ void SerialExchange::Turn(std::size_t missing, std::int32_t taken) {
   const auto last = CharactersIn(kGathering + reader_.Loop().Tick()) + 1;
   if (trickles && static_cast<std::int64_t>(missing) > last) {
     reader_.Loop().Sleep(kGathering);
+    if (now - messagesRanAt_ < kMessagesWait) return;
   }
+  messagesRanAt_ = now;
   reader_.Loop().DoEvents(port_->Arrival());
 }
 

@@ -128,6 +128,7 @@ class SerialExchange {
   std::shared_ptr<OneShotTimer> timer_;
   std::shared_ptr<SerialSession> session_;
   TimePoint lookedAt_{};
+  TimePoint messagesRanAt_{};
 };
 
 // True for a text that is empty or consists of line ends: what may stand behind an answer.

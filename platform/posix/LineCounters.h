@@ -23,6 +23,7 @@ class CounterWatch {
  public:
   // What was counted by now belongs to no conversation.
   void Start(const std::optional<LineCounters>& now) { last_ = now; }
+  bool Counts() const { return last_.has_value(); }
   // What has happened since the last look; empty: nothing, or nothing is counted.
   std::optional<LineDamage> Look(const std::optional<LineCounters>& now) {
     const auto before = std::exchange(last_, now);

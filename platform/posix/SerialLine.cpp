@@ -154,7 +154,8 @@ std::string PosixSerialLine::Read() {
 
 // A lost byte leaves no mark, only a count; the counts tell the kind of a marked one as well.
 void PosixSerialLine::CheckDamage() {
-  const auto counted = counted_.Look(counters_(descriptor_.Get()));
+  // A device that has no counters at first never gets any.
+  const auto counted = counted_.Counts() ? counted_.Look(counters_(descriptor_.Get())) : std::nullopt;
   const bool marked = marks_.TakeDamage();
   if (counted || marked) throw Damaged(device_, counted.value_or(LineDamage::Marked));
 }

@@ -21,17 +21,20 @@ class FakeDispatch : public ReaderDispatch {
   bool ReaderRead(clsTeskReader& reader) override {
     const bool result = sheets != 0;
     if (sheets > 0) --sheets;
+    if (inEveryCall) inEveryCall();
     if (onRead) onRead(reader);
     if (result) reader.StoreSheet(Numbered(++fed));
     return Answer("Read", reader, result);
   }
   bool ReaderPrint(clsTeskReader&, bool skip, bool& disposed) override {
+    if (inEveryCall) inEveryCall();
     calls.emplace_back(skip ? "Print(skip)" : "Print");
     if (printDisposes) disposed = skip;
     return print;
   }
   void ReaderReject(clsTeskReader&) override { calls.emplace_back("Reject"); }
   void ReaderEject(clsTeskReader&, bool& disposed) override {
+    if (inEveryCall) inEveryCall();
     calls.emplace_back("Eject");
     if (ejectFails) disposed = false;
   }
@@ -51,29 +54,47 @@ class FakeDispatch : public ReaderDispatch {
   bool printDisposes = false;
   bool ejectFails = false;
   std::function<void(clsTeskReader&)> onRead;
+  std::function<void()> inEveryCall;
 
  private:
   bool Answer(const char* call, clsTeskReader& reader, bool result) {
+    if (inEveryCall && result) inEveryCall();
     calls.emplace_back(call);
     if (!result) reader.SetCancelScan(true);
     return result;
   }
 };
 
-// An engine without hardware and a host that records.
+// An engine without hardware and a host that records. Beside it another engine, of another family, reads a
+// sheet of its own in every call of the first one's driver.
 class EngineTest : public ::testing::Test {
  protected:
-  EngineTest() { reader->AddEvents(events); }
+  EngineTest() {
+    reader->AddEvents(events);
+    neighbour->SetReaderType(teskReaderTypeSekonicSR430);
+    neighbour->SetCancelScan(false);
+    dispatch->inEveryCall = [this] { NeighbourReads(); };
+  }
   ~EngineTest() override {
     if (reader) reader->RemoveEvents(events);
+    dispatch->inEveryCall = nullptr;
   }
 
   // Its communications form has nothing connected to it.
-  std::shared_ptr<clsTeskReader> NewReader() const {
+  std::shared_ptr<clsTeskReader> NewReader() const { return NewReader(dispatch); }
+  static std::shared_ptr<clsTeskReader> NewReader(std::shared_ptr<ReaderDispatch> dispatch) {
     auto time = std::make_shared<VirtualTime>();
     auto form = CreateReader(ReaderParts{.serial = nullptr, .loop = time, .clock = time})->fComm();
     return std::make_shared<clsTeskReader>(
-        EngineSeams{.comm = form, .loop = time, .clock = time, .dispatch = dispatch});
+        EngineSeams{.comm = form, .loop = time, .clock = time, .dispatch = std::move(dispatch)});
+  }
+
+  void NeighbourReads() {
+    const int sheet = neighbourDispatch->fed + 1;
+    EXPECT_TRUE(neighbour->ReadPage());
+    EXPECT_EQ(neighbour->Side1Array().At(1, 1), sheet);
+    EXPECT_EQ(neighbour->Side1TimingMarks(), sheet);
+    EXPECT_EQ(neighbour->ReaderType(), teskReaderTypeSekonicSR430);
   }
 
   void ActivatePrinter() {
@@ -86,6 +107,8 @@ class EngineTest : public ::testing::Test {
   RecordingEvents events;
   std::shared_ptr<FakeDispatch> dispatch = std::make_shared<FakeDispatch>();
   std::shared_ptr<clsTeskReader> reader = NewReader();
+  std::shared_ptr<FakeDispatch> neighbourDispatch = std::make_shared<FakeDispatch>();
+  std::shared_ptr<clsTeskReader> neighbour = NewReader(neighbourDispatch);
 };
 
 }  // namespace tesk::test

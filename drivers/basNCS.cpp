@@ -184,10 +184,12 @@ class MarksOfRecord : public Shape {
   std::size_t lines_;
 };
 
-// Whether the text section goes on. How long silence must last to be its end: the pause that hosts set, and far
-// longer where this scanner is not known to end its records so. One that ends them with a line end will do so.
+// Whether the text section goes on. How long silence must last to be its end: the pause that hosts set, far longer
+// where this scanner is not known to end its records so, and the time-out where it is known to end them otherwise.
 bool TextGoesOn(const clsTeskReader& reader, SerialExchange& line, const Kept& kept) {
-  if (kept.textEnd == TextEnd::LineEnd) return true;
+  if (kept.textEnd == TextEnd::LineEnd) {
+    return line.Await({Limits::Time::Answer, kUnusualPause}) == Wait::Arrived;
+  }
   const Milliseconds pause(std::max(reader.SleepTime(), 0));
   return line.Follows(kept.textEnd == TextEnd::Silence ? pause : std::max(pause, kUnusualPause),
                       SerialExchange::Shortened::Never);
@@ -204,8 +206,11 @@ bool TakeRecord(const clsTeskReader& reader, SerialExchange& line, Kept& kept, O
       if (!Answered(line, next, kDataSilence, kEachPiece)) return false;
       record.Take(static_cast<std::uint8_t>(next.Text()[0]));
     } else {
+      // Where records end with a line end, one that breaks off within a text has lost its end.
+      const bool whole = kept.textEnd != TextEnd::LineEnd || record.BetweenTexts();
+      if (!whole && !line.Cancelled()) Show(kDataSilence);
       kept.textEnd = TextEnd::Silence;
-      return true;
+      return whole;
     }
   }
   if (record.HasText()) kept.textEnd = TextEnd::LineEnd;

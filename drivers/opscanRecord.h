@@ -38,6 +38,9 @@ class OpScanRecord {
   // In the text section and not within a run: the only place where silence is an end.
   bool MayEndInSilence() const { return state_ == State::Text && run_ == Run::None; }
 
+  // In the text section, with no text begun.
+  bool BetweenTexts() const { return MayEndInSilence() && sheet_.texts.back().empty(); }
+
   // Lines of both sides so far.
   std::size_t Lines() const;
   bool HasText() const { return hasText_; }

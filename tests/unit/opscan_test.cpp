@@ -457,9 +457,9 @@ TEST(OpScanRead, TextComesOutWholeOrNotAtAllHoweverItIsCut) {
        {{kDc1, line + "cAB1"}, {"", "2d", 900ms}, {"", "\r", 5s}},
        5,
        true},
-      {"no end where records end with a line end",
+      {"a text that breaks off where records end with a line end",
        {{kDc1, line + "cAB12d\r"}},
-       {{kDc1, line + "cAB12d"}},
+       {{kDc1, line + "cAB12"}},
        5,
        false},
       {"the rest in front of a short status",
@@ -491,6 +491,14 @@ TEST(OpScanRead, TextComesOutWholeOrNotAtAllHoweverItIsCut) {
       EXPECT_THAT(b.bench.reader->BarcodeTexts(), ElementsAre("12")) << c.what;
     }
   }
+}
+
+TEST(OpScanRead, TextsThatSilenceEndsAreASheetAlsoWhereALineEndCameBefore) {
+  const std::string line = "a" + std::string(48, '1');
+  ScriptedBench b({{kDc1, line + "cAB12d\r"}, {"s1", kFine}, {kDc1, line + "cAB34d"}, {"s1", kFine}});
+  EXPECT_TRUE(b.bench.reader->ReadPage() && b.bench.reader->ReadPage());
+  EXPECT_THAT(b.bench.reader->BarcodeTexts(), ElementsAre("34", ""));
+  EXPECT_THAT(b.bench.host.messages, IsEmpty());
 }
 
 TEST(OpScanRead, BytesOfNoSheetRefuseItAndDelayNoOther) {

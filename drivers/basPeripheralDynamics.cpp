@@ -338,9 +338,9 @@ bool InitReaderPD(clsTeskReader& reader) {
     SerialExchange line(reader, kept);
     line.Ask(kStart);
     line.Pause(kAfterStart);
-    const auto status = CheckStatus(reader);
-    if (!status) return false;
-    CompleteSetUp(line, *status);
+    Status status;
+    if (!CheckStatusPD(reader, status.first, status.second)) return false;
+    CompleteSetUp(line, status);
     line.Clear();
     return SetRecThresholdPD(reader, reader.SleepTime());
   });

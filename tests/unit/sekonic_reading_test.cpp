@@ -266,6 +266,17 @@ const PiecesCase kPieces[] = {
 
 class SekonicPieces : public ::testing::TestWithParam<PiecesCase> {};
 
+TEST(SekonicRead, WhatWaitsBetweenSheetsIsWaitedOutWithItsRest) {
+  TalkerBench bench({{"\023R04", {{"X"}, {"0", 300}}}}, true);
+  ASSERT_TRUE(bench.reader->StartReader());
+  for (int sheet = 1; sheet <= 2; ++sheet) {
+    EXPECT_TRUE(bench.reader->ReadPage()) << sheet;
+    EXPECT_EQ(bench.reader->Side1Array().At(1, 1), 5) << sheet;
+    bench.reader->EjectPage();
+  }
+  EXPECT_THAT(bench.host.messages, IsEmpty());
+}
+
 TEST_P(SekonicPieces, AreNoMarksNoCountsAndNoGoodStatus) {
   const PiecesCase& c = GetParam();
   TalkerBench bench(c.said, c.twoSided);

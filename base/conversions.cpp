@@ -169,16 +169,20 @@ std::string Replace(std::string text, std::string_view from, std::string_view to
   return text;
 }
 
-std::string WireText(std::string_view utf8) {
+std::string WireText(std::string_view utf8, std::int32_t dataBits) {
+  const unsigned most = dataBits >= 4 && dataBits < 8 ? (1U << static_cast<unsigned>(dataBits)) - 1 : 0xFF;
+  const auto byteOf = [most](unsigned code) {
+    const bool control = code < 0x20 || (code >= 0x7F && code < 0xA0);
+    return control ? ' ' : code > most ? '?' : static_cast<char>(code);
+  };
   std::string wire;
   for (std::size_t i = 0; i < utf8.size();) {
     const auto lead = static_cast<unsigned char>(utf8[i]);
     const std::size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
     if (lead < 0x80) {
-      wire += lead < 0x20 || lead == 0x7F ? ' ' : static_cast<char>(lead);
+      wire += byteOf(lead);
     } else if ((lead == 0xC2 || lead == 0xC3) && i + 1 < utf8.size()) {
-      const unsigned code = ((lead & 0x03U) << 6U) | (static_cast<unsigned char>(utf8[i + 1]) & 0x3FU);
-      wire += code < 0xA0 ? ' ' : static_cast<char>(code);
+      wire += byteOf(((lead & 0x03U) << 6U) | (static_cast<unsigned char>(utf8[i + 1]) & 0x3FU));
     } else {
       wire += '?';
     }

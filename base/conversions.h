@@ -44,9 +44,10 @@ std::string HexText(std::uint32_t value);  // upper case, no leading zeros
 // Every occurrence of `from` in `text` replaced by `to`.
 std::string Replace(std::string text, std::string_view from, std::string_view to);
 
-// A host's text as a scanner takes it: one ISO 8859-1 byte per character, "?" for a character that has none,
-// a blank for a control character, which would break the framing of a command.
-std::string WireText(std::string_view utf8);
+// A host's text as a scanner takes it: one ISO 8859-1 byte per character, "?" for a character that has none or
+// that a line of so many data bits (4 to 8, else 8) does not carry, a blank for a control character, which would
+// break the framing of a command.
+std::string WireText(std::string_view utf8, std::int32_t dataBits = 8);
 
 // ASCII case folding, for names and "True".
 std::string LowerCase(std::string_view text);

@@ -5,7 +5,10 @@
 
 #include <fmt/format.h>
 
+#include "base/conversions.h"
 #include "cli/CommandError.h"
+#include "cli/SheetRoad.h"
+#include "profiles/families.h"
 
 namespace tesk::cli {
 namespace {
@@ -20,13 +23,213 @@ constexpr Milliseconds kProgressInterval{100};
 
 bool Blank(const SideArray& side) { return side == SideArray(side.Rows(), side.Columns()); }
 
+// What the driver of a model hands out for a sheet without texts.
+std::string_view NoText(teskReaderType type) { return FamilyOf(type) == Family::OpScan ? "?" : ""; }
+
+std::string TextOf(const OperatorMessage& message) {
+  return fmt::format("{}: {}", message.title, Replace(message.text, "|", " "));
+}
+
 }  // namespace
 
-BatchHost::BatchHost(clsTeskReader& engine, Parts parts)
-    : engine_(engine), parts_(std::move(parts)), start_(parts_.clock->Now()), nextProgress_(start_) {}
+BatchHost::BatchHost(clsTeskReader& engine, const ScanPlan& plan, Parts parts)
+    : engine_(engine),
+      plan_(plan),
+      parts_(std::move(parts)),
+      judge_(plan.side1, plan.side2),
+      start_(parts_.clock->Now()),
+      lastSheet_(start_),
+      nextProgress_(start_) {}
+
+BatchReport BatchHost::Report(bool started) const {
+  BatchReport report = counts_;
+  report.perMinute = PerMinute(lastSheet_);
+  report.signal = parts_.interrupted();
+  const auto& messages = parts_.host->Recent();
+  const bool reading = phase_ == Phase::Reading;
+  if (failure_) {
+    report.end = BatchEnd::Message;
+    report.message = *failure_;
+  } else if (report.signal != 0) {
+    report.end = BatchEnd::Interrupted;
+  } else if ((!started || reading) && !messages.empty()) {
+    report.end = BatchEnd::Message;
+    report.message = messages.front();
+  } else if (!started || reading) {
+    report.end = engine_.HopperEmpty() ? BatchEnd::HopperEmpty : BatchEnd::SilentFault;
+  } else {
+    report.end = BatchEnd::MaxSheets;
+  }
+  return report;
+}
+
+// ---- The road of a sheet
+
+void BatchHost::BeforeSheet(bool& /*bInitializePrinter*/) {
+  if (!began_) Begin();
+  if (failure_ || parts_.interrupted() != 0) return engine_.SetCancelScan(true);
+  phase_ = Phase::Reading;
+  ++tried_;
+  parts_.host->Forget();
+}
+
+// The first moment at which the scanner is ready, and the last at which no paper has moved.
+void BatchHost::Begin() {
+  began_ = true;
+  start_ = lastSheet_ = parts_.clock->Now();
+  if (plan_.disposal == Disposal::Reject && !CanReject()) {
+    return Fail("No Reject Exit",
+                "The scanner says that it has no reject exit.|No sheet was fed; leave out "
+                "--dispose reject.");
+  }
+  try {
+    parts_.taker.Begin();
+    number_ = parts_.taker.FirstNumber() - 1;
+  } catch (const CommandFailure& failure) {
+    Fail("Results Not Written", fmt::format("{}|No sheet was fed.", failure.what()));
+  }
+}
+
+void BatchHost::PreprocessSheet(SideArray& /*iSide1Array*/, SideArray& /*iSide2Array*/,
+                                BarcodeArray& /*sBarcodeArray*/, bool& bReject) {
+  refusal_ = judge_.Refusal(engine_);
+  unprinted_ = false;
+  bReject = refusal_.has_value();
+}
+
+void BatchHost::ReadSheet(SideArray& iSide1Array, SideArray& iSide2Array, BarcodeArray& sBarcodeArray,
+                          const std::string& sSide1FileName, const std::string& sSide2FileName,
+                          const std::string& sSide1ItemCoordinates,
+                          const std::string& sSide2ItemCoordinates) {
+  record_ = {.sheet = number_ + 1,
+             .reader = engine_.ReaderType(),
+             .side1 = {engine_.Side1TimingMarks(), iSide1Array, sSide1FileName, sSide1ItemCoordinates},
+             .side2 = std::nullopt,
+             .barcodes = BarcodesRead(sBarcodeArray, NoText(engine_.ReaderType())),
+             .disposed = {},
+             .warnings = judge_.Warnings(engine_)};
+  // A driver may hand out a blank back that nobody asked for.
+  if (!iSide2Array.Empty() && (engine_.TwoSided() || !Blank(iSide2Array))) {
+    record_.side2 = {engine_.Side2TimingMarks(), iSide2Array, sSide2FileName, sSide2ItemCoordinates};
+  }
+}
+
+void BatchHost::BeforePrint(bool& /*bCancel*/) { unprinted_ = PrintingOf(engine_.ReaderType()).has_value(); }
+
+void BatchHost::AfterSheet(bool& bCancelScan) {
+  phase_ = Phase::Disposing;
+  parts_.console->ClearProgress();
+  refusal_ ? RefuseSheet() : TakeSheet();
+  lastSheet_ = parts_.clock->Now();
+  if (parts_.interrupted() != 0 || failure_) bCancelScan = true;
+}
+
+// A sheet that cannot be right must not lie among those that are: without a reject exit the batch ends, so that
+// somebody takes it out.
+void BatchHost::RefuseSheet() {
+  ++counts_.rejected;
+  const std::string told =
+      fmt::format("The sheet behind sheet {} cannot be right and was not written: {}.", number_, *refusal_);
+  const bool rejects = CanReject();
+  const std::string disposed = Dispose(rejects ? "rejected" : "ejected");
+  if (disposed == "rejected") {
+    return parts_.console->Message("Sheet Refused", told + "|It left by the reject exit: scan it again.");
+  }
+  if (!failure_)
+    Fail("Sheet Refused",
+         told + "|It is the last one that left the scanner: take it out, and scan it again.");
+}
+
+void BatchHost::TakeSheet() {
+  GatherWarnings();
+  record_.disposed = WishedDisposal();
+  if (!KeepSheet()) return;
+  number_ = record_.sheet;
+  ++counts_.sheets;
+  const std::string disposed = Dispose(record_.disposed);
+  record_.disposed = disposed;
+  try {
+    parts_.taker.Settle(engine_, record_);
+  } catch (const CommandFailure& failure) {
+    --counts_.sheets;
+    --number_;
+    Fail("Sheet Not Written", fmt::format("{}|{}|Sheet {} has left the scanner: scan it again.",
+                                          failure.what(), LastSafe(), record_.sheet));
+  }
+  if (plan_.strict && !record_.warnings.empty() && !failure_) {
+    failure_ = {"Warning", fmt::format("sheet {}: {}", record_.sheet, record_.warnings.front())};
+  }
+}
+
+void BatchHost::GatherWarnings() {
+  const auto tell = [&](const std::string& warning) {
+    parts_.console->Message("Warning", fmt::format("sheet {}: {}", record_.sheet, warning));
+  };
+  for (const std::string& warning : record_.warnings) tell(warning);
+  if (unprinted_) {
+    record_.warnings.emplace_back("the scanner did not confirm the imprint");
+    tell(record_.warnings.back());
+  }
+  // What was shown while the sheet was read; the operator knows it.
+  for (const auto& message : parts_.host->Recent()) record_.warnings.push_back(TextOf(message));
+  counts_.warnings += static_cast<std::int32_t>(record_.warnings.size());
+}
+
+// A sheet that could not be kept is left in the scanner: the reader is ended, or the batch's end would eject it.
+bool BatchHost::KeepSheet() {
+  try {
+    parts_.taker.Keep(engine_, record_);
+    return true;
+  } catch (const CommandFailure& failure) {
+    Fail("Sheet Not Written",
+         fmt::format(
+             "{}|{}|Sheet {} was not disposed of: take it out of the scanner, make room, and go on with it "
+             "(--append).",
+             failure.what(), LastSafe(), record_.sheet));
+  }
+  engine_.EndReader();
+  return false;
+}
+
+std::string BatchHost::LastSafe() const {
+  return number_ == 0 ? std::string("No sheet is safe.")
+                      : fmt::format("The last sheet that is safe is sheet {}.", number_);
+}
+
+// ---- Sending sheets on
+
+bool BatchHost::CanReject() const { return HasRejectExit(engine_) && engine_.Rejecter(); }
+
+// At the end of a batch the engine ejects the sheet that is still there.
+bool BatchHost::IsLast() const {
+  return parts_.interrupted() != 0 || (plan_.maxSheets >= 0 && tried_ >= plan_.maxSheets);
+}
+
+std::string BatchHost::WishedDisposal() const {
+  if (!DisposalOf(engine_.ReaderType())) return "none";
+  if (plan_.disposal == Disposal::Reject) return "rejected";
+  return plan_.disposal == Disposal::Eject || IsLast() ? "ejected" : "none";
+}
+
+// What became of the sheet. A scanner that does not confirm says so in a message.
+std::string BatchHost::Dispose(const std::string& wished) {
+  parts_.host->Forget();
+  if (wished == "rejected") engine_.RejectPage();
+  if (wished == "ejected") engine_.EjectPage();
+  if (parts_.host->Recent().empty()) return wished;
+  failure_ = parts_.host->Recent().front();
+  return "failed";
+}
+
+void BatchHost::Fail(const std::string& title, const std::string& text) {
+  parts_.console->Message(title, text);
+  if (!failure_) failure_ = {title, text};
+}
+
+// ---- The operator
 
 void BatchHost::RunMessages() {
-  if (parts_.interrupted()) CancelWhenIdle();
+  if (parts_.interrupted() != 0) CancelWhenIdle();
   if (parts_.console->Animated()) ShowProgress();
 }
 
@@ -36,58 +239,6 @@ void BatchHost::CancelWhenIdle() {
   if (!parts_.activity->Working(kSilence) || now - *interruptedAt_ > kLongestEnd) engine_.SetCancelScan(true);
 }
 
-void BatchHost::BeforeSheet(bool& /*bInitializePrinter*/) {
-  phase_ = Phase::Reading;
-  if (parts_.interrupted()) engine_.SetCancelScan(true);
-}
-
-void BatchHost::ReadSheet(SideArray& iSide1Array, SideArray& iSide2Array, BarcodeArray& sBarcodeArray,
-                          const std::string& sSide1FileName, const std::string& sSide2FileName,
-                          const std::string& sSide1ItemCoordinates,
-                          const std::string& sSide2ItemCoordinates) {
-  record_ = {.sheet = ++sheetsRead_,
-             .reader = engine_.ReaderType(),
-             .side1 = {engine_.Side1TimingMarks(), iSide1Array, sSide1FileName, sSide1ItemCoordinates},
-             .side2 = std::nullopt,
-             .barcodes = BarcodesRead(sBarcodeArray),
-             .disposed = {}};
-  // A driver may hand out a blank back that nobody asked for.
-  if (!iSide2Array.Empty() && (engine_.TwoSided() || !Blank(iSide2Array))) {
-    record_.side2 = {engine_.Side2TimingMarks(), iSide2Array, sSide2FileName, sSide2ItemCoordinates};
-  }
-}
-
-void BatchHost::AfterSheet(bool& bCancelScan) {
-  phase_ = Phase::Disposing;
-  record_.disposed = Dispose();
-  Deliver();
-  if (parts_.interrupted() || !deliveryFailure_.empty()) bCancelScan = true;
-}
-
-std::string BatchHost::Dispose() {
-  switch (parts_.disposal) {
-    case Disposal::Eject:
-      engine_.EjectPage();
-      return "eject";
-    case Disposal::Reject:
-      engine_.RejectPage();
-      return "reject";
-    case Disposal::None:
-      break;
-  }
-  return "none";
-}
-
-// A failure is kept: thrown, it would end up in the engine's error report.
-void BatchHost::Deliver() {
-  parts_.console->ClearProgress();
-  try {
-    parts_.deliver(record_);
-  } catch (const CommandFailure& failure) {
-    deliveryFailure_ = failure.what();
-  }
-}
-
 void BatchHost::ShowProgress() {
   const TimePoint now = parts_.clock->Now();
   if (now < nextProgress_) return;
@@ -95,10 +246,15 @@ void BatchHost::ShowProgress() {
   parts_.console->Progress(ProgressText());
 }
 
+double BatchHost::PerMinute(TimePoint until) const {
+  const double minutes = std::chrono::duration<double, std::ratio<60>>(until - start_).count();
+  return minutes > 0 ? counts_.sheets / minutes : 0;
+}
+
 std::string BatchHost::ProgressText() const {
-  const double minutes = std::chrono::duration<double, std::ratio<60>>(parts_.clock->Now() - start_).count();
-  std::string text = fmt::format("{} sheet{}", sheetsRead_, sheetsRead_ == 1 ? "" : "s");
-  if (sheetsRead_ > 0 && minutes > 0) text += fmt::format(", {:.0f} per minute", sheetsRead_ / minutes);
+  const double perMinute = PerMinute(parts_.clock->Now());
+  std::string text = fmt::format("{} sheet{}", counts_.sheets, counts_.sheets == 1 ? "" : "s");
+  if (perMinute > 0) text += fmt::format(", {:.0f} per minute", perMinute);
   for (std::size_t i = 0; i < record_.barcodes.size(); ++i) {
     text += (i == 0 ? ", last " : " ") + record_.barcodes[i];
   }

@@ -6,9 +6,10 @@
 namespace tesk::cli {
 
 inline constexpr int kStatusDone = 0;
-inline constexpr int kStatusFailed = 1;         // the scanner, the port or a file failed
-inline constexpr int kStatusWrongUsage = 2;     // the command line is wrong
-inline constexpr int kStatusInterrupted = 130;  // ended by Ctrl-C
+inline constexpr int kStatusFailed = 1;      // the scanner, the port or a file failed
+inline constexpr int kStatusWrongUsage = 2;  // the command line is wrong
+// Ended by a signal: 128 and its number, 129 hang-up, 130 Ctrl-C, 143 the request to end.
+inline constexpr int kStatusBySignal = 128;
 
 // The command line is wrong; the text names the option and what it accepts. Lines are joined with "|".
 class UsageError : public std::runtime_error {

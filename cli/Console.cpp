@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/RunTimeError.h"
 #include "base/conversions.h"
 
 namespace tesk::cli {
@@ -16,6 +17,42 @@ std::string Printable(std::string text) {
   std::replace_if(
       text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; }, '?');
   return text;
+}
+
+struct Cause {
+  std::int32_t number;
+  const char* title;
+  const char* text;
+};
+
+// What stands behind the errors of the automation run-time that reach an operator.
+constexpr Cause kCauses[] = {
+    {kErrorSubscript, "Data Error",
+     "The scanner sent marks outside the sheet that was asked for.|Check the sizes and windows (--side1, "
+     "--side2, "
+     "--window) against the form, and that the model is the right one."},
+    {kErrorOverflow, "Data Error",
+     "A setting or an answer of the scanner is larger than the scanner's protocol can say.|Check what --set, "
+     "--window and --imprint-position give."},
+    {kErrorTypeMismatch, "Data Error",
+     "The scanner sent a text where a number belongs.|Check that the model is the right one, and the line's "
+     "settings."},
+    {kErrorInvalidCall, "Settings Error",
+     "The settings do not fit this model.|Check what --set, --side1, --side2 and --window give."},
+    {kErrorOutOfMemory, "Out of Memory",
+     "This machine has too little memory for the sheets that were asked for."},
+    {kErrorObjectNotSet, "Program Error", "The program lacks a part of the reader. Please report this."},
+};
+
+// An error that has no title of its own: what the operator can do about it, and what to quote when asking for help.
+OperatorMessage InWordsOfTheTrade(const ErrorReport& report) {
+  const std::string quote = fmt::format("|(error {} in {})", report.number, report.source);
+  for (const Cause& cause : kCauses) {
+    if (cause.number == report.number) return {cause.title, cause.text + quote};
+  }
+  constexpr std::int32_t kFirstOfPorts = 8000;
+  return {report.number >= kFirstOfPorts ? "Port Error" : "Reader Error",
+          report.message + (report.detail.empty() ? "" : '|' + report.detail) + quote};
 }
 
 }  // namespace
@@ -41,21 +78,21 @@ void Console::ClearProgress() {
   shown_ = 0;
 }
 
-bool ConsoleHost::MsgBoxEx(const std::string& title, const std::string& text) {
+void ConsoleHost::Show(const OperatorMessage& message) {
   ++messages_;
-  console_->Message(title, text);
+  if (recent_.size() < kMostRecent) recent_.push_back(message);
+  console_->Message(message.title, message.text);
+}
+
+bool ConsoleHost::MsgBoxEx(const std::string& title, const std::string& text) {
+  Show({title, text});
   return true;
 }
 
 void ConsoleHost::RaiseError(const ErrorReport& report) {
   if (silent_) return;
-  ++messages_;
-  std::string text = report.message;
-  if (!report.detail.empty()) text += '|' + report.detail;
-  if (report.title == LoadString("Application Error")) {
-    text += fmt::format("|(error {} in {})", report.number, report.source);
-  }
-  console_->Message(report.title, text);
+  if (report.title == LoadString("Application Error")) return Show(InWordsOfTheTrade(report));
+  Show({report.title, report.detail.empty() ? report.message : report.message + '|' + report.detail});
 }
 
 }  // namespace tesk::cli

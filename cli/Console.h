@@ -7,8 +7,10 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/HostServices.h"
+#include "cli/BatchReport.h"
 
 namespace tesk::cli {
 
@@ -47,11 +49,19 @@ class ConsoleHost : public HostServices {
 
   // How many messages the operator has got.
   int Messages() const { return messages_; }
+  // The first of them since the last Forget, kMostRecent at most.
+  const std::vector<OperatorMessage>& Recent() const { return recent_; }
+  void Forget() { recent_.clear(); }
+
+  static constexpr std::size_t kMostRecent = 20;
 
  private:
+  void Show(const OperatorMessage& message);
+
   std::shared_ptr<Console> console_;
   bool silent_ = false;
   int messages_ = 0;
+  std::vector<OperatorMessage> recent_;
 };
 
 }  // namespace tesk::cli

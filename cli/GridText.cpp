@@ -146,9 +146,9 @@ std::string Printable(std::string text) {
   return text;
 }
 
-std::string DisposalText(const std::string& disposed) {
+std::string_view DisposalText(const std::string& disposed) {
   if (disposed == "none") return "not disposed of";
-  return disposed + "ed";
+  return disposed == "failed" ? "disposing of it failed" : std::string_view(disposed);
 }
 
 }  // namespace
@@ -161,6 +161,8 @@ std::string GridText(const SheetRecord& record, std::string_view readerName, con
   text += fmt::format(", {}{}\n", DisposalText(record.disposed), style.color ? "\x1b[0m" : "");
   text += SideText(1, record.side1, style);
   if (record.side2) text += SideText(2, *record.side2, style);
+  for (const std::string& warning : record.warnings)
+    text += fmt::format("{}! {}\n", kMargin, Printable(warning));
   return text;
 }
 

@@ -5,20 +5,29 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Platform.h"
+
 namespace tesk::cli {
 
+// All throw CommandFailure with the reason and what to do.
 class Output {
  public:
-  virtual ~Output() = default;
-  // Hands the whole text on at once. Throws CommandFailure when it is not taken.
-  virtual void Write(std::string_view text) = 0;
-  // To be called at the end; errors as above.
-  virtual void Close() {}
+  explicit Output(std::unique_ptr<platform::OutputFile> file) : file_(std::move(file)) {}
+
+  // As of platform::OutputFile.
+  void Check();
+  void Write(std::string_view text);
+  void Keep(std::string_view text);
+  void Settle(std::string_view text);
+  void Close();
+  void Discard() { file_->Discard(); }
+
+ private:
+  std::unique_ptr<platform::OutputFile> file_;
 };
 
 std::unique_ptr<Output> OpenStandardOutput();
-// Empties the file, or creates it. However the program ends, the file ends with a whole text. Throws
-// CommandFailure.
-std::unique_ptr<Output> OpenOutputFile(const std::string& path);
+// However the program ends, the file ends with a whole text.
+std::unique_ptr<Output> OpenOutput(const std::string& path, platform::OpenMode mode);
 
 }  // namespace tesk::cli

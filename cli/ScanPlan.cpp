@@ -103,6 +103,9 @@ ScanPlan ParseScanOptions(const ScanOptions& options) {
   if (!options.dispose.empty()) plan.disposal = ParseChoice("--dispose", options.dispose, kDisposals);
   if (!options.format.empty()) plan.format = ParseChoice("--format", options.format, kFormats);
   plan.output = options.output;
+  plan.append = options.append;
+  plan.strict = options.strict;
+  plan.summary = options.summary;
   plan.trace = options.trace;
   return plan;
 }

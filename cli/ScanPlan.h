@@ -29,6 +29,9 @@ struct ScanOptions {
   std::string dispose;
   std::string format;
   std::string output;
+  bool append = false;
+  bool strict = false;
+  std::string summary;
   std::string trace;
 };
 
@@ -50,6 +53,9 @@ struct ScanPlan {
   Disposal disposal = Disposal::Eject;
   std::optional<SheetFormat> format;  // empty: as the output asks for
   std::string output;                 // file; empty: standard output
+  bool append = false;                // to `output`
+  bool strict = false;                // a sheet with a warning ends the batch
+  std::string summary;                // file; empty: none
   std::string trace;                  // file; empty: none
 
   bool Assigns(std::string_view property) const;

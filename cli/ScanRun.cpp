@@ -1,10 +1,6 @@
 // The running of one batch.
 #include "cli/ScanRun.h"
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <utility>
 #include <vector>
 
@@ -14,21 +10,14 @@
 #include "cli/BatchHost.h"
 #include "cli/CommandError.h"
 #include "cli/LineActivity.h"
+#include "cli/Output.h"
+#include "cli/SheetRoad.h"
 #include "cli/Trace.h"
 #include "cli/traceSettings.h"
 #include "platform/Platform.h"
 
 namespace tesk::cli {
 namespace {
-
-std::unique_ptr<std::ostream> OpenTraceFile(const std::string& path) {
-  errno = 0;
-  auto file =
-      std::make_unique<std::ofstream>(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
-  if (*file) return file;
-  throw CommandFailure(
-      fmt::format("--trace {}: cannot be written: {}", path, std::strerror(errno ? errno : EIO)));
-}
 
 // Installs the host object for as long as a batch runs.
 class InstalledHost {
@@ -52,7 +41,7 @@ class ScanRun {
                       .clock = clock_,
                       .omrLoader = std::move(omrLoader)};
     if (!plan_.trace.empty()) {
-      trace_ = std::make_shared<Trace>(clock_, [this] { TellTraceFailure(); });
+      trace_ = std::make_shared<Trace>(clock_, [this](const std::string& why) { TellTraceFailure(why); });
       observers.push_back(trace_);
       parts.timer = std::make_shared<TracedTimer>(std::make_shared<DeadlineTimer>(clock_), trace_);
     }
@@ -60,17 +49,18 @@ class ScanRun {
     engine_ = CreateReader(std::move(parts));
   }
 
-  ScanOutcome Run(const SheetTaker& taker) {
+  BatchReport Run(SheetTaker& taker) {
     const InstalledHost installed(*engine_, host_);
     ConfigureEngine(plan_, *engine_);
+    for (const auto& notice : ImprintNotices(plan_, *engine_)) console_->Message("Note", notice);
     BeginTrace();
-    taker.begin();
-    BatchHost batch(*engine_, {.console = console_,
-                               .activity = activity_,
-                               .clock = clock_,
-                               .interrupted = [] { return platform::Interrupted(); },
-                               .deliver = [&](const SheetRecord& record) { taker.take(*engine_, record); },
-                               .disposal = plan_.disposal});
+    BatchHost batch(*engine_, plan_,
+                    {.console = console_,
+                     .host = host_,
+                     .activity = activity_,
+                     .clock = clock_,
+                     .interrupted = platform::InterruptSignal,
+                     .taker = taker});
     batch_ = &batch;
     engine_->AddEvents(batch);
     std::int32_t count = 0;
@@ -78,11 +68,12 @@ class ScanRun {
     engine_->RemoveEvents(batch);
     batch_ = nullptr;
     console_->ClearProgress();
-    if (!batch.DeliveryFailure().empty()) throw CommandFailure(batch.DeliveryFailure());
     if (!started && host_->Messages() == 0 && !platform::Interrupted()) {
-      host_->MsgBoxEx("teskread", "the scanner refused to start");
+      host_->MsgBoxEx("Start Refused", "the scanner refused to start");
     }
-    return {batch.SheetsRead(), host_->Messages(), platform::Interrupted()};
+    BatchReport report = batch.Report(started);
+    report.traceFailed = traceFailed_;
+    return report;
   }
 
  private:
@@ -95,15 +86,14 @@ class ScanRun {
   void BeginTrace() {
     if (!trace_) return;
     trace_->CancelledBy([this] { return engine_->CancelScan(); });
-    trace_->Begin(OpenTraceFile(plan_.trace), engine_->ReaderType(), engine_->ReaderName(),
-                  TraceSettingsText(*engine_, plan_));
+    const std::shared_ptr<Output> file = OpenOutput(plan_.trace, platform::OpenMode::Replace);
+    trace_->Begin([file](std::string_view line) { file->Write(line); }, engine_->ReaderType(),
+                  engine_->ReaderName(), TraceSettingsText(*engine_, plan_));
   }
 
-  // Counts as a message: a scan whose trace is not whole did not do what it was asked to.
-  void TellTraceFailure() {
-    host_->MsgBoxEx("teskread",
-                    fmt::format("--trace {}: cannot be written; the scan goes on without a trace: {}",
-                                plan_.trace, std::strerror(errno ? errno : EIO)));
+  void TellTraceFailure(const std::string& why) {
+    traceFailed_ = true;
+    console_->Message("Trace Not Written", fmt::format("--trace: {}|The scan goes on without it.", why));
   }
 
   const ScanPlan& plan_;
@@ -113,24 +103,17 @@ class ScanRun {
   std::shared_ptr<LineActivity> activity_ = std::make_shared<LineActivity>(clock_);
   std::shared_ptr<Trace> trace_;
   std::shared_ptr<clsTeskReader> engine_;
+  bool traceFailed_ = false;
   BatchHost* batch_ = nullptr;  // while a batch runs
 };
 
 }  // namespace
 
-ScanOutcome RunScan(const ScanPlan& plan, std::shared_ptr<SerialSystem> serial,
-                    std::shared_ptr<Console> console, const SheetTaker& taker,
+BatchReport RunScan(const ScanPlan& plan, std::shared_ptr<SerialSystem> serial,
+                    std::shared_ptr<Console> console, SheetTaker& taker,
                     std::shared_ptr<OmrLibraryLoader> omrLoader) {
   platform::InstallInterruptHandler();
   return ScanRun(plan, std::move(serial), std::move(console), std::move(omrLoader)).Run(taker);
-}
-
-int StatusOf(const ScanOutcome& outcome, Console& console) {
-  if (outcome.interrupted) return kStatusInterrupted;
-  if (outcome.messages > 0) return kStatusFailed;
-  if (outcome.sheetsRead > 0) return kStatusDone;
-  console.Message("teskread", "no sheet was read");
-  return kStatusFailed;
 }
 
 }  // namespace tesk::cli

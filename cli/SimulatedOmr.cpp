@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/conversions.h"
-#include "transport/basRead.h"
+#include "profiles/families.h"
 
 namespace tesk::cli {
 namespace {

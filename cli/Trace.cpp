@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "base/conversions.h"
+#include "cli/CommandError.h"
 
 namespace tesk::cli {
 namespace {
@@ -42,12 +43,11 @@ std::string LineSettingsText(const LineSettings& settings) {
                      NumberText(settings.stopBits));
 }
 
-Trace::Trace(std::shared_ptr<const Clock> clock, std::function<void()> failed)
+Trace::Trace(std::shared_ptr<const Clock> clock, std::function<void(const std::string&)> failed)
     : clock_(std::move(clock)), failed_(std::move(failed)), start_(clock_->Now()) {}
 
-void Trace::Begin(std::unique_ptr<std::ostream> stream, int readerType, std::string_view readerName,
-                  std::string_view settings) {
-  stream_ = std::move(stream);
+void Trace::Begin(Sink sink, int readerType, std::string_view readerName, std::string_view settings) {
+  sink_ = std::move(sink);
   start_ = clock_->Now();
   WriteLine("teskread-trace 1");
   WriteLine(fmt::format("version {}", TESKREAD_VERSION));
@@ -89,11 +89,13 @@ void Trace::WriteEvent(std::string_view text) {
 }
 
 void Trace::WriteLine(const std::string& line) {
-  if (!stream_) return;
-  *stream_ << line << '\n' << std::flush;
-  if (*stream_) return;
-  stream_.reset();
-  if (failed_) failed_();
+  if (!sink_) return;
+  try {
+    sink_(line + '\n');
+  } catch (const CommandFailure& failure) {
+    sink_ = nullptr;
+    failed_(failure.what());
+  }
 }
 
 bool TracedTimer::Enabled() const {

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -17,13 +16,15 @@ namespace tesk::cli {
 
 class Trace : public LineObserver {
  public:
-  // `failed` is called once when a line cannot be written; nothing is recorded from then on.
-  Trace(std::shared_ptr<const Clock> clock, std::function<void()> failed);
+  // Takes a whole line; throws CommandFailure.
+  using Sink = std::function<void(std::string_view)>;
 
-  // Takes the file and writes the lines before the first event. settings: as the engine has them, in one
-  // line. Nothing is recorded before.
-  void Begin(std::unique_ptr<std::ostream> stream, int readerType, std::string_view readerName,
-             std::string_view settings);
+  // `failed` is told once why a line cannot be written; nothing is recorded from then on.
+  Trace(std::shared_ptr<const Clock> clock, std::function<void(const std::string&)> failed);
+
+  // Writes the lines before the first event. settings: as the engine has them, in one line. Nothing is recorded
+  // before.
+  void Begin(Sink sink, int readerType, std::string_view readerName, std::string_view settings);
   // How a wait that ends without bytes or time-out is told from one that got its answer.
   void CancelledBy(std::function<bool()> cancelled) { cancelled_ = std::move(cancelled); }
 
@@ -40,9 +41,9 @@ class Trace : public LineObserver {
   void WriteEvent(std::string_view text);
   void WriteLine(const std::string& line);
 
-  std::unique_ptr<std::ostream> stream_;
+  Sink sink_;
   std::shared_ptr<const Clock> clock_;
-  std::function<void()> failed_;
+  std::function<void(const std::string&)> failed_;
   std::function<bool()> cancelled_ = [] { return false; };
   TimePoint start_;
   bool waiting_ = false;

@@ -166,12 +166,12 @@ bool Same(const SheetRecord& record, const simulator::Sheet& sheet, const clsTes
 }
 
 // Shows every sheet and compares it with the paper.
-class DemoJudge {
+class DemoJudge : public SheetTaker {
  public:
   DemoJudge(const std::vector<simulator::Sheet>& stock, Program& program)
       : stock_(stock), program_(program) {}
 
-  void Take(const clsTeskReader& engine, const SheetRecord& record) {
+  void Keep(const clsTeskReader& engine, const SheetRecord& record) override {
     const bool color = platform::StandardOutputIsTerminal() && TerminalShowsColor();
     program_.output->Write(GridText(record, engine.ReaderName(),
                                     {.threshold = engine.RecognitionThreshold(),
@@ -211,14 +211,12 @@ int RunDemo(const DemoOptions& options, Program& program) {
   DemoScanner scanner(reader, stock, options.paced);
   program.output->Write(fmt::format("A simulated {} listens on {}.\n", ReaderName(reader), scanner.Place()));
   DemoJudge judge(stock, program);
-  const ScanOutcome outcome = RunScan(
-      DemoPlan(reader, stock.front().side1, count), scanner.Serial(), program.console,
-      {.begin = [] {},
-       .take = [&](const clsTeskReader& engine, const SheetRecord& record) { judge.Take(engine, record); }});
+  const BatchReport report =
+      RunScan(DemoPlan(reader, stock.front().side1, count), scanner.Serial(), program.console, judge);
   const auto troubles = scanner.Troubles();
   for (const auto& trouble : troubles) program.console->Message("teskread demo", "the scanner: " + trouble);
   program.output->Write(SummaryText(judge.Good(), stock.size()));
-  const int status = StatusOf(outcome, *program.console);
+  const int status = StatusOf(report);
   const bool whole = troubles.empty() && judge.Good() == stock.size();
   return status == kStatusDone && !whole ? kStatusFailed : status;
 }

@@ -1,4 +1,8 @@
 // teskread.
 #include "cli/CommandLine.h"
+#include "platform/Platform.h"
 
-int main(int argc, char** argv) { return tesk::cli::RunCommandLine(argc, argv); }
+int main(int argc, char** argv) {
+  tesk::platform::ReserveStandardStreams();
+  return tesk::cli::RunCommandLine(argc, argv);
+}

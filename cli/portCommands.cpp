@@ -43,7 +43,7 @@ bool ProfileOffers(clsTeskReader& engine, bool (clsTeskReaderProfile::*offers)()
 
 // The end of a command that found nothing.
 int NotFound(const EngineSession& session, Program& program, const std::string& text) {
-  if (platform::Interrupted()) return kStatusInterrupted;
+  if (platform::Interrupted()) return kStatusBySignal + platform::InterruptSignal();
   if (session.Messages() == 0) program.console->Message("teskread", text);
   return kStatusFailed;
 }

@@ -4,15 +4,16 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/CommandError.h"
 #include "cli/CommandLine.h"
-#include "cli/GridText.h"
 #include "cli/ReaderChoice.h"
+#include "cli/ResultFiles.h"
 #include "cli/ScanPlan.h"
 #include "cli/ScanRun.h"
+#include "cli/SheetWriter.h"
 #include "cli/SimulatedOmr.h"
 #include "cli/SimulatedScanner.h"
 #include "cli/SimulatedSerial.h"
-#include "cli/terminalStyle.h"
 #include "platform/Platform.h"
 
 namespace tesk::cli {
@@ -94,8 +95,22 @@ void AddBatchOptions(CLI::App& command, ScanOptions& options) {
               "--format csv"))
       ->type_name("FORMAT");
   command
-      .add_option("--output", options.output,
-                  Explain("writes the sheets to a file instead of standard output", "--output class7.ndjson"))
+      .add_option(
+          "--output", options.output,
+          Explain("writes the sheets to a new file instead of standard output; a file that is there is "
+                  "refused, unless --append",
+                  "--output class7.ndjson"))
+      ->type_name("FILE");
+  command.add_flag("--append", options.append,
+                   Explain("goes on in the file of --output, behind its last sheet and with its numbering",
+                           "--output class7.ndjson --append"));
+  command.add_flag(
+      "--strict", options.strict,
+      Explain("a sheet with a warning (rows that did not come, timing marks that differ) ends the batch",
+              "--strict"));
+  command
+      .add_option("--summary", options.summary,
+                  Explain("writes how the batch ended as one JSON object", "--summary class7.json"))
       ->type_name("FILE");
   command
       .add_option(
@@ -124,62 +139,37 @@ Source SourceOf(const ScanPlan& plan) {
                                             platform::CreateClock())};
 }
 
-// Writes sheets in the chosen format to the chosen place.
-class SheetPrinter {
- public:
-  SheetPrinter(const ScanPlan& plan, Program& program) : plan_(plan), standardOutput_(*program.output) {
-    const bool onTerminal = plan_.output.empty() && platform::StandardOutputIsTerminal();
-    format_ = plan_.format.value_or(onTerminal ? SheetFormat::Grid : SheetFormat::Ndjson);
-    color_ = onTerminal && TerminalShowsColor();
-  }
-
-  void Begin() {
-    if (!plan_.output.empty()) file_ = OpenOutputFile(plan_.output);
-    if (format_ == SheetFormat::Csv) Target().Write(CsvHeader());
-  }
-  void Print(const clsTeskReader& engine, const SheetRecord& record) {
-    Target().Write(TextOf(engine, record));
-  }
-  void End() { Target().Close(); }
-
- private:
-  Output& Target() { return file_ ? *file_ : standardOutput_; }
-
-  std::string TextOf(const clsTeskReader& engine, const SheetRecord& record) const {
-    switch (format_) {
-      case SheetFormat::Ndjson:
-        return NdjsonText(record);
-      case SheetFormat::Csv:
-        return CsvText(record);
-      case SheetFormat::Grid:
-        break;
+// Also after a batch that failed: what was read is brought to the disk, and scripts learn what came of it.
+void EndFiles(const ScanPlan& plan, SheetWriter& writer, BatchReport& report, Console& console) {
+  const auto end = [&](auto action) {
+    try {
+      action();
+    } catch (const CommandFailure& failure) {
+      console.Message("Results Not Written", failure.what());
+      report.end = BatchEnd::Message;
+      report.message = {"Results Not Written", failure.what()};
     }
-    return GridText(record, engine.ReaderName(),
-                    {.threshold = engine.RecognitionThreshold(),
-                     .darkest = engine.RecognitionThresholdMax(),
-                     .color = color_});
-  }
-
-  const ScanPlan& plan_;
-  Output& standardOutput_;
-  SheetFormat format_ = SheetFormat::Ndjson;
-  bool color_ = false;
-  std::unique_ptr<Output> file_;
-};
+  };
+  end([&] { writer.End(); });
+  if (plan.summary.empty()) return;
+  end([&] {
+    const auto file = OpenOutput(plan.summary, platform::OpenMode::Replace);
+    file->Write(SummaryJson(report));
+    file->Close();
+  });
+}
 
 int RunScanCommand(const ScanOptions& options, Program& program) {
   const ScanPlan plan = ParseScanOptions(options);
   RequireDriver(plan.reader);
-  SheetPrinter printer(plan, program);
+  CheckFiles(plan);
+  SheetWriter writer(plan, *program.output);
   Source source = SourceOf(plan);
-  const ScanOutcome outcome =
-      RunScan(plan, std::move(source.serial), program.console,
-              {.begin = [&] { printer.Begin(); },
-               .take = [&](const clsTeskReader& engine,
-                           const SheetRecord& record) { printer.Print(engine, record); }},
-              std::move(source.omrLoader));
-  printer.End();
-  return StatusOf(outcome, *program.console);
+  BatchReport report =
+      RunScan(plan, std::move(source.serial), program.console, writer, std::move(source.omrLoader));
+  EndFiles(plan, writer, report, *program.console);
+  program.console->Message("teskread scan", ClosingText(report));
+  return StatusOf(report);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "cli/CommandError.h"
 #include "cli/ReaderChoice.h"
 #include "cli/ScanPlan.h"
+#include "cli/SheetRoad.h"
 
 namespace tesk::cli {
 namespace {
@@ -140,6 +141,7 @@ void ConfigureEngine(const ScanPlan& plan, clsTeskReader& engine) {
   AddBarcodes(plan, engine);
   SetImprint(plan, engine);
   CheckWhole(plan, engine);
+  CheckSheetRoad(plan, engine);
 }
 
 }  // namespace tesk::cli

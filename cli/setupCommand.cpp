@@ -77,7 +77,7 @@ int RunSetup(const SetupOptions& options, Program& program) {
                     .setupDialog = screen->Dialog()});
   const auto loaded = Begin(options, key, *engine);
   const bool confirmed = engine->ShowOptions(nullptr);
-  if (platform::Interrupted()) return kStatusInterrupted;
+  if (platform::Interrupted()) return kStatusBySignal + platform::InterruptSignal();
   if (!confirmed) {
     program.console->Message("teskread setup", "nothing was changed");
     return kStatusDone;

@@ -10,24 +10,11 @@
 #include <string_view>
 
 #include "engine/Sheet.h"
+#include "profiles/families.h"
 
 namespace tesk {
 
 class clsTeskReader;
-
-// The families of models; one driver module each.
-enum class Family {
-  Apperson,
-  OpScan,
-  SekonicSerial,
-  ScanMark,
-  Chatsworth,
-  EZData,
-  PeripheralDynamics,
-  SekonicUsb,
-  SekonicHybrid,
-  Datawin,
-};
 
 struct Driver {
   Family family;

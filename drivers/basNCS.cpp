@@ -358,7 +358,7 @@ bool PrintNCS(clsTeskReader& reader) {
     if (!printer) return false;
     SerialExchange line = Exchange(reader);
     line.Tell("1" + PaddedText(printer->Distance(), 2) + kEndOfText);
-    line.Tell("2" + WireText(printer->Buffer1()) + " " + kEndOfText);
+    line.Tell("2" + WireText(printer->Buffer1(), reader.DataBits()) + " " + kEndOfText);
     return true;
   });
 }

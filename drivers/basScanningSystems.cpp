@@ -516,7 +516,7 @@ bool PrintSS(clsTeskReader& reader, bool feed) {
     if (!printer) return false;
     SerialExchange line = Exchange(reader);
     if (feed) AskOnTheWayOut(line, kFeedQuery);
-    for (const std::string& command : ImprintCommands(*printer)) line.Tell(command);
+    for (const std::string& command : ImprintCommands(*printer, reader.DataBits())) line.Tell(command);
     return AskOnTheWayOut(line, kPrintQuery).find('0') != std::string::npos;
   });
 }

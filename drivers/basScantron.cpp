@@ -371,7 +371,10 @@ class Values : public Shape {
   bool Surplus() const { return surplus_; }
   bool Empty() const { return count_ == 0; }
 
-  Sheet TakeSheet() { return std::move(sheet_); }
+  Sheet TakeSheet() {
+    sheet_.missing = static_cast<std::int32_t>(places_.size() - count_);
+    return std::move(sheet_);
+  }
 
  private:
   void Store(std::uint8_t byte) {
@@ -464,6 +467,7 @@ bool SheetReady(clsTeskReader& reader) {
     if (reader.CancelScan()) return false;
     status = CheckStatusST(reader);
   }
+  reader.SetHopperEmpty(status == 0);
   return status > 0;
 }
 
@@ -500,7 +504,8 @@ std::optional<Sheet> ReadSheet(clsTeskReader& reader, const Message& silence, st
 std::string ImprintText(const clsTeskReader& reader) {
   if (!ImprinterActive(reader)) return {};
   const auto blanks = static_cast<std::size_t>(std::max<std::int16_t>(reader.Printer()->Distance(), 0));
-  return (std::string(blanks, ' ') + WireText(reader.Printer()->Buffer1())).substr(0, kLongestImprint);
+  return (std::string(blanks, ' ') + WireText(reader.Printer()->Buffer1(), reader.DataBits()))
+      .substr(0, kLongestImprint);
 }
 
 }  // namespace

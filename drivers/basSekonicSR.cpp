@@ -292,7 +292,7 @@ struct Side {
 };
 
 // False where no sheet was read; what there was to show has been shown.
-bool Feed(const clsTeskReader& reader, OmrLibrary& library) {
+bool Feed(clsTeskReader& reader, OmrLibrary& library) {
   // The last chance to cancel: the feeding itself lets no messages run.
   reader.Loop().DoEvents(kNoArrivalHandle);
   if (reader.CancelScan()) return false;
@@ -300,7 +300,8 @@ bool Feed(const clsTeskReader& reader, OmrLibrary& library) {
   const std::int32_t code = library.OMR_GetLastError();
   const auto known = static_cast<std::uint32_t>(code);
   if (code == 0 || std::ranges::find(kTimingLineErrors, known) != std::end(kTimingLineErrors)) return true;
-  if (known != kNothingRead) ReturnErrorSR(code);
+  reader.SetHopperEmpty(known == kNothingRead);
+  if (!reader.HopperEmpty()) ReturnErrorSR(code);
   return false;
 }
 

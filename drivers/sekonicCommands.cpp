@@ -102,13 +102,13 @@ std::string PageCommand(std::int32_t rows) {
   return "\020ED001" + PaddedText(rows, 3) + kCarriageReturn;
 }
 
-std::vector<std::string> ImprintCommands(const clsTeskReaderPrinter& printer) {
+std::vector<std::string> ImprintCommands(const clsTeskReaderPrinter& printer, std::int32_t dataBits) {
   std::vector<std::string> commands{"\023P32" + PaddedText(printer.Distance(), 3) + kCarriageReturn};
   std::int32_t number = 0;
   for (const std::string& buffer : {printer.Buffer1(), printer.Buffer2(), printer.Buffer3()}) {
     const std::string line = NumberText(number++);
     commands.push_back(buffer.empty() ? "\023P2" + line + kCarriageReturn
-                                      : "\023P4" + line + WireText(buffer) + " " + kCarriageReturn);
+                                      : "\023P4" + line + WireText(buffer, dataBits) + " " + kCarriageReturn);
   }
   return commands;
 }

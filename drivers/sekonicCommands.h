@@ -50,6 +50,6 @@ std::string WindowCommand(const clsTeskReaderWindow& window);
 std::string PageCommand(std::int32_t rows);
 
 // The print position and the three lines, an empty one as a command of its own.
-std::vector<std::string> ImprintCommands(const clsTeskReaderPrinter& printer);
+std::vector<std::string> ImprintCommands(const clsTeskReaderPrinter& printer, std::int32_t dataBits);
 
 }  // namespace tesk::basScanningSystems

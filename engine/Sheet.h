@@ -18,6 +18,8 @@ struct Sheet {
   // Empty: the count stays what the driver has told the engine while it read, -1 where it told none.
   std::optional<std::int16_t> side1TimingMarks = {};
   std::optional<std::int16_t> side2TimingMarks = {};
+  // Mark positions that were asked for and did not come; they stay 0. Where a scanner may send less.
+  std::int32_t missing = 0;
   BarcodeArray texts = BarcodeArray(1);  // a sheet without barcodes has one empty text
   // The image files and the item coordinates of each side. Empty: what the engine has stays.
   std::optional<std::string> side1Image = {};

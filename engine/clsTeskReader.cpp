@@ -215,6 +215,7 @@ void clsTeskReader::StoreSheet(Sheet sheet) {
   keep(page->side2Coordinates, sheet.side2Coordinates, page_->side2Coordinates);
   page->side1 = std::move(sheet.side1);
   page->side2 = std::move(sheet.side2);
+  page->missing = sheet.missing;
   page->texts = std::move(sheet.texts);
   side1TimingMarks_ = *page->side1TimingMarks;
   side2TimingMarks_ = *page->side2TimingMarks;

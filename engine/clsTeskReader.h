@@ -189,6 +189,11 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   void SetSide1TimingMarks(std::int16_t v) { side1TimingMarks_ = v; }
   void SetSide2TimingMarks(std::int16_t v) { side2TimingMarks_ = v; }
   const BarcodeArray& BarcodeTexts() const { return page_->texts; }
+  // Mark positions of the sheet that were asked for and did not come.
+  std::int32_t MissingPositions() const { return page_->missing; }
+  // Whether the last read found the hopper empty; the dispatch clears it, a driver that was told so sets it.
+  bool HopperEmpty() const { return hopperEmpty_; }
+  void SetHopperEmpty(bool v) { hopperEmpty_ = v; }
   // Makes `sheet` the last sheet. The one place where results reach the engine; beside it drivers only count
   // timing marks, which hosts may watch while a sheet is read.
   void StoreSheet(Sheet sheet);
@@ -271,6 +276,7 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
   std::int16_t side2TimingMarks_ = -1;
   Session session_ = Session::Ended;
   bool driverRunning_ = false;
+  bool hopperEmpty_ = false;
 
   std::array<std::int32_t, 1> helpIDs_{};
   std::string helpFile_;

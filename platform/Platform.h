@@ -18,6 +18,7 @@ namespace tesk::platform {
 // Error numbers of the automation run-time for files.
 inline constexpr std::int32_t kErrorFileExists = 58;
 inline constexpr std::int32_t kErrorDiskFull = 61;
+inline constexpr std::int32_t kErrorFileInUse = 70;
 inline constexpr std::int32_t kErrorFileAccess = 75;
 
 // The serial lines of this machine. Port 1 is `explicitPort` where one is given (a device path, or a name
@@ -38,23 +39,46 @@ bool StandardInputIsTerminal();
 bool StandardErrorIsTerminal();
 bool StandardOutputIsTerminal();
 
-// From now on an interrupt (Ctrl-C, or the request to end) is noted and ends the wait that it meets, instead
-// of ending the program; a reader of our output that goes away is a failed write.
-void InstallInterruptHandler();
-bool Interrupted();
+// To be called first of all: a standard stream that was closed is taken, so that no port and no file gets its
+// number; what is written to it fails.
+void ReserveStandardStreams();
 
-// A file of whole records: however the program ends, the file ends with one.
+// From now on an interrupt (Ctrl-C, a terminal that hangs up, or the request to end) is noted and ends the wait
+// that it meets, instead of ending the program; a reader of our output that goes away is a failed write. A
+// hang-up that was ignored at the start stays so.
+void InstallInterruptHandler();
+// The first interrupt by its signal's number: 1 hang-up, 2 Ctrl-C, 15 the request to end; 0: none yet.
+int InterruptSignal();
+inline bool Interrupted() { return InterruptSignal() != 0; }
+
+// A file of whole records: however the program ends, the file ends with one. Also a pipe, a terminal or another
+// device, which take nothing back. All throw error 61 (disk full) or 75.
 class OutputFile {
  public:
   virtual ~OutputFile() = default;
-  // One write. Throws error 61 (disk full) or 75; what was written of the record is taken back then.
+  // Throws where nothing can be written; as far as that can be told without writing.
+  virtual void Check() = 0;
+  // One write; what was written of a record that failed is taken back.
   virtual void Append(std::string_view record) = 0;
-  // Brings everything to the disk; errors as above. The destructor does so too, but keeps errors to itself.
+  // A record whose last words are known later: a file holds it from Keep on and Settle replaces it where it has
+  // become another; a pipe or a terminal gets it with Settle, and Keep only checks that somebody takes it.
+  virtual void Keep(std::string_view record) = 0;
+  virtual void Settle(std::string_view record) = 0;
+  // Brings everything to the disk. The destructor does so too, but keeps errors to itself.
   virtual void Close() = 0;
+  // Removes a file that was made for this object and holds nothing.
+  virtual void Discard() = 0;
 };
 
-// Creates the file or empties the one that is there. Throws error 75 with the system's reason.
-std::unique_ptr<OutputFile> CreateOutputFile(const std::string& path);
+enum class OpenMode {
+  New,      // error 58 where a file is there; a pipe or a device is taken as it is
+  Append,   // behind what is there
+  Replace,  // empties what is there
+};
+
+// Held exclusively: error 70 while another program writes to it. Throws error 75 with the system's reason.
+std::unique_ptr<OutputFile> OpenOutputFile(const std::string& path, OpenMode mode);
+std::unique_ptr<OutputFile> StandardOutput();
 
 // The scanner's end of a line whose other end is a terminal device that a host opens. Hosts may come and go.
 class PseudoTerminal {

@@ -83,6 +83,8 @@ constexpr FaultDescription kFaults[] = {
     {FaultKind::NoVersion, "no-version", "no-version@N", "the Nth identification names no version"},
     {FaultKind::CutIdentify, "cut-identify", "cut-identify@BYTE@N",
      "the Nth identification stops after BYTE bytes"},
+    {FaultKind::TooDark, "too-dark", "too-dark@SHEET",
+     "one mark of the sheet is darker than the scale has it"},
 };
 
 constexpr bool InOrder() {

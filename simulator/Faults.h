@@ -63,6 +63,7 @@ enum class FaultKind : std::uint8_t {
   GarbageIdentify,
   NoVersion,
   CutIdentify,
+  TooDark,
 };
 
 // A fault happens once.

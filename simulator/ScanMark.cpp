@@ -91,6 +91,7 @@ constexpr std::array kScanMarkFaults{
     FaultKind::Short,
     FaultKind::Cut,
     FaultKind::Late,
+    FaultKind::TooDark,
 };
 
 std::int16_t Darkest(const ScanMarkModel& model) { return model.raw ? 99 : 15; }
@@ -297,6 +298,7 @@ std::string ScanMark::SheetData(const Sheet& sheet) {
     Random random(Settings().seed + static_cast<std::uint64_t>(LastSheet()));
     for (char& byte : data) byte = static_cast<char>(random.Between(0, 255));
   }
+  if (TakeFault(FaultKind::TooDark, LastSheet()) && !data.empty()) data[data.size() / 3] = '~';
   if (TakeFault(FaultKind::Overrun, LastSheet())) data.append(kRowValues, WireValue(0));
   if (TakeFault(FaultKind::Short, LastSheet())) data.resize(data.size() / 2);
   data += kCarriageReturn;

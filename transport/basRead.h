@@ -2,16 +2,9 @@
 // serial port around them. It knows the drivers by their contract alone.
 #pragma once
 
-#include <optional>
-
-#include "base/enumerations.h"
-#include "drivers/Driver.h"
 #include "engine/Seams.h"
 
 namespace tesk {
-
-// The family that a reader type is routed to; empty for types 0, 45, 46 and values that are no member.
-std::optional<Family> FamilyOf(teskReaderType type);
 
 class basRead : public ReaderDispatch {
  public:

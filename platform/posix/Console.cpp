@@ -1,7 +1,9 @@
 // The operator's console: standard error as message box, and the interrupt.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <iostream>
 
@@ -11,10 +13,18 @@ namespace tesk::platform {
 namespace {
 
 // Written in the signal handler, hence the lock-free global.
-std::atomic<bool> interrupted{false};
-static_assert(std::atomic<bool>::is_always_lock_free);
+std::atomic<int> interrupt{0};
+static_assert(std::atomic<int>::is_always_lock_free);
 
-extern "C" void NoteInterrupt(int) { interrupted.store(true); }
+extern "C" void NoteInterrupt(int signal) {
+  int none = 0;
+  interrupt.compare_exchange_strong(none, signal);
+}
+
+bool IsIgnored(int signal) {
+  struct sigaction action {};
+  return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
 
 class ConsoleBox : public MessageBox {
  public:
@@ -31,6 +41,15 @@ bool StandardInputIsTerminal() { return ::isatty(STDIN_FILENO) != 0; }
 bool StandardErrorIsTerminal() { return ::isatty(STDERR_FILENO) != 0; }
 bool StandardOutputIsTerminal() { return ::isatty(STDOUT_FILENO) != 0; }
 
+// Standard input gets an end that cannot be read, the others one that cannot be written.
+void ReserveStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(stream, F_GETFD) >= 0 || errno != EBADF) continue;
+    // The lowest free number is this stream's: those before it are taken.
+    ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
 void InstallInterruptHandler() {
   struct sigaction action {};
   action.sa_handler = NoteInterrupt;
@@ -38,10 +57,11 @@ void InstallInterruptHandler() {
   action.sa_flags = 0;  // no SA_RESTART: a wait ends at once
   ::sigaction(SIGINT, &action, nullptr);
   ::sigaction(SIGTERM, &action, nullptr);
+  if (!IsIgnored(SIGHUP)) ::sigaction(SIGHUP, &action, nullptr);
   action.sa_handler = SIG_IGN;
   ::sigaction(SIGPIPE, &action, nullptr);
 }
 
-bool Interrupted() { return interrupted.load(); }
+int InterruptSignal() { return interrupt.load(); }
 
 }  // namespace tesk::platform

@@ -1,5 +1,7 @@
 // The file of whole records.
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -11,50 +13,97 @@
 namespace tesk::platform {
 namespace {
 
+struct stat StatusOf(int descriptor) {
+  struct stat status {};
+  if (::fstat(descriptor, &status) != 0) status = {};
+  return status;
+}
+
+// What a place cannot be asked before it is written to: a disk that is full says so at the write alone.
+enum class Kind { File, Stream, Device };
+
+Kind KindOf(int descriptor) {
+  const mode_t mode = StatusOf(descriptor).st_mode;
+  if (S_ISREG(mode)) return Kind::File;
+  return S_ISCHR(mode) && ::isatty(descriptor) == 0 ? Kind::Device : Kind::Stream;
+}
+
 class PosixOutputFile : public OutputFile {
  public:
-  explicit PosixOutputFile(std::string path)
-      : path_(std::move(path)),
-        file_(::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0666)) {
-    if (!file_.Open()) throw Failure("opened", errno);
-    struct stat status {};
-    regular_ = ::fstat(file_.Get(), &status) == 0 && S_ISREG(status.st_mode);
-  }
+  // failure: how a message begins that something could not be written.
+  PosixOutputFile(std::string failure, std::string advice, Descriptor file)
+      : failure_(std::move(failure)),
+        advice_(std::move(advice)),
+        file_(std::move(file)),
+        kind_(KindOf(file_.Get())),
+        end_(StatusOf(file_.Get()).st_size) {}
   // Without a Close of the owner's there is nobody left to tell.
   ~PosixOutputFile() override {
     if (file_.Open()) ::fsync(file_.Get());
   }
 
+  void MadeAt(std::string path) { path_ = std::move(path); }
+  void Empty();
+  // False while another program writes. File systems without locks are let pass.
+  bool Lock() const {
+    return kind_ != Kind::File || ::flock(file_.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  }
+
+  void Check() override;
   void Append(std::string_view record) override;
+  void Keep(std::string_view record) override;
+  void Settle(std::string_view record) override;
   void Close() override;
+  void Discard() override;
 
  private:
-  // Cuts the file behind its last whole record. A system that refuses that has reported worse already.
-  void TakeBack() {
-    if (regular_ && ::ftruncate(file_.Get(), end_) != 0) regular_ = false;
+  // Cuts the file at `end`. Somebody else's bytes behind our own stay. A system that refuses has reported worse
+  // already.
+  bool CutAt(off_t end, off_t ours) {
+    if (kind_ != Kind::File || StatusOf(file_.Get()).st_size != ours) return false;
+    return ::ftruncate(file_.Get(), end) == 0 && ::lseek(file_.Get(), end, SEEK_SET) == end;
   }
-  RunTimeError Failure(const char* what, int error) const {
+  RunTimeError Failure(int error) const {
+    const std::string reason = error == EBADF ? "it was closed" : SystemReason(error);
     return {error == ENOSPC || error == EDQUOT ? kErrorDiskFull : kErrorFileAccess,
-            "The file \"" + path_ + "\" cannot be " + what + ": " + SystemReason(error) + ".",
+            failure_ + ": " + reason + (advice_.empty() ? "" : "."),
             {},
-            "Check the path, its permissions and the free space, or choose another file."};
+            advice_};
   }
 
-  std::string path_;
+  std::string failure_;
+  std::string advice_;
+  std::string path_;  // of a file that was made for this object; else empty
   Descriptor file_;
-  bool regular_ = false;  // not a pipe or a terminal, which take back nothing
-  off_t end_ = 0;         // bytes of whole records
+  Kind kind_;
+  off_t end_;         // of the whole records
+  std::string kept_;  // the record that is not settled yet
 };
+
+void PosixOutputFile::Empty() {
+  if (kind_ == Kind::File && ::ftruncate(file_.Get(), 0) != 0) throw Failure(errno);
+  end_ = 0;
+}
+
+void PosixOutputFile::Check() {
+  const int flags = ::fcntl(file_.Get(), F_GETFL);
+  if (flags < 0 || (flags & O_ACCMODE) == O_RDONLY) throw Failure(EBADF);
+  pollfd place{file_.Get(), POLLOUT, 0};
+  if (kind_ != Kind::Stream || ::poll(&place, 1, 0) <= 0) return;
+  if ((place.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) throw Failure(EPIPE);
+}
 
 // A write that was cut short (disk full) is continued, which either works or gives the reason.
 void PosixOutputFile::Append(std::string_view record) {
   std::size_t written = 0;
+  // Who shares the place may have written behind the last record.
+  if (kind_ == Kind::File) end_ = ::lseek(file_.Get(), 0, SEEK_END);
   while (written < record.size()) {
     const ssize_t count = ::write(file_.Get(), record.data() + written, record.size() - written);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
-      const auto failure = Failure("written", errno);
-      TakeBack();
+      const auto failure = Failure(errno);
+      CutAt(end_, end_ + static_cast<off_t>(written));
       throw failure;
     }
     written += static_cast<std::size_t>(count);
@@ -62,17 +111,80 @@ void PosixOutputFile::Append(std::string_view record) {
   end_ += static_cast<off_t>(record.size());
 }
 
+void PosixOutputFile::Keep(std::string_view record) {
+  if (kind_ == Kind::Stream) return Check();
+  Append(record);
+  kept_ = record;
+}
+
+void PosixOutputFile::Settle(std::string_view record) {
+  const std::string kept = std::exchange(kept_, {});
+  if (kept == record) return;
+  // What cannot be taken back stays as it was kept: twice would be worse.
+  if (!kept.empty() && !CutAt(end_ - static_cast<off_t>(kept.size()), end_)) return;
+  Append(record);
+}
+
 void PosixOutputFile::Close() {
   if (!file_.Open()) return;
-  const int unsynced = regular_ && ::fsync(file_.Get()) != 0 ? errno : 0;
+  const int unsynced = kind_ == Kind::File && ::fsync(file_.Get()) != 0 ? errno : 0;
   const int unclosed = file_.Close();
-  if (unsynced != 0 || unclosed != 0) throw Failure("written", unsynced != 0 ? unsynced : unclosed);
+  if (unsynced != 0 || unclosed != 0) throw Failure(unsynced != 0 ? unsynced : unclosed);
+}
+
+void PosixOutputFile::Discard() {
+  const struct stat open = StatusOf(file_.Get());
+  struct stat named {};
+  if (path_.empty() || open.st_size != 0 || ::lstat(path_.c_str(), &named) != 0) return;
+  if (open.st_ino == named.st_ino && open.st_dev == named.st_dev) ::unlink(path_.c_str());
+}
+
+constexpr const char* kAdvice = "Check the path, its permissions and the free space, or choose another file.";
+
+RunTimeError OpenFailure(const std::string& path, int error) {
+  const std::string file = "The file \"" + path + "\"";
+  if (error == EEXIST) return {kErrorFileExists, file + " is there already.", {}, "Choose another name."};
+  if (error == ENXIO) {
+    return {kErrorFileAccess, "Nobody reads the pipe \"" + path + "\".", {}, "Start its reader first."};
+  }
+  if (error == EWOULDBLOCK) {
+    return {kErrorFileInUse,
+            file + " is being written by another program.",
+            {},
+            "Wait until it has ended, or choose another file."};
+  }
+  return {kErrorFileAccess, file + " cannot be opened: " + SystemReason(error) + ".", {}, kAdvice};
+}
+
+bool IsOther(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+// Opening a pipe waits for nobody; writing to it does.
+Descriptor Open(const std::string& path, OpenMode mode) {
+  constexpr int kAlways = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY;
+  const int made = IsOther(path) ? O_NONBLOCK : mode == OpenMode::New ? O_CREAT | O_EXCL : O_CREAT;
+  Descriptor file(::open(path.c_str(), kAlways | made, 0666));
+  if (!file.Open()) throw OpenFailure(path, errno);
+  if (made == O_NONBLOCK) ::fcntl(file.Get(), F_SETFL, ::fcntl(file.Get(), F_GETFL) & ~O_NONBLOCK);
+  return file;
 }
 
 }  // namespace
 
-std::unique_ptr<OutputFile> CreateOutputFile(const std::string& path) {
-  return std::make_unique<PosixOutputFile>(path);
+std::unique_ptr<OutputFile> OpenOutputFile(const std::string& path, OpenMode mode) {
+  auto file = std::make_unique<PosixOutputFile>("The file \"" + path + "\" cannot be written", kAdvice,
+                                                Open(path, mode));
+  if (!file->Lock()) throw OpenFailure(path, EWOULDBLOCK);
+  if (mode == OpenMode::New && !IsOther(path)) file->MadeAt(path);
+  if (mode == OpenMode::Replace) file->Empty();
+  return file;
+}
+
+std::unique_ptr<OutputFile> StandardOutput() {
+  return std::make_unique<PosixOutputFile>("standard output takes nothing more", "",
+                                           Descriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)));
 }
 
 }  // namespace tesk::platform

@@ -9,7 +9,7 @@
 namespace tesk::platform {
 namespace {
 
-std::atomic<bool> interrupted{false};  // written on a thread of the system's
+std::atomic<int> interrupt{0};  // written on a thread of the system's
 
 bool IsConsole(DWORD stream) {
   DWORD mode = 0;
@@ -32,12 +32,19 @@ class ConsoleBox : public MessageBox {
   }
 };
 
+// As other systems number these signals.
+constexpr int kHangUp = 1;
+constexpr int kCtrlC = 2;
+constexpr int kEnd = 15;
+
 // For a window that closes, or a session that ends, the program ends when this returns, or after a few
 // seconds: until then the main thread may close the port.
 BOOL WINAPI NoteInterrupt(DWORD event) {
   constexpr DWORD kLongerThanTheSystemWaits = 20'000;
-  interrupted.store(true);
-  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) ::Sleep(kLongerThanTheSystemWaits);
+  const bool typed = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
+  int none = 0;
+  interrupt.compare_exchange_strong(none, typed ? kCtrlC : event == CTRL_CLOSE_EVENT ? kHangUp : kEnd);
+  if (!typed) ::Sleep(kLongerThanTheSystemWaits);
   return TRUE;
 }
 
@@ -49,8 +56,11 @@ bool StandardInputIsTerminal() { return IsConsole(STD_INPUT_HANDLE); }
 bool StandardErrorIsTerminal() { return IsConsole(STD_ERROR_HANDLE); }
 bool StandardOutputIsTerminal() { return IsConsole(STD_OUTPUT_HANDLE); }
 
+// A closed stream keeps its handle's place here: nothing else gets it.
+void ReserveStandardStreams() {}
+
 void InstallInterruptHandler() { ::SetConsoleCtrlHandler(NoteInterrupt, TRUE); }
-bool Interrupted() { return interrupted.load(); }
+int InterruptSignal() { return interrupt.load(); }
 
 std::unique_ptr<PseudoTerminal> CreatePseudoTerminal(const std::string&) {
   throw RunTimeError(kErrorNotSupported, "Windows has no pseudo-terminals to simulate a scanner on.", {},

@@ -63,6 +63,14 @@ std::vector<json> Sheets(const std::string& text) {
   return sheets;
 }
 
+// What the operator was told before the closing block, and how that says the scan ended.
+std::string Told(const Process& scan) { return scan.Error().substr(0, scan.Error().find("teskread scan: ")); }
+std::string Ended(const Process& scan) {
+  constexpr std::string_view kBecause = "ended because: ";
+  const std::size_t at = scan.Error().rfind(kBecause);
+  return at == std::string::npos ? "" : scan.Error().substr(at + kBecause.size());
+}
+
 json MarksJson(const SideArray& side) {
   json rows = json::array();
   for (std::int32_t row = 1; row <= side.Rows(); ++row) {
@@ -96,14 +104,15 @@ TEST(ProcessScan, DuplexPagesArriveMarkByMarkAndServeAsSheetsAgain) {
                              .side1 = {-1, sheet.side1, {}, {}},
                              .side2 = cli::SideRecord{-1, sheet.side2, {}, {}},
                              .barcodes = {},
-                             .disposed = {}});
+                             .disposed = {},
+                             .warnings = {}});
   }
   for (int round = 1; round <= 2; ++round) {
     WriteFile(directory / "sheets.ndjson", file);
     Scanner scanner({"--reader", "15", "--sheets", directory / "sheets.ndjson"});
     Process scan(ScanArguments("15", scanner.Device(), {"--side2", "50x48"}));
     EXPECT_EQ(scan.Wait(), 0) << scan.Error();
-    EXPECT_EQ(scan.Error(), "");
+    EXPECT_EQ(Told(scan), "");
     const auto sheets = Sheets(scan.Output());
     ASSERT_EQ(sheets.size(), paper.size());
     for (std::size_t i = 0; i < paper.size(); ++i) {
@@ -111,7 +120,7 @@ TEST(ProcessScan, DuplexPagesArriveMarkByMarkAndServeAsSheetsAgain) {
       EXPECT_EQ(sheets[i]["side1"]["marks"], MarksJson(paper[i].side1));
       EXPECT_EQ(sheets[i]["side2"]["marks"], MarksJson(paper[i].side2));
       EXPECT_EQ(sheets[i]["barcodes"], json::array());
-      EXPECT_EQ(sheets[i]["disposed"], "eject");
+      EXPECT_EQ(sheets[i]["disposed"], "ejected");
     }
     EXPECT_EQ(scanner.End(), 0);
     file = scan.Output();
@@ -151,7 +160,7 @@ TEST(ProcessScan, RejectedSheetsLeaveThroughTheRejectExit) {
       ScanArguments("15", scanner.Device(), {"--dispose", "reject", "--trace", directory / "trace"}));
   EXPECT_EQ(scan.Wait(), 0) << scan.Error();
   EXPECT_EQ(scanner.End(), 0);
-  EXPECT_EQ(Sheets(scan.Output()).at(1)["disposed"], "reject");
+  EXPECT_EQ(Sheets(scan.Output()).at(1)["disposed"], "rejected");
   EXPECT_THAT(TracedBytes(FileText(directory / "trace"), '>'),
               AllOf(HasSubstr("READ 5 Y E\r"), HasSubstr("EJCT C\r")));
 }
@@ -209,9 +218,14 @@ TEST_P(ProcessFault, ReachesTheOperatorInItsOwnWords) {
   Scanner scanner({"--reader", expected.reader, "--count", "3", "--fault", expected.fault});
   Process scan(ScanArguments(expected.reader, scanner.Device(), {"--set", "TimeOut=1"}));
   const bool quiet = *expected.message == '\0';
-  EXPECT_EQ(scan.Wait(), quiet && expected.sheets > 0 ? 0 : 1);
+  const bool empty = std::string_view(expected.fault).starts_with("empty");
+  EXPECT_EQ(scan.Wait(), empty && expected.sheets > 0 ? 0 : 1);
   const testing::Matcher<std::string> words = StartsWith(expected.message);
-  EXPECT_THAT(scan.Error(), quiet ? testing::Matcher<std::string>(std::string()) : words);
+  EXPECT_THAT(Told(scan), quiet ? testing::Matcher<std::string>(std::string()) : words);
+  const std::string title(expected.message, std::string_view(expected.message).find(':') + quiet);
+  EXPECT_THAT(Ended(scan), StartsWith(empty   ? "the hopper is empty"
+                                      : quiet ? "the scanner reported a condition without a text"
+                                              : title));
   EXPECT_EQ(Sheets(scan.Output()).size(), expected.sheets);
 }
 
@@ -260,7 +274,7 @@ constexpr FaultCase kFaultCases[] = {
      "while "
      "issuing the end of form command.\n",
      0},
-    {"refuse-printer@1", "teskread: the scanner refused to start\n", 0},
+    {"refuse-printer@1", "Start Refused: the scanner refused to start\n", 0},
 };
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ProcessFault, testing::ValuesIn(kFaultCases), [](const auto& tested) {
@@ -278,11 +292,11 @@ TEST(ProcessScan, CtrlCWhileASheetIsAwaitedClosesThePort) {
   std::this_thread::sleep_for(Seconds(0.3));
   scan.Signal(SIGINT);
   EXPECT_EQ(scan.Wait(Seconds(5)), 130);
-  EXPECT_EQ(scan.Error(), "");
+  EXPECT_EQ(Told(scan), "");
   EXPECT_EQ(Sheets(FileText(directory / "sheets")).size(), 1U);
   Process another(ScanArguments("11", scanner.Device(), {"--max-sheets", "0"}));
   EXPECT_EQ(another.Wait(), 1);
-  EXPECT_EQ(another.Error(), "teskread: no sheet was read\n");
+  EXPECT_THAT(another.Error(), StartsWith("teskread scan: no sheet was read"));
   EXPECT_EQ(scanner.End(), 0);
 }
 
@@ -295,11 +309,171 @@ TEST(ProcessScan, CtrlCInMidSheetSendsTheSheetOnFirst) {
   std::this_thread::sleep_for(Seconds(0.3));
   scan.Signal(SIGINT);
   EXPECT_EQ(scan.Wait(Seconds(10)), 130);
-  EXPECT_EQ(scan.Error(), "");
+  EXPECT_EQ(Told(scan), "");
   EXPECT_EQ(Sheets(scan.Output()).size(), 1U);
   const std::string sent = TracedBytes(FileText(directory / "trace"), '>');
   EXPECT_THAT(sent.substr(sent.rfind("READ")), HasSubstr("EJCT A \r"));
   EXPECT_THAT(FileText(directory / "trace"), HasSubstr(" close\n"));
+  EXPECT_EQ(scanner.End(), 0);
+}
+
+TEST(ProcessScan, AHangUpOrARequestToEndKeepsTheSheetThatIsUnderWay) {
+  for (const int signal : {SIGHUP, SIGTERM}) {
+    const TemporaryDirectory directory;
+    Scanner scanner({"--reader", "15", "--count", "9", "--paced"});
+    Process scan(ScanArguments("15", scanner.Device(), {"--trace", directory / "trace"}));
+    WaitForFile(directory / "trace", "|.READ 5 Y E.|");
+    std::this_thread::sleep_for(Seconds(0.2));
+    scan.Signal(signal);
+    EXPECT_EQ(scan.Wait(Seconds(10)), 128 + signal);
+    EXPECT_EQ(Sheets(scan.Output()).size(), 1U);
+    EXPECT_THAT(FileText(directory / "trace"), HasSubstr(" close\n"));
+    EXPECT_EQ(scanner.End(), 0);
+  }
+}
+
+TEST(ProcessScan, WhatWasReadIsNeverDestroyedAndGoesOnWithItsNumbers) {
+  const TemporaryDirectory directory;
+  const std::string file = directory / "class";
+  for (const char* format : {"ndjson", "csv"}) {
+    const Texts arguments = {"--output", file, "--format", format, "--max-sheets", "2"};
+    Process first(ScanArguments("15", "sim", arguments));
+    EXPECT_EQ(first.Wait(), 0) << first.Error();
+    const std::string before = FileText(file);
+    Process again(ScanArguments("15", "sim", arguments));
+    EXPECT_EQ(again.Wait(), 2);
+    EXPECT_THAT(again.Error(),
+                AllOf(HasSubstr("--output: " + file + " is there already"), HasSubstr("--append")));
+    EXPECT_EQ(FileText(file), before);
+    Process more(ScanArguments("15", "sim", Joined(arguments, {"--append"})));
+    EXPECT_EQ(more.Wait(), 0) << more.Error();
+    EXPECT_THAT(FileText(file), StartsWith(before));
+    const std::string behind = FileText(file).substr(before.size());
+    EXPECT_THAT(behind, StartsWith(*format == 'c' ? "3,1," : "{\"sheet\":3,"));
+    EXPECT_THAT(behind, HasSubstr(*format == 'c' ? "\n4,1," : "\n{\"sheet\":4,"));
+    WriteFile(file, before.substr(0, before.size() - 3));
+    Process torn(ScanArguments("15", "sim", Joined(arguments, {"--append"})));
+    EXPECT_EQ(torn.Wait(), 2);
+    EXPECT_THAT(torn.Error(), HasSubstr("does not end with a whole sheet"));
+    std::filesystem::remove(file);
+  }
+}
+
+TEST(ProcessScan, AScanThatReadNothingLeavesNoFile) {
+  const TemporaryDirectory directory;
+  const std::string file = directory / "class";
+  Scanner empty({"--reader", "15", "--count", "0"});
+  for (const std::string& port : {std::string("/nonexistent/tty"), empty.Device()}) {
+    Process scan(ScanArguments("15", port, {"--output", file}));
+    EXPECT_EQ(scan.Wait(), 1) << scan.Error();
+    EXPECT_FALSE(std::filesystem::exists(file)) << port;
+  }
+}
+
+TEST(ProcessScan, AnotherScanOnTheSamePortHarmsNoResults) {
+  const TemporaryDirectory directory;
+  Scanner scanner({"--reader", "15", "--count", "9", "--paced"});
+  const auto arguments =
+      ScanArguments("15", scanner.Device(),
+                    {"--output", directory / "class", "--trace", directory / "trace", "--max-sheets", "2"});
+  Process first(arguments);
+  WaitForFile(directory / "class", "\"sheet\":1,");
+  Process second(arguments);
+  EXPECT_EQ(second.Wait(), 2);
+  Process third(ScanArguments("15", scanner.Device(), {"--trace", directory / "trace"}));
+  EXPECT_EQ(third.Wait(), 1);
+  EXPECT_THAT(third.Error(), HasSubstr("is being written by another program"));
+  EXPECT_EQ(first.Wait(), 0) << first.Error();
+  EXPECT_EQ(Sheets(FileText(directory / "class")).size(), 2U);
+  EXPECT_THAT(FileText(directory / "trace"), AllOf(StartsWith("teskread-trace 1\n"), HasSubstr(" close\n")));
+}
+
+struct RefusedCase {
+  Texts arguments;
+  const char* reason;
+  const char* reader = "15";
+};
+
+TEST(ProcessScan, WhatCannotGoWellIsRefusedBeforeAnythingMoves) {
+  const TemporaryDirectory directory;
+  WriteFile(directory / "letter", "Dear all\n");
+  const std::string one = directory / "one";
+  const RefusedCase cases[] = {
+      {{"--append"}, "--append: goes with --output"},
+      {{"--output", directory / "letter", "--append"}, "--append: "},
+      {{"--output", one, "--trace", one}, "--trace: "},
+      {{"--output", one, "--summary", directory / "./one"}, "is what --output names too"},
+      {{"--trace", directory / "letter"}, "is something else"},
+      {{"--summary", directory / "letter"}, "is something else"},
+      {{"--dispose", "reject"}, "has no reject exit", "2"},
+      {{"--dispose", "reject", "--set", "Rejecter=False"}, "the setting Rejecter is off"},
+      {{"--dispose", "none"}, "holds each sheet until it is sent on"},
+      {{"--imprint", "Room 7"}, "has no command that sends it on", "16"},
+      {{"--set", "Rejecter=True"}, "has no command that sends it on", "28"},
+  };
+  for (const auto& [arguments, reason, reader] : cases) {
+    Process scan(ScanArguments(reader, "sim", arguments));
+    EXPECT_EQ(scan.Wait(), 2) << reason;
+    EXPECT_THAT(scan.Error(), HasSubstr(reason));
+    EXPECT_EQ(scan.Output(), "");
+  }
+  EXPECT_EQ(FileText(directory / "letter"), "Dear all\n");
+  Process port(ScanArguments("15", directory / "letter", {"--trace", directory / "letter"}));
+  EXPECT_EQ(port.Wait(), 2);
+  EXPECT_THAT(port.Error(), HasSubstr("is what --port names too"));
+}
+
+// The shell closes the descriptors before it becomes the program.
+TEST(ProcessScan, ClosedDescriptorsSendNothingToTheScannerOrIntoTheResults) {
+  const TemporaryDirectory directory;
+  Scanner scanner({"--reader", "15", "--count", "3"});
+  std::string command;
+  for (const auto& word : ScanArguments("15", scanner.Device())) command += "'" + word + "' ";
+  Process closed({"/bin/sh", "-c", "exec " + command + ">&-"});
+  EXPECT_EQ(closed.Wait(), 1);
+  EXPECT_THAT(closed.Error(), HasSubstr("standard output takes nothing more: it was closed"));
+  Process mute({"/bin/sh", "-c",
+                "exec " + command + "--set TimeOut=1 --output " + (directory / "class") + " <&- >&- 2>&-"});
+  EXPECT_EQ(mute.Wait(), 0);
+  EXPECT_EQ(Sheets(FileText(directory / "class")).size(), 3U) << "no sheet was fed before";
+  EXPECT_EQ(scanner.End(), 0);
+}
+
+TEST(ProcessScan, AFullDiskLeavesTheUnsafeSheetInTheScanner) {
+  const TemporaryDirectory directory;
+  Scanner scanner({"--reader", "15", "--count", "3"});
+  Process scan(
+      ScanArguments("15", scanner.Device(), {"--output", "/dev/full", "--trace", directory / "trace"}));
+  EXPECT_EQ(scan.Wait(), 1);
+  EXPECT_THAT(scan.Error(), AllOf(HasSubstr("No space left on device"), HasSubstr("No sheet is safe"),
+                                  HasSubstr("Sheet 1 was not disposed of")));
+  EXPECT_THAT(TracedBytes(FileText(directory / "trace"), '>'), testing::Not(HasSubstr("EJCT")));
+}
+
+TEST(ProcessScan, TheSummarySaysForScriptsWhatTheBlockSaysForPeople) {
+  const TemporaryDirectory directory;
+  Scanner scanner({"--reader", "15", "--count", "4", "--fault", "too-dark@2", "--fault", "jam@4"});
+  Process scan(ScanArguments("15", scanner.Device(), {"--summary", directory / "end.json"}));
+  EXPECT_EQ(scan.Wait(), 1);
+  EXPECT_EQ(Sheets(scan.Output()).size(), 2U);
+  json summary = json::parse(FileText(directory / "end.json"));
+  EXPECT_GT(summary["per_minute"], 0);
+  summary.erase("per_minute");
+  EXPECT_EQ(summary, json::parse(R"({"sheets":2,"rejected":1,"warnings":0,"ended":"message",
+      "message":"Paper Jam: The Scantron scanner reports a paper jam. Please clear the jam and try again."})"));
+  EXPECT_THAT(scan.Error(), AllOf(HasSubstr("marks go from 0 to 15"), HasSubstr("teskread scan: 2 sheets, "),
+                                  HasSubstr(" 1 rejected, 0 warnings\n  ended because: Paper Jam\n")));
+}
+
+TEST(ProcessScan, WhatALineCannotCarryOfAnImprintIsSaidAndPrintedAsAQuestionMark) {
+  const TemporaryDirectory directory;
+  Scanner scanner({"--reader", "2", "--count", "1"});
+  Process scan(
+      ScanArguments("2", scanner.Device(),
+                    {"--imprint", "Zo\xC3\xAB", "--max-sheets", "1", "--trace", directory / "trace"}));
+  EXPECT_EQ(scan.Wait(), 0) << scan.Error();
+  EXPECT_THAT(Told(scan), HasSubstr("\"Zo?\" is printed"));
+  EXPECT_THAT(TracedBytes(FileText(directory / "trace"), '>'), HasSubstr("2Zo? "));
   EXPECT_EQ(scanner.End(), 0);
 }
 
@@ -364,7 +538,7 @@ TEST(ProcessScan, ATraceThatCannotBeWrittenIsToldAndTheSheetsAreReadAllTheSame) 
   Scanner scanner({"--reader", "15", "--count", "2"});
   Process scan(ScanArguments("15", scanner.Device(), {"--trace", "/dev/full"}));
   EXPECT_EQ(scan.Wait(), 1);
-  EXPECT_THAT(scan.Error(), HasSubstr("--trace /dev/full: cannot be written"));
+  EXPECT_THAT(scan.Error(), HasSubstr("--trace: The file \"/dev/full\" cannot be written"));
   EXPECT_EQ(Sheets(scan.Output()).size(), 2U);
 }
 

@@ -29,6 +29,7 @@ session() {
   simulator=$!
   until grep -qs listening "$work/listening"; do sleep 0.1; done
 
+  rm -f "$here/$name.ndjson"
   got=0
   timeout 30 "$teskread" scan --reader "$reader" --port "$work/scanner" --format ndjson --trace "$work/trace" \
     --output "$here/$name.ndjson" "$@" 2>"$work/messages" || got=$?
@@ -42,7 +43,9 @@ session() {
   fi
 
   rm -f "$here/$name.messages"
-  if test -s "$work/messages"; then cp "$work/messages" "$here/$name.messages"; fi
+  # The block at the end says how fast it went.
+  sed '/^teskread scan: /,$d' "$work/messages" >"$work/told"
+  if test -s "$work/told"; then cp "$work/told" "$here/$name.messages"; fi
   {
     sed -n 's/^reader [0-9]* /# model: /p' "$work/trace"
     echo "# from: simulated (teskread simulate $scanner)" | sed "s|$here/||"

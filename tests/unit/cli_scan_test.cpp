@@ -22,15 +22,13 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 // teskread's own arrangement around an engine, with everything that it writes kept in memory.
-class CliScan : public testing::Test {
+class CliScan : public testing::Test, public SheetTaker {
  protected:
   void Start(teskReaderType type, simulator::Options options, std::vector<std::string> assignments = {}) {
     scanner_ = simulator::CreateScanner(type, std::move(options));
     time_->nextDue = [this] { return scanner_->NextDue(); };
-    auto traceStream = std::make_unique<std::ostringstream>();
-    traceText_ = traceStream.get();
-    trace_ = std::make_shared<Trace>(time_, [] {});
-    trace_->Begin(std::move(traceStream), type, "a scanner", "Duplex=True");
+    trace_ = std::make_shared<Trace>(time_, [](const std::string&) {});
+    trace_->Begin([this](std::string_view line) { traceText_ += line; }, type, "a scanner", "Duplex=True");
     engine_ = CreateReader(
         {.serial = std::make_shared<ObservedSerialSystem>(
              std::make_shared<SimulatedSerial>(scanner_, time_),
@@ -45,13 +43,19 @@ class CliScan : public testing::Test {
     scan.port = "sim";
     scan.side1 = scan.side2 = "50x48";
     scan.assignments = std::move(assignments);
-    ConfigureEngine(ParseScanOptions(scan), *engine_);
-    batch_ = std::make_unique<BatchHost>(
-        *engine_, BatchHost::Parts{.console = console_,
-                                   .activity = activity_,
-                                   .clock = time_,
-                                   .interrupted = [this] { return interrupted_; },
-                                   .deliver = [this](const SheetRecord& record) { Deliver(record); }});
+    scan.dispose = dispose_;
+    scan.strict = strict_;
+    plan_ = ParseScanOptions(scan);
+    plan_.maxSheets = maxSheets_;
+    ConfigureEngine(plan_, *engine_);
+    batch_ =
+        std::make_unique<BatchHost>(*engine_, plan_,
+                                    BatchHost::Parts{.console = console_,
+                                                     .host = host_,
+                                                     .activity = activity_,
+                                                     .clock = time_,
+                                                     .interrupted = [this] { return interrupted_ ? 2 : 0; },
+                                                     .taker = *this});
     engine_->AddEvents(*batch_);
     time_->onMessages = [this](int turn) {
       if (onMessages_) onMessages_(turn);
@@ -63,14 +67,23 @@ class CliScan : public testing::Test {
     if (engine_ && batch_) engine_->RemoveEvents(*batch_);
   }
 
-  void Deliver(const SheetRecord& record) {
-    if (deliveryFails_) throw CommandFailure("disk full");
-    records_.push_back(record);
+  void Begin() override {
+    if (beginFails_) throw CommandFailure("the file is there already");
   }
+  void Keep(const clsTeskReader&, const SheetRecord& record) override {
+    if (record.sheet == unkept_) throw CommandFailure("disk full");
+    keptAs_.push_back(record.disposed);
+  }
+  void Settle(const clsTeskReader&, const SheetRecord& record) override { records_.push_back(record); }
 
-  bool Read(std::int32_t maxSheets = -1) {
+  BatchReport Read() {
     std::int32_t count = 0;
-    return engine_->ReadBatch(false, maxSheets, count);
+    return batch_->Report(engine_->ReadBatch(false, maxSheets_, count));
+  }
+  std::vector<Exit> Exits() const {
+    std::vector<Exit> exits;
+    for (const auto& disposal : scanner_->Disposals()) exits.push_back(disposal.exit);
+    return exits;
   }
 
   std::shared_ptr<test::VirtualTime> time_ = std::make_shared<test::VirtualTime>();
@@ -79,26 +92,32 @@ class CliScan : public testing::Test {
   std::shared_ptr<Console> console_ = std::make_shared<Console>(errors_, false);
   std::shared_ptr<ConsoleHost> host_ = std::make_shared<ConsoleHost>(console_);
   std::shared_ptr<simulator::SheetScanner> scanner_;
-  std::ostringstream* traceText_ = nullptr;
+  std::string traceText_;
   std::shared_ptr<Trace> trace_;
   std::shared_ptr<clsTeskReader> engine_;
   std::unique_ptr<BatchHost> batch_;
   std::vector<SheetRecord> records_;
   std::function<void(int)> onMessages_;
+  ScanPlan plan_;
+  std::string dispose_;
+  bool strict_ = false;
+  std::int32_t maxSheets_ = -1;
   bool interrupted_ = false;
-  bool deliveryFails_ = false;
+  bool beginFails_ = false;
+  std::int32_t unkept_ = 0;  // the sheet that does not fit on the disk
+  std::vector<std::string> keptAs_;
 };
 
 TEST_F(CliScan, EverySheetArrivesAsItWasAndIsEjectedBeforeItIsDelivered) {
   const auto sheets = simulator::GenerateSheets(3, 5, {50, 48, true}, 15);
   Start(teskReaderTypeScantronScanMark5500, {.sheets = sheets});
-  EXPECT_TRUE(Read());
+  Read();
   ASSERT_EQ(records_.size(), 3U);
   for (std::size_t i = 0; i < 3; ++i) {
     EXPECT_EQ(records_[i].side1.marks, sheets[i].side1);
     ASSERT_TRUE(records_[i].side2);
     EXPECT_EQ(records_[i].side2->marks, sheets[i].side2);
-    EXPECT_EQ(records_[i].disposed, "eject");
+    EXPECT_EQ(records_[i].disposed, "ejected");
   }
   EXPECT_EQ(scanner_->Disposals().size(), 3U);
   EXPECT_EQ(scanner_->Disposals()[2].exit, Exit::Accepted);
@@ -109,7 +128,7 @@ TEST_F(CliScan, EverySheetArrivesAsItWasAndIsEjectedBeforeItIsDelivered) {
 TEST_F(CliScan, AnInterruptWhileAHandFedScannerWaitsEndsAtOnceAndQuietly) {
   Start(teskReaderTypeScantronScanMark2000, {.count = 0});
   onMessages_ = [this](int turn) { interrupted_ = turn > 50; };
-  EXPECT_TRUE(Read());
+  EXPECT_EQ(StatusOf(Read()), 130);
   EXPECT_LT(time_->Elapsed(), Milliseconds(5000));
   EXPECT_EQ(errors_.str(), "");
   EXPECT_FALSE(engine_->fComm()->mscComm()->PortOpen());
@@ -118,7 +137,7 @@ TEST_F(CliScan, AnInterruptWhileAHandFedScannerWaitsEndsAtOnceAndQuietly) {
 TEST_F(CliScan, AnInterruptInMidSheetLetsTheSheetLeaveProperly) {
   Start(teskReaderTypeScantronScanMark5500, {.count = 5, .timings = {.reading = Milliseconds(1500)}});
   onMessages_ = [this](int) { interrupted_ = interrupted_ || scanner_->SheetsLeft() == 3; };
-  EXPECT_TRUE(Read());
+  EXPECT_EQ(StatusOf(Read()), 130);
   EXPECT_EQ(records_.size(), 2U);
   ASSERT_EQ(scanner_->Disposals().size(), 2U);
   EXPECT_EQ(scanner_->Disposals()[1].exit, Exit::Accepted);
@@ -137,13 +156,124 @@ TEST_F(CliScan, AnInterruptDoesNotWaitForAScannerThatFellSilent) {
   EXPECT_FALSE(engine_->fComm()->mscComm()->PortOpen());
 }
 
-TEST_F(CliScan, ASheetThatCannotBeWrittenEndsTheBatchWithThePaperOut) {
-  deliveryFails_ = true;
-  Start(teskReaderTypeScantronScanMark5500, {.count = 5});
-  EXPECT_TRUE(Read());
-  EXPECT_EQ(batch_->DeliveryFailure(), "disk full");
-  EXPECT_EQ(scanner_->Disposals().size(), 1U);
-  EXPECT_EQ(host_->Messages(), 0);
+// ---- How a batch ends
+
+struct EndsAs {
+  int rejected = 0;
+  int warnings = 0;
+  int status = 1;
+};
+
+struct Asked {
+  const char* dispose = "eject";
+  std::int32_t maxSheets = -1;
+  bool strict = false;
+};
+
+struct EndCase {
+  const char* name;
+  teskReaderType type;
+  simulator::Options scanner;
+  const char* assignment;
+  BatchEnd end;
+  const char* title;     // of the message that ended it
+  const char* disposed;  // of the sheets that were written, by their first letters
+  EndsAs endsAs = {};
+  Asked asked = {};
+};
+
+constexpr auto kHeld = teskReaderTypeScantronScanMark5500;
+
+std::vector<EndCase> EndCases() {
+  using simulator::FaultKind;
+  using enum BatchEnd;
+  const auto with = [](FaultKind kind) { return simulator::Options{.count = 3, .faults = {{kind, 2}}}; };
+  const simulator::Options dark = with(FaultKind::TooDark);
+  const simulator::Options cut = with(FaultKind::Short);
+  const EndsAs well{.status = 0};
+  const char* off = "Rejecter=False";
+  return {
+      {"hopper", kHeld, {.count = 2}, "", HopperEmpty, "", "ee", well},
+      {"emptyHopper", kHeld, {.count = 0}, "", HopperEmpty, "", ""},
+      {"maxSheets", kHeld, {.count = 3}, "", MaxSheets, "", "ee", well, {.maxSheets = 2}},
+      {"message", kHeld, with(FaultKind::Jam), "", Message, "Paper Jam", "e"},
+      {"theLastSheet", kHeld, with(FaultKind::Jam), "", Message, "Paper Jam", "e", {}, {.maxSheets = 2}},
+      {"unknownStatus", kHeld, with(FaultKind::UnknownStatus), "", SilentFault, "", "e"},
+      {"rejecting", kHeld, {.count = 2}, "", HopperEmpty, "", "rr", well, {.dispose = "reject"}},
+      {"noneButTheLast", kHeld, {.count = 3}, off, MaxSheets, "", "ne", well, {"none", 2}},
+      {"noRoutine", teskReaderTypeScantron8000, {.count = 1}, "", HopperEmpty, "", "n", well},
+      {"noEject", kHeld, with(FaultKind::SilenceEject), "TimeOut=1", Message, "Eject Page Error", "ef"},
+      {"tooDarkIsRejected", kHeld, dark, "", HopperEmpty, "", "ee", {.rejected = 1, .status = 0}},
+      {"tooDarkAndNoRejecter", kHeld, dark, off, Message, "Sheet Refused", "e", {.rejected = 1}},
+      {"short", kHeld, cut, "", HopperEmpty, "", "eee", {.warnings = 2, .status = 0}},
+      {"strict", kHeld, cut, "", Message, "Warning", "ee", {.warnings = 2}, {.strict = true}},
+  };
+}
+
+class CliBatchEnd : public CliScan, public testing::WithParamInterface<EndCase> {};
+
+TEST_P(CliBatchEnd, IsToldAsItWas) {
+  const EndCase& expected = GetParam();
+  dispose_ = expected.asked.dispose;
+  maxSheets_ = expected.asked.maxSheets;
+  strict_ = expected.asked.strict;
+  std::vector<std::string> assignments;
+  if (*expected.assignment != '\0') assignments.emplace_back(expected.assignment);
+  Start(expected.type, expected.scanner, assignments);
+  const BatchReport report = Read();
+  EXPECT_EQ(static_cast<int>(report.end), static_cast<int>(expected.end)) << ClosingText(report);
+  EXPECT_EQ(report.message.title, expected.title);
+  std::string disposed;
+  for (const auto& record : records_) disposed += record.disposed.front();
+  EXPECT_EQ(disposed, expected.disposed);
+  EXPECT_EQ(report.sheets, static_cast<std::int32_t>(disposed.size()));
+  EXPECT_EQ(report.rejected, expected.endsAs.rejected);
+  EXPECT_EQ(report.warnings, expected.endsAs.warnings) << errors_.str();
+  EXPECT_EQ(StatusOf(report), expected.endsAs.status);
+  EXPECT_FALSE(engine_->fComm()->mscComm()->PortOpen());
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, CliBatchEnd, testing::ValuesIn(EndCases()),
+                         [](const auto& tested) { return std::string(tested.param.name); });
+
+TEST_F(CliScan, ASheetThatIsNotSafeStaysInTheScannerAndTheLastSafeOneIsNamed) {
+  unkept_ = 2;
+  Start(kHeld, {.count = 5});
+  Read();
+  EXPECT_EQ(Exits(), (std::vector{Exit::Accepted, Exit::Passed}))
+      << "the second is not sent on but by the reset";
+  EXPECT_EQ(scanner_->SheetsLeft(), 3U);
+  EXPECT_THAT(errors_.str(),
+              AllOf(HasSubstr("disk full"), HasSubstr("The last sheet that is safe is sheet 1."),
+                    HasSubstr("Sheet 2 was not disposed of")));
+}
+
+TEST_F(CliScan, ResultsThatCannotBeginMoveNoPaper) {
+  beginFails_ = true;
+  Start(kHeld, {.count = 5});
+  const BatchReport report = Read();
+  EXPECT_EQ(report.message.title, "Results Not Written");
+  EXPECT_EQ(scanner_->SheetsLeft(), 5U);
+  EXPECT_FALSE(engine_->fComm()->mscComm()->PortOpen());
+}
+
+TEST_F(CliScan, ARefusedSheetLeavesByTheRejectExitAndIsSaidWithItsPlace) {
+  Start(kHeld, {.count = 3, .faults = {{simulator::FaultKind::TooDark, 2}}});
+  Read();
+  EXPECT_EQ(Exits(), (std::vector{Exit::Accepted, Exit::Rejected, Exit::Accepted}));
+  EXPECT_THAT(errors_.str(),
+              HasSubstr("side 1, row 34, column 17 has the value 78; this scanner's marks go from 0 to 15"));
+  EXPECT_EQ(records_.at(1).sheet, 2);
+}
+
+TEST_F(CliScan, WhatIsMissingIsSaidOfItsSheetAlone) {
+  Start(kHeld, {.count = 3, .faults = {{simulator::FaultKind::Short, 2}}});
+  Read();
+  ASSERT_EQ(records_.size(), 3U);
+  EXPECT_TRUE(records_[0].warnings.empty());
+  EXPECT_THAT(records_[1].warnings,
+              testing::Contains(HasSubstr("mark positions that were asked for did not come")));
+  EXPECT_TRUE(records_[2].warnings.empty());
 }
 
 TEST_F(CliScan, MessagesArePrintedByTitleAndCounted) {
@@ -162,21 +292,20 @@ TEST_F(CliScan, EveryLineOfATraceFollowsItsGrammar) {
   const std::regex event(
       " *[0-9]+\\.[0-9]{6} (open [0-9]+ [0-9]+,[NEOMS],[4-8],(1|1\\.5|2) [a-z-]+|close"
       "|[<>] (?:[0-9A-F]{2} ){1,16} *\\|.{1,16}\\||wait [0-9]+|end (arrived|timed out|cancelled))");
-  std::istringstream lines(traceText_->str());
+  std::istringstream lines(traceText_);
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
     EXPECT_TRUE(std::regex_match(line, number <= 5 ? header : event)) << number << ": " << line;
   }
-  EXPECT_THAT(traceText_->str(),
-              AllOf(HasSubstr("|.READ 5 Y E.|"), HasSubstr("wait 10000"), HasSubstr("end timed out"),
-                    HasSubstr("end arrived"), HasSubstr("close")));
+  EXPECT_THAT(traceText_, AllOf(HasSubstr("|.READ 5 Y E.|"), HasSubstr("wait 10000"),
+                                HasSubstr("end timed out"), HasSubstr("end arrived"), HasSubstr("close")));
 }
 
 TEST_F(CliScan, ATraceHoldsEveryByteInBothDirections) {
   Start(teskReaderTypeScantronScanMark5500, {.count = 2});
   Read();
   std::map<char, std::string> traced;
-  std::istringstream lines(traceText_->str());
+  std::istringstream lines(traceText_);
   for (std::string line; std::getline(lines, line);) {
     const std::size_t at = line.find_first_of("<>");
     if (at == std::string::npos) continue;
@@ -193,13 +322,9 @@ TEST_F(CliScan, ATraceHoldsEveryByteInBothDirections) {
 }
 
 TEST_F(CliScan, ATraceThatCannotBeWrittenIsToldOnceAndTheScanGoesOn) {
-  class FullDisk : public std::stringbuf {
-    int sync() override { return -1; }
-  };
-  FullDisk disk;
   int told = 0;
-  Trace trace(time_, [&] { ++told; });
-  trace.Begin(std::make_unique<std::ostream>(&disk), 15, "a scanner", "");
+  Trace trace(time_, [&](const std::string& why) { told += why == "disk full" ? 1 : 0; });
+  trace.Begin([](std::string_view) { throw CommandFailure("disk full"); }, 15, "a scanner", "");
   trace.Sent("abc");
   trace.Closed();
   EXPECT_EQ(told, 1);
@@ -220,7 +345,10 @@ TEST(CliConsole, AnErrorReportShowsItsLinesAndWhereNothingElseNamesItItsSource) 
   host.MsgBoxEx("Title", "bell\a");
   EXPECT_EQ(errors.str(),
             "Invalid Port Number: No port.\n  Try this\n  or\n  that\n"
-            "Application Error: Subscript out of range\n  (error 9 in basScantron.ReadPageST)\n"
+            "Data Error: The scanner sent marks outside the sheet that was asked for.\n"
+            "  Check the sizes and windows (--side1, --side2, --window) against the form, and that the model "
+            "is the "
+            "right one.\n  (error 9 in basScantron.ReadPageST)\n"
             "Title: bell?\n");
   EXPECT_EQ(host.Messages(), 3);
 }

@@ -18,7 +18,7 @@ using testing::HasSubstr;
 
 SheetRecord ThreeMarks() {
   SheetRecord record{
-      .sheet = 1, .reader = 15, .side1 = {}, .side2 = {}, .barcodes = {"12345"}, .disposed = "eject"};
+      .sheet = 1, .reader = 15, .side1 = {}, .side2 = {}, .barcodes = {"12345"}, .disposed = "ejected", .warnings = {}};
   record.side1.timingMarks = 10;
   record.side1.marks = SideArray(2, 3);
   record.side1.marks.At(1, 3) = 7;
@@ -27,11 +27,13 @@ SheetRecord ThreeMarks() {
 }
 
 TEST(CliSheets, NdjsonIsOneCompactLineWithItsMembersInOrder) {
+  SheetRecord pale = ThreeMarks();
+  pale.warnings = {"pale"};
   EXPECT_EQ(
-      NdjsonText(ThreeMarks()),
+      NdjsonText(pale),
       "{\"sheet\":1,\"reader\":15,"
       "\"side1\":{\"timing_marks\":10,\"marks\":[[0,0,7],[-16,0,0]],\"image\":\"\",\"coordinates\":\"\"},"
-      "\"side2\":null,\"barcodes\":[\"12345\"],\"disposed\":\"eject\"}\n");
+      "\"side2\":null,\"barcodes\":[\"12345\"],\"disposed\":\"ejected\",\"warnings\":[\"pale\"]}\n");
 }
 
 TEST(CliSheets, NdjsonOfAnySheetStaysOneLineOfValidUtf8) {
@@ -47,16 +49,22 @@ TEST(CliSheets, NdjsonOfAnySheetStaysOneLineOfValidUtf8) {
   EXPECT_EQ(json["barcodes"][0], "line\nfeed");
 }
 
-TEST(CliSheets, OneEmptyTextIsNoBarcodeButAnEmptyFieldAmongOthersIs) {
+TEST(CliSheets, AnEmptyTextIsNoBarcodeNorIsWhatADriverHandsOutForNone) {
   EXPECT_TRUE(BarcodesRead({""}).empty());
-  EXPECT_EQ(BarcodesRead({"", "7"}), (std::vector<std::string>{"", "7"}));
+  EXPECT_EQ(BarcodesRead({"", "7", "", "?"}, "?"), (std::vector<std::string>{"7", "?"}));
+  EXPECT_TRUE(BarcodesRead({"?"}, "?").empty());
+  EXPECT_EQ(BarcodesRead({"?"}), std::vector<std::string>{"?"});
 }
 
 TEST(CliSheets, CsvListsMarksThatAreNotZeroAndQuotesBarcodes) {
   SheetRecord record = ThreeMarks();
-  record.barcodes = {"a,\"b\"", "7"};
+  record.barcodes = {"a,\"b\"", "=1+1", "-7", "'x", "\t@"};
   EXPECT_EQ(CsvHeader() + CsvText(record),
-            "sheet,side,row,column,value\n1,1,1,3,7\n1,1,2,1,-16\n1,0,1,0,\"a,\"\"b\"\"\"\n1,0,2,0,7\n");
+            "sheet,side,row,column,value\n1,1,1,3,7\n1,1,2,1,-16\n1,0,1,0,\"a,\"\"b\"\"\"\n1,0,2,0,'=1+1\n"
+            "1,0,3,0,'-7\n1,0,4,0,''x\n1,0,5,0,'\t@\n");
+  record.side1.marks = SideArray(2, 3);
+  record.barcodes = {"+"};
+  EXPECT_EQ(CsvText(record), "1,1,0,0,0\n1,0,1,0,'+\n");
 }
 
 TEST(CliSheets, TheGridShowsMarksFaintMarksAndHalvesOfALine) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "base/conversions.h"
+#include "profiles/families.h"
 #include "simulator/Simulators.h"
 #include "tests/support/TestBench.h"
 #include "transport/basRead.h"

@@ -624,7 +624,7 @@ TEST(OpScanDispose, SendsTheImprintAndTheSheetWhereTheHostWantsIt) {
   EXPECT_TRUE(basNCS::PrintNCS(b.reader()));
   EXPECT_EQ(b.Sent(),
             "107\x04"
-            "2B\xE4r 1 \x04");
+            "2B?r 1 \x04");
   b.reader().EjectPage();
   EXPECT_EQ(b.Sent(), kDc2);
   ASSERT_TRUE(b.reader().ReadPage());
@@ -639,7 +639,7 @@ TEST(OpScanDispose, SendsTheImprintAndTheSheetWhereTheHostWantsIt) {
 
   EXPECT_EQ(b.scanner->ImprintPosition(), "07");
   EXPECT_THAT(b.scanner->Disposals(),
-              ElementsAre(simulator::Disposal{1, Exit::Accepted, true, "B\xE4r 1", true},
+              ElementsAre(simulator::Disposal{1, Exit::Accepted, true, "B?r 1", true},
                           simulator::Disposal{2, Exit::Rejected, true, "", false}));
   EXPECT_THAT(b.scanner->Complaints(), IsEmpty());
 }

@@ -8,6 +8,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -466,7 +467,7 @@ TEST(OutputFile, ReplacesTheOldContentWithWholeRecords) {
   const Folder folder;
   const std::string path = folder.File("out");
   std::ofstream(path) << "an older and much longer content";
-  const auto file = CreateOutputFile(path);
+  const auto file = OpenOutputFile(path, OpenMode::Replace);
   file->Append("one\n");
   EXPECT_EQ(Content(path), "one\n") << "a record must not wait in a buffer";
   file->Append("two\n");
@@ -476,12 +477,12 @@ TEST(OutputFile, ReplacesTheOldContentWithWholeRecords) {
 }
 
 TEST(OutputFile, FaultsCarryTheReasonOfTheSystem) {
-  const auto unopened = ErrorOf([] { CreateOutputFile("/no/such/folder/out"); });
+  const auto unopened = ErrorOf([] { OpenOutputFile("/no/such/folder/out", OpenMode::New); });
   ASSERT_TRUE(unopened);
   EXPECT_EQ(unopened->Number(), kErrorFileAccess);
   EXPECT_THAT(unopened->Description(),
               AllOf(HasSubstr("/no/such/folder/out"), HasSubstr("No such file or directory")));
-  const auto full = CreateOutputFile("/dev/full");
+  const auto full = OpenOutputFile("/dev/full", OpenMode::New);
   EXPECT_EQ(NumberOf([&] { full->Append("record"); }), kErrorDiskFull);
 }
 
@@ -493,12 +494,62 @@ TEST(OutputFile, ARecordCutShortIsTakenBack) {
     ::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{10, 10};
     ::setrlimit(RLIMIT_FSIZE, &limit);
-    const auto file = CreateOutputFile(path);
+    const auto file = OpenOutputFile(path, OpenMode::Replace);
     file->Append("whole\n");
     ::_exit(NumberOf([&] { file->Append("cut short\n"); }) == kErrorFileAccess ? 0 : 1);
   };
   EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
   EXPECT_EQ(Content(path), "whole\n");
+}
+
+TEST(OutputFile, NothingThatIsThereIsDestroyed) {
+  const Folder folder;
+  const std::string path = folder.File("out");
+  std::ofstream(path) << "one\n";
+  EXPECT_EQ(NumberOf([&] { OpenOutputFile(path, OpenMode::New); }), kErrorFileExists);
+  ASSERT_EQ(::symlink("nowhere", folder.File("link").c_str()), 0);
+  EXPECT_EQ(NumberOf([&] { OpenOutputFile(folder.File("link"), OpenMode::New); }), kErrorFileExists);
+  const auto file = OpenOutputFile(path, OpenMode::Append);
+  for (const OpenMode mode : {OpenMode::Append, OpenMode::Replace}) {
+    EXPECT_EQ(NumberOf([&] { OpenOutputFile(path, mode); }), kErrorFileInUse) << "a second writer";
+  }
+  file->Append("two\n");
+  file->Discard();
+  EXPECT_EQ(Content(path), "one\ntwo\n");
+  const auto fresh = OpenOutputFile(folder.File("new"), OpenMode::New);
+  fresh->Discard();
+  EXPECT_FALSE(std::filesystem::exists(folder.File("new")));
+}
+
+TEST(OutputFile, ARecordThatTurnsOutOtherwiseIsReplacedUnlessSomebodyWroteBehindIt) {
+  const Folder folder;
+  const std::string path = folder.File("out");
+  const auto file = OpenOutputFile(path, OpenMode::New);
+  file->Append("one\n");
+  file->Keep("two ejected\n");
+  EXPECT_EQ(Content(path), "one\ntwo ejected\n");
+  file->Settle("two failed\n");
+  EXPECT_EQ(Content(path), "one\ntwo failed\n");
+  file->Keep("three ejected\n");
+  std::ofstream(path, std::ios::app) << "theirs\n";
+  file->Settle("three failed\n");
+  EXPECT_EQ(Content(path), "one\ntwo failed\nthree ejected\ntheirs\n");
+}
+
+TEST(OutputFile, APipeGetsARecordOnceItIsSettledAndOneThatNobodyReadsIsToldBefore) {
+  const Folder folder;
+  const std::string path = folder.File("pipe");
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(NumberOf([&] { OpenOutputFile(path, OpenMode::New); }), kErrorFileAccess) << "nobody reads it";
+  const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
+  const auto pipe = OpenOutputFile(path, OpenMode::New);
+  std::array<char, 16> bytes{};
+  pipe->Keep("record\n");
+  EXPECT_EQ(::read(reader, bytes.data(), bytes.size()), -1);
+  pipe->Settle("other\n");
+  EXPECT_EQ(::read(reader, bytes.data(), bytes.size()), 6);
+  ::close(reader);
+  EXPECT_EQ(NumberOf([&] { pipe->Keep("record\n"); }), kErrorFileAccess);
 }
 
 TEST(ParityMarks, EverySplitYieldsTheBytesAndTheDamage) {

@@ -26,10 +26,15 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 // What a scan writes.
-struct Outcome {
+struct Outcome : cli::SheetTaker {
   std::string sheets;
   std::string messages;
   std::vector<std::string> complaints;
+
+  void Keep(const clsTeskReader&, const cli::SheetRecord&) override {}
+  void Settle(const clsTeskReader&, const cli::SheetRecord& record) override {
+    sheets += cli::NdjsonText(record);
+  }
 };
 
 Outcome ReplaySession(cli::RecordedTrace trace) {
@@ -42,15 +47,16 @@ Outcome ReplaySession(cli::RecordedTrace trace) {
       {.serial = std::make_shared<cli::SimulatedSerial>(scanner, time), .loop = time, .clock = time});
   std::ostringstream messages;
   const auto console = std::make_shared<cli::Console>(messages, false);
-  engine->SetError(std::make_shared<cli::ConsoleHost>(console));
+  const auto host = std::make_shared<cli::ConsoleHost>(console);
+  engine->SetError(host);
   cli::ConfigureEngine(plan, *engine);
-  cli::BatchHost batch(
-      *engine, {.console = console,
-                .activity = std::make_shared<cli::LineActivity>(time),
-                .clock = time,
-                .interrupted = [] { return false; },
-                .deliver = [&](const cli::SheetRecord& record) { outcome.sheets += cli::NdjsonText(record); },
-                .disposal = plan.disposal});
+  cli::BatchHost batch(*engine, plan,
+                       {.console = console,
+                        .host = host,
+                        .activity = std::make_shared<cli::LineActivity>(time),
+                        .clock = time,
+                        .interrupted = [] { return 0; },
+                        .taker = outcome});
   engine->AddEvents(batch);
   std::int32_t count = 0;
   engine->ReadBatch(!plan.imprints.empty(), plan.maxSheets, count);

@@ -1,13 +1,17 @@
-// The operator's console: standard error as message box, and the interrupt.
+// The operator's console: standard error as message box, the terminal, and the interrupt.
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <iostream>
 
 #include "platform/Platform.h"
+#include "platform/Terminal.h"
 
 namespace tesk::platform {
 namespace {
@@ -63,5 +67,21 @@ void InstallInterruptHandler() {
 }
 
 int InterruptSignal() { return interrupt.load(); }
+
+std::string ReadTyped(Milliseconds atMost) {
+  pollfd typed{STDIN_FILENO, POLLIN, 0};
+  if (::poll(&typed, 1, static_cast<int>(atMost.count())) <= 0) return {};
+  std::array<char, 4096> bytes{};
+  const ssize_t length = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+  if (length > 0) return {bytes.data(), static_cast<std::size_t>(length)};
+  if (length == 0 || (errno != EINTR && errno != EAGAIN)) NoteInterrupt(SIGHUP);
+  return {};
+}
+
+TerminalSize CurrentTerminalSize() {
+  winsize size{};
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return {};
+  return {.columns = size.ws_col, .lines = size.ws_row};
+}
 
 }  // namespace tesk::platform

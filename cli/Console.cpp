@@ -7,17 +7,12 @@
 
 #include "base/RunTimeError.h"
 #include "base/conversions.h"
+#include "cli/ShownText.h"
 
 namespace tesk::cli {
 namespace {
 
 constexpr std::size_t kProgressWidth = 79;  // characters; a longer line would wrap and not go away
-
-std::string Printable(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; }, '?');
-  return text;
-}
 
 struct Cause {
   std::int32_t number;
@@ -61,13 +56,13 @@ void Console::Message(std::string_view title, std::string_view text) {
   ClearProgress();
   const std::string whole = fmt::format("{}: {}", title, text);
   // Some reports join their lines with line feeds.
-  const std::string lines = Printable(Replace(Replace(Replace(whole, "\r\n", "|"), "\n", "|"), "\t", " "));
+  const std::string lines = ShownText(Replace(Replace(Replace(whole, "\r\n", "|"), "\n", "|"), "\t", " "));
   stream_ << Replace(lines, "|", "\n  ") << std::endl;
 }
 
 void Console::Progress(const std::string& line) {
   if (!animated_) return;
-  const std::string shown = Printable(line).substr(0, kProgressWidth);
+  const std::string shown = ShownText(line).substr(0, kProgressWidth);
   stream_ << fmt::format("\r{:<{}}", shown, shown_) << std::flush;
   shown_ = std::max(shown.size(), shown_);
 }

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "cli/ShownText.h"
+
 namespace tesk::cli {
 namespace {
 
@@ -139,13 +141,6 @@ std::string SideText(int number, const SideRecord& side, const GridStyle& style)
   return text;
 }
 
-// Control characters would move the terminal's cursor.
-std::string Printable(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; }, '?');
-  return text;
-}
-
 std::string_view DisposalText(const std::string& disposed) {
   if (disposed == "none") return "not disposed of";
   return disposed == "failed" ? "disposing of it failed" : std::string_view(disposed);
@@ -157,12 +152,12 @@ std::string GridText(const SheetRecord& record, std::string_view readerName, con
   std::string barcodes;
   for (const std::string& barcode : record.barcodes) barcodes += (barcodes.empty() ? "" : " ") + barcode;
   std::string text = fmt::format("\n{}Sheet {}, {}", style.color ? "\x1b[1m" : "", record.sheet, readerName);
-  if (!barcodes.empty()) text += ", barcodes " + Printable(barcodes);
+  if (!barcodes.empty()) text += ", barcodes " + ShownText(barcodes);
   text += fmt::format(", {}{}\n", DisposalText(record.disposed), style.color ? "\x1b[0m" : "");
   text += SideText(1, record.side1, style);
   if (record.side2) text += SideText(2, *record.side2, style);
   for (const std::string& warning : record.warnings)
-    text += fmt::format("{}! {}\n", kMargin, Printable(warning));
+    text += fmt::format("{}! {}\n", kMargin, ShownText(warning));
   return text;
 }
 

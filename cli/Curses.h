@@ -5,5 +5,4 @@
 #define NCURSES_NOMACROS
 #endif
 #include <form.h>
-#include <menu.h>
 #include <ncurses.h>

@@ -17,6 +17,21 @@ constexpr int kIndent = 2;
 constexpr int kSpinWidth = 12;
 constexpr int kListArrow = 2;
 
+// What keys do, by the kind of control that has the focus. The keys for the whole follow.
+struct HintRow {
+  ControlKind kind;
+  const char* keys;
+};
+
+constexpr const char* kWholeHint = "   F10: OK   Esc: cancel";
+constexpr const char* kSearchHint = "Searching the ports ... Esc ends the search";
+constexpr HintRow kHints[] = {
+    {ControlKind::DropDownList, "Enter: list   Left/Right: change"},
+    {ControlKind::SpinField, "Type a number, or Left/Right: change"},
+    {ControlKind::CheckBox, "Space: tick or clear"},
+    {ControlKind::Button, "Enter: press   Tab: next"},
+};
+
 std::string Boxed(const Control& box) {
   return (box.checked ? "[x] " : "[ ] ") + basPublic::ShownCaption(box.caption);
 }
@@ -25,6 +40,8 @@ std::string Padded(std::string text, int width) {
   const int cells = Cells(text);
   return cells < width ? text + std::string(static_cast<std::size_t>(width - cells), ' ') : text;
 }
+
+int StepOf(int key) { return key == KEY_RIGHT || key == '+' ? 1 : key == KEY_LEFT ? -1 : 0; }
 
 std::string Trimmed(const char* text) {
   const std::string all = text == nullptr ? "" : text;
@@ -35,12 +52,18 @@ std::string Trimmed(const char* text) {
 }  // namespace
 
 TerminalOptions::TerminalOptions(TerminalScreen& screen, clsTeskReader& reader)
-    : screen_(screen), form_(reader, *this) {}
+    : screen_(screen), form_(reader, *this) {
+  screen_.SetBackground([this](const std::string& hint) { Compose(hint); });
+}
 
-TerminalOptions::~TerminalOptions() { ClearForm(); }
+TerminalOptions::~TerminalOptions() {
+  screen_.SetBackground(nullptr);
+  ClearForm();
+}
 
 bool TerminalOptions::Run() {
   form_.LoadValues();
+  opened_ = form_.Controls();
   while (!closed_ && !platform::Interrupted()) {
     Draw();
     const int key = screen_.ReadKey();
@@ -52,6 +75,7 @@ bool TerminalOptions::Run() {
 bool TerminalOptions::RunMessages() {
   if (!searching_) return false;
   const int key = screen_.PendingKey();
+  if (key == KEY_RESIZE) Draw();
   if (key == kEscape || platform::Interrupted()) form_.Click(ControlId::cmdCancel);
   return key != ERR;
 }
@@ -71,7 +95,6 @@ void TerminalOptions::SetHourglass(bool on) {
 }
 
 void TerminalOptions::ShowInformation(const std::string& title, const std::string& text) {
-  Draw();
   screen_.ShowBox(title, text);
 }
 
@@ -147,7 +170,7 @@ void TerminalOptions::AddField(ControlId id, int line, int column, int width) {
   const bool usable = IsUsable(form_.Controls(), id);
   const ControlKind kind = form_.Controls()[id].kind;
   FIELD* field = new_field(1, width, line, column, 0, 0);
-  set_field_buffer(field, 0, Shown(id).c_str());
+  set_field_buffer(field, 0, Shown(id, width).c_str());
   if (kind != ControlKind::SpinField) field_opts_off(field, O_EDIT);
   if (!usable) field_opts_off(field, O_ACTIVE);
   const bool valued = kind == ControlKind::SpinField || kind == ControlKind::DropDownList;
@@ -156,7 +179,8 @@ void TerminalOptions::AddField(ControlId id, int line, int column, int width) {
   ids_[field] = id;
 }
 
-std::string TerminalOptions::Shown(ControlId id) const {
+// In `width` columns, where that matters.
+std::string TerminalOptions::Shown(ControlId id, int width) const {
   const Control& control = form_.Controls()[id];
   switch (control.kind) {
     case ControlKind::CheckBox:
@@ -166,7 +190,7 @@ std::string TerminalOptions::Shown(ControlId id) const {
     case ControlKind::DropDownList: {
       const ListEntry* entry = ChosenEntry(control);
       const std::string text = entry == nullptr ? "" : entry->text;
-      return Padded(text, columns_.width - kIndent - columns_.value - 1) + "v";
+      return Padded(text, width - 1) + "v";
     }
     default:
       return control.text;
@@ -217,21 +241,14 @@ void TerminalOptions::AddButtons(int line, const Columns& columns) {
 
 // ---- Drawing
 
-bool TerminalOptions::TooSmall() const {
-  return screen_.Height() < kFewestLines || screen_.Width() < columns_.width;
+int TerminalOptions::LeastWidth() const {
+  int hint = 0;
+  for (const HintRow& row : kHints) hint = std::max(hint, Cells(row.keys) + Cells(kWholeHint));
+  return std::max(columns_.width, kIndent + hint + 1);
 }
 
-void TerminalOptions::DrawTooSmall() {
-  const std::string text = "This terminal is too small: the settings need " + std::to_string(columns_.width) +
-                           " columns and " + std::to_string(kFewestLines) +
-                           " lines. Make it larger, or press Esc to cancel.";
-  int line = 0;
-  werase(stdscr);
-  for (const std::string& each : Folded(text, std::max(screen_.Width() - 1, 10))) {
-    mvwaddnstr(stdscr, line++, 0, each.c_str(), screen_.Width());
-  }
-  curs_set(0);
-  wrefresh(stdscr);
+bool TerminalOptions::TooSmall() const {
+  return screen_.Height() < kFewestLines || screen_.Width() < LeastWidth();
 }
 
 void TerminalOptions::ScrollTo(int line) {
@@ -240,23 +257,21 @@ void TerminalOptions::ScrollTo(int line) {
   scroll_ = std::clamp(scroll_, 0, std::max(lines_ - seen, 0));
 }
 
-std::string TerminalOptions::HintFor(ControlId id) const {
-  if (searching_) return "Searching the ports ... Esc ends the search";
-  switch (form_.Controls()[id].kind) {
-    case ControlKind::DropDownList:
-      return "Enter: choose from the list   Left/Right: change   F10: OK   Esc: cancel";
-    case ControlKind::SpinField:
-      return "Left/Right: change   or type a number   F10: OK   Esc: cancel";
-    case ControlKind::CheckBox:
-      return "Space: tick or clear   F10: OK   Esc: cancel";
-    default:
-      return "Enter: press   Tab: next   F10: OK   Esc: cancel";
-  }
+std::string TerminalOptions::Hint() const {
+  if (searching_) return kSearchHint;
+  const auto* row = std::ranges::find(kHints, CurrentKind(), &HintRow::kind);
+  return row == std::end(kHints) ? "" : std::string(row->keys) + kWholeHint;
 }
 
 void TerminalOptions::Draw() {
+  Compose({});
+  doupdate();
+}
+
+// hint: of what stands over the form; empty for the form's own.
+void TerminalOptions::Compose(const std::string& hint) {
   if (stale_) Rebuild();
-  if (TooSmall()) return DrawTooSmall();
+  if (TooSmall()) return ComposeTooSmall(!hint.empty());
   int line = 0;
   int rest = 0;
   FIELD* const current = current_field(fields_);
@@ -264,22 +279,40 @@ void TerminalOptions::Draw() {
   ScrollTo(line);
   const chtype before = field_back(current);
   set_field_back(current, A_REVERSE);
-  werase(stdscr);
-  const std::string& title = form_.Caption();
-  wattron(stdscr, A_BOLD);
-  mvwaddnstr(stdscr, 0, kIndent, title.c_str(), screen_.Width() - kIndent);
-  wattroff(stdscr, A_BOLD);
-  const int last = screen_.Height() - 1;
-  mvwaddnstr(stdscr, last, kIndent, HintFor(Current()).c_str(), screen_.Width() - kIndent - 1);
-  const int seen = last - kTop - kBottom + 1;
-  if (scroll_ > 0) mvwaddnstr(stdscr, kTop - 1, screen_.Width() - 6, "more", 4);
-  if (scroll_ + seen < lines_) mvwaddnstr(stdscr, last - 1, screen_.Width() - 6, "more", 4);
-  wnoutrefresh(stdscr);
+  ComposeFrame(hint.empty() ? Hint() : hint);
   curs_set(CurrentKind() == ControlKind::SpinField ? 1 : 0);
   pos_form_cursor(fields_);
-  pnoutrefresh(pad_.get(), scroll_, 0, kTop, 0, last - kBottom, columns_.width - 1);
-  doupdate();
+  const int lowest = screen_.Height() - 1 - kBottom;
+  pnoutrefresh(pad_.get(), scroll_, 0, kTop, 0, lowest, columns_.width - 1);
   set_field_back(current, before);
+}
+
+void TerminalOptions::ComposeFrame(const std::string& hint) {
+  const int last = screen_.Height() - 1;
+  const int seen = last + 1 - kTop - kBottom;
+  const int aside = screen_.Width() - 6;
+  werase(stdscr);
+  wattron(stdscr, A_BOLD);
+  Write(stdscr, 0, kIndent, form_.Caption());
+  wattroff(stdscr, A_BOLD);
+  Write(stdscr, last, kIndent, hint);
+  if (scroll_ > 0) Write(stdscr, kTop - 1, aside, "more");
+  if (scroll_ + seen < lines_) Write(stdscr, last - 1, aside, "more");
+  wnoutrefresh(stdscr);
+}
+
+void TerminalOptions::ComposeTooSmall(bool covered) {
+  const std::string text = "This terminal is too small: the settings need " + std::to_string(LeastWidth()) +
+                           " columns and " + std::to_string(kFewestLines) +
+                           " lines. Make it larger, or press Esc to " +
+                           (searching_ ? "end the search." : "cancel.");
+  int line = 0;
+  werase(stdscr);
+  for (const std::string& each : Folded(covered ? "" : text, std::max(screen_.Width() - 1, 1))) {
+    Write(stdscr, line++, 0, each);
+  }
+  curs_set(0);
+  wnoutrefresh(stdscr);
 }
 
 // ---- Keys
@@ -289,13 +322,11 @@ ControlId TerminalOptions::Current() const { return ids_.at(current_field(fields
 ControlKind TerminalOptions::CurrentKind() const { return form_.Controls()[Current()].kind; }
 
 void TerminalOptions::Handle(int key) {
-  if (key == KEY_RESIZE) {
-    stale_ = true;
-    return;
-  }
-  if (key == kEscape) return form_.Click(ControlId::cmdCancel);
+  if (key == kEscape) return GiveUp();
   if (TooSmall()) return;
   switch (key) {
+    case KEY_RESIZE:
+      return;
     case KEY_F(10):
       return form_.Click(ControlId::cmdOK);
     case kTab:
@@ -307,6 +338,23 @@ void TerminalOptions::Handle(int key) {
     default:
       HandleField(key);
   }
+}
+
+bool TerminalOptions::IsChanged() const {
+  for (const ControlId id : TabOrder()) {
+    const Control& before = opened_[id];
+    const Control& now = form_.Controls()[id];
+    if (before.chosen != now.chosen || before.checked != now.checked || before.text != now.text) return true;
+  }
+  return false;
+}
+
+// The button for it asks nothing: it is not pressed by mistake.
+void TerminalOptions::GiveUp() {
+  const bool leaves =
+      !IsChanged() || screen_.Ask(form_.Caption(), LoadString("The settings were changed and are not saved. "
+                                                              "Leave without saving them?"));
+  if (leaves) form_.Click(ControlId::cmdCancel);
 }
 
 void TerminalOptions::Move(int request) {
@@ -322,27 +370,36 @@ void TerminalOptions::LeaveField() {
 }
 
 void TerminalOptions::HandleField(int key) {
-  const ControlId id = Current();
   const ControlKind kind = CurrentKind();
-  const int step = key == KEY_RIGHT || key == '+' ? 1 : key == KEY_LEFT ? -1 : 0;
-  if (kind == ControlKind::SpinField) {
-    if (step != 0) return form_.Spin(id, step);
-    if (IsEnter(key)) return Move(REQ_NEXT_FIELD);
-    if (key == KEY_BACKSPACE || key == 127 || key == '\b') form_driver(fields_, REQ_DEL_PREV);
-    if (key == KEY_DC) form_driver(fields_, REQ_DEL_CHAR);
-    const bool printable = key > kBlank && key < 127;
-    if (printable && !TakesCharacter(form_.Controls()[id], static_cast<char>(key))) return Beep();
-    if (printable) form_driver(fields_, key);
-    return TakeText();
+  if (kind == ControlKind::SpinField) return HandleSpin(key);
+  if (kind == ControlKind::DropDownList && StepOf(key) != 0) return Step(Current(), StepOf(key));
+  if (IsEnter(key) || key == kBlank) Activate();
+}
+
+void TerminalOptions::HandleSpin(int key) {
+  const ControlId id = Current();
+  if (StepOf(key) != 0) return form_.Spin(id, StepOf(key));
+  if (IsEnter(key)) return Move(REQ_NEXT_FIELD);
+  const char text = TextOf(key);
+  if (IsBackspace(key)) {
+    form_driver(fields_, REQ_DEL_PREV);
+  } else if (key == KEY_DC) {
+    form_driver(fields_, REQ_DEL_CHAR);
+  } else if (text == kBlank || text == '\0') {
+    return;
+  } else if (!TakesCharacter(form_.Controls()[id], text) || form_driver(fields_, text) != E_OK) {
+    return Beep();
   }
-  if (kind == ControlKind::DropDownList && step != 0) {
-    const Control& list = form_.Controls()[id];
-    const auto last = static_cast<std::int32_t>(list.entries.size()) - 1;
-    form_.Select(id, std::clamp(list.chosen + step, 0, std::max(last, 0)));
-    stale_ = true;
-  } else if (IsEnter(key) || key == kBlank) {
-    Activate();
-  }
+  TakeText();
+}
+
+// At the ends of the list nothing happens: choosing a reader again would undo what was changed since.
+void TerminalOptions::Step(ControlId list, int step) {
+  const Control& control = form_.Controls()[list];
+  const int position = control.chosen + step;
+  if (position < 0 || position >= static_cast<int>(control.entries.size())) return;
+  form_.Select(list, position);
+  stale_ = true;
 }
 
 void TerminalOptions::TakeText() {

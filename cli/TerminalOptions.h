@@ -48,27 +48,35 @@ class TerminalOptions : public OptionsView {
   int AddFrames(const Columns& columns);
   void AddRow(const LayoutRow& row, int line, const Columns& columns);
   void AddButtons(int line, const Columns& columns);
-  std::string Shown(ControlId id) const;
+  std::string Shown(ControlId id, int width = 0) const;
   void ClearForm();
 
   bool TooSmall() const;
+  int LeastWidth() const;
   void Draw();
-  void DrawTooSmall();
+  void Compose(const std::string& hint);
+  void ComposeTooSmall(bool covered);
+  void ComposeFrame(const std::string& hint);
   void ScrollTo(int line);
-  std::string HintFor(ControlId id) const;
+  std::string Hint() const;
 
   ControlId Current() const;
   ControlKind CurrentKind() const;
   void Handle(int key);
   void HandleField(int key);
+  void HandleSpin(int key);
   void Move(int request);
   void LeaveField();
+  void Step(ControlId list, int step);
+  bool IsChanged() const;
+  void GiveUp();
   void Activate();
   void Pick(ControlId list);
   void TakeText();
 
   TerminalScreen& screen_;
   frmOptions form_;
+  OptionControls opened_;  // as they were shown first
   FORM* fields_ = nullptr;
   std::vector<FIELD*> all_;
   std::map<FIELD*, ControlId> ids_;

@@ -1,76 +1,75 @@
-// Windows over the terminal.
+// The terminal's life and its keys.
 #include "cli/TerminalScreen.h"
 
 #include <algorithm>
+#include <chrono>
 #include <clocale>
 #include <cstdio>
+#include <utility>
 
 #include "cli/CommandError.h"
+#include "cli/ShownText.h"
+#include "cli/TerminalKind.h"
+#include "cli/TerminalPopups.h"
 #include "platform/Platform.h"
 
 namespace tesk::cli {
 namespace {
 
-constexpr int kPatience = 200;  // milliseconds that a key is waited for
-constexpr int kEscapeDelay = 50;
+using Steady = std::chrono::steady_clock;
+
+constexpr Milliseconds kPatience(200);  // that a key is waited for
+
+bool Continues(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+
+// The bytes of the first `cells` characters.
+std::size_t BytesOf(const std::string& text, int cells) {
+  std::size_t bytes = 0;
+  while (bytes < text.size() && cells-- > 0) {
+    do ++bytes;
+    while (bytes < text.size() && Continues(text[bytes]));
+  }
+  return bytes;
+}
+
+}  // namespace
 
 void Write(WINDOW* window, int line, int column, const std::string& text) {
   mvwaddnstr(window, line, column, text.c_str(), static_cast<int>(text.size()));
 }
 
-// What a key asks of a menu: letters search, what means nothing is refused by the menu.
-int RequestOf(int key) {
-  switch (key) {
-    case KEY_UP:
-      return REQ_UP_ITEM;
-    case KEY_DOWN:
-      return REQ_DOWN_ITEM;
-    case KEY_PPAGE:
-      return REQ_SCR_UPAGE;
-    case KEY_NPAGE:
-      return REQ_SCR_DPAGE;
-    case KEY_HOME:
-      return REQ_FIRST_ITEM;
-    case KEY_END:
-      return REQ_LAST_ITEM;
-    default:
-      return key > kBlank && key < 127 ? key : 0;
-  }
-}
-
-}  // namespace
-
-bool IsEnter(int key) { return key == '\n' || key == '\r' || key == KEY_ENTER; }
-
 int Cells(std::string_view text) {
-  return static_cast<int>(
-      std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+  return static_cast<int>(std::ranges::count_if(text, [](char c) { return !Continues(c); }));
 }
 
 std::vector<std::string> Folded(const std::string& text, int width) {
   std::vector<std::string> lines(1);
   std::string word;
   const auto take = [&] {
-    std::string& line = lines.back();
-    const bool fits = line.empty() || Cells(line) + 1 + Cells(word) <= width;
+    const bool fits = lines.back().empty() || Cells(lines.back()) + 1 + Cells(word) <= width;
     if (!fits) lines.emplace_back();
     if (!lines.back().empty()) lines.back() += ' ';
-    lines.back() += word;
-    word.clear();
+    for (; Cells(word) > width; lines.emplace_back()) {
+      const std::size_t piece = BytesOf(word, width);
+      lines.back() += word.substr(0, piece);
+      word.erase(0, piece);
+    }
+    lines.back() += std::exchange(word, {});
   };
   for (const char c : text) {
-    if (c == ' ' || c == '|') {
+    if (c == ' ' || c == '\t' || c == '\r' || c == '|' || c == '\n') {
       take();
-      if (c == '|') lines.emplace_back();
+      if (c == '|' || c == '\n') lines.emplace_back();
     } else {
       word += c;
     }
   }
   take();
+  for (std::string& line : lines) line = ShownText(line);
   return lines;
 }
 
-TerminalScreen::TerminalScreen() {
+TerminalScreen::TerminalScreen() : size_(platform::CurrentTerminalSize()) {
   std::setlocale(LC_CTYPE, "");
   screen_ = newterm(nullptr, stdout, stdin);
   if (screen_ == nullptr) {
@@ -79,92 +78,77 @@ TerminalScreen::TerminalScreen() {
   cbreak();
   noecho();
   nonl();
-  keypad(stdscr, TRUE);
-  set_escdelay(kEscapeDelay);
-  wtimeout(stdscr, kPatience);
+  // Keys that are typed ahead must not keep the screen from being drawn: it is drawn once for each.
+  typeahead(-1);
+  for (const auto& [sequence, key] : DescribedKeys()) keys_.Describe(sequence, key);
+  MarkPastedText(true);
 }
 
 TerminalScreen::~TerminalScreen() {
+  MarkPastedText(false);
   endwin();
   delscreen(screen_);
+}
+
+// Terminals that can put marks around what is pasted: it comes as keys otherwise, and would press buttons.
+void TerminalScreen::MarkPastedText(bool on) const {
+  if (!IgnoresUnknownModes()) return;
+  std::fputs(on ? "\x1b[?2004h" : "\x1b[?2004l", stdout);
+  std::fflush(stdout);
 }
 
 int TerminalScreen::Width() const { return COLS; }
 int TerminalScreen::Height() const { return LINES; }
 
-int TerminalScreen::ReadKey() { return wgetch(stdscr); }
+int TerminalScreen::ReadKey() { return NextKey(kPatience); }
+int TerminalScreen::PendingKey() { return NextKey(Milliseconds::zero()); }
 
-int TerminalScreen::PendingKey() {
-  wtimeout(stdscr, 0);
-  const int key = wgetch(stdscr);
-  wtimeout(stdscr, kPatience);
-  return key;
+int TerminalScreen::NextKey(Milliseconds atMost) {
+  if (TakeSize()) return KEY_RESIZE;
+  // First what is there: an Escape that has waited long may have been followed at once.
+  keys_.Receive(platform::ReadTyped(Milliseconds::zero()), Steady::now());
+  const int key = keys_.Next(Steady::now());
+  if (key != ERR || platform::Interrupted()) return key;
+  keys_.Receive(platform::ReadTyped(keys_.Patience(Steady::now(), atMost)), Steady::now());
+  return keys_.Next(Steady::now());
 }
 
-Window TerminalScreen::Framed(int height, int width, int line, int column) const {
-  Window window(newwin(std::min(height, LINES), std::min(width, COLS),
-                       std::clamp(line, 0, std::max(LINES - height, 0)),
-                       std::clamp(column, 0, std::max(COLS - width, 0))));
-  if (window) box(window.get(), 0, 0);
-  return window;
+bool TerminalScreen::TakeSize() {
+  const platform::TerminalSize size = platform::CurrentTerminalSize();
+  if (size == size_ || size.columns < 1 || size.lines < 1) return false;
+  size_ = size;
+  resizeterm(size.lines, size.columns);
+  return true;
+}
+
+void TerminalScreen::Run(Popup& popup) {
+  while (!platform::Interrupted()) {
+    if (background_) background_(popup.Hint());
+    popup.Draw();
+    doupdate();
+    const int key = ReadKey();
+    if (key != ERR && key != KEY_RESIZE && !popup.Take(key)) return;
+  }
 }
 
 void TerminalScreen::ShowBox(const std::string& title, const std::string& text) {
-  constexpr int kWidth = 60;
-  const auto lines = Folded(text, std::min(kWidth, COLS - 4));
-  int width = Cells(title) + 4;
-  for (const std::string& line : lines) width = std::max(width, Cells(line));
-  const int height = static_cast<int>(lines.size()) + 4;
-  const Window window = Framed(height, width + 4, (LINES - height) / 2, (COLS - width - 4) / 2);
-  if (!window) return;
-  Write(window.get(), 0, 2, " " + title + " ");
-  int line = 1;
-  for (const std::string& each : lines) Write(window.get(), line++, 2, each);
-  wattron(window.get(), A_REVERSE);
-  Write(window.get(), height - 2, (width + 4 - 6) / 2, "< OK >");
-  wattroff(window.get(), A_REVERSE);
-  curs_set(0);
-  touchwin(window.get());
-  wrefresh(window.get());
-  for (int key = ERR; !platform::Interrupted() && !IsEnter(key) && key != kEscape && key != kBlank;) {
-    key = ReadKey();
-  }
+  BoxPopup popup(title, text, {"OK"}, 0);
+  Run(popup);
+}
+
+bool TerminalScreen::Ask(const std::string& title, const std::string& question) {
+  constexpr std::size_t kYes = 0;
+  constexpr std::size_t kNo = 1;
+  BoxPopup popup(title, question, {"Yes", "No"}, kNo);
+  Run(popup);
+  return !platform::Interrupted() && popup.Pressed() == kYes;
 }
 
 int TerminalScreen::PickFrom(const std::vector<std::string>& entries, int chosen, int line, int column) {
   if (entries.empty()) return chosen;
-  std::vector<ITEM*> items;
-  int width = 0;
-  for (const std::string& entry : entries) {
-    items.push_back(new_item(entry.c_str(), nullptr));
-    width = std::max(width, Cells(entry));
-  }
-  items.push_back(nullptr);
-  MENU* menu = new_menu(items.data());
-  const int rows = std::min(static_cast<int>(entries.size()), LINES - 4);
-  set_menu_format(menu, rows, 1);
-  set_menu_mark(menu, " ");
-  const Window window = Framed(rows + 2, width + 4, line, column);
-  const Window inside(derwin(window.get(), rows, width + 2, 1, 1));
-  set_menu_win(menu, window.get());
-  set_menu_sub(menu, inside.get());
-  if (chosen >= 0) set_current_item(menu, items[static_cast<std::size_t>(chosen)]);
-  post_menu(menu);
-  curs_set(0);
-  int picked = chosen;
-  for (bool open = true; open && !platform::Interrupted();) {
-    wrefresh(window.get());
-    const int key = ReadKey();
-    open = !IsEnter(key) && key != kBlank && key != kEscape && key != KEY_RESIZE;
-    if (IsEnter(key) || key == kBlank) picked = item_index(current_item(menu));
-    menu_driver(menu, RequestOf(key));
-  }
-  unpost_menu(menu);
-  free_menu(menu);
-  for (ITEM* item : items) {
-    if (item != nullptr) free_item(item);
-  }
-  return picked;
+  ListPopup popup(entries, chosen, line, column);
+  Run(popup);
+  return popup.Picked();
 }
 
 }  // namespace tesk::cli

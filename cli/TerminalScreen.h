@@ -1,23 +1,22 @@
-// The terminal as a screen: its life, its keys, message boxes and pop-up lists. Knows the terminal library.
+// The terminal as a screen: its life, its keys, and what pops up over what is shown. Knows the terminal
+// library.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "cli/Curses.h"
+#include "cli/TerminalKeys.h"
+#include "platform/Terminal.h"
 
 namespace tesk::cli {
 
-inline constexpr int kEscape = 27;
-inline constexpr int kTab = '\t';
-inline constexpr int kBlank = ' ';
-bool IsEnter(int key);
-
 // Characters of a UTF-8 text.
 int Cells(std::string_view text);
-// Folded at blanks, and at "|".
+// Folded at blanks, and at "|"; a word that is too long is cut into pieces.
 std::vector<std::string> Folded(const std::string& text, int width);
 
 struct WindowCloser {
@@ -25,8 +24,19 @@ struct WindowCloser {
 };
 using Window = std::unique_ptr<WINDOW, WindowCloser>;
 
-// Throws UsageError where TERM in the environment names no terminal that can be drawn on.
-void RequireDrawableTerminal();
+void Write(WINDOW* window, int line, int column, const std::string& text);
+
+// Something that stands over the rest of the screen and gets all keys until it is done.
+class Popup {
+ public:
+  virtual ~Popup() = default;
+  // What the keys do, for the screen's last line.
+  virtual std::string Hint() const = 0;
+  // To the virtual screen, wherever the size of the screen lets it stand.
+  virtual void Draw() = 0;
+  // False: done.
+  virtual bool Take(int key) = 0;
+};
 
 // Takes the terminal over and gives it back. One at a time.
 class TerminalScreen {
@@ -39,20 +49,34 @@ class TerminalScreen {
 
   int Width() const;
   int Height() const;
-  // The next key, or ERR when none came in a fraction of a second, so that an interrupt is noticed.
+  // The next key, or ERR when none came in a fraction of a second, so that an interrupt is noticed; KEY_RESIZE
+  // after a change of size.
   int ReadKey();
   // The same without waiting.
   int PendingKey();
 
-  // Until a key is pressed, or an interrupt.
+  // draw: brings what stands behind popups to the virtual screen, with a hint of theirs.
+  void SetBackground(std::function<void(const std::string& hint)> draw) { background_ = std::move(draw); }
+  // Until it is done, or an interrupt.
+  void Run(Popup& popup);
+
+  // Until the operator has read it.
   void ShowBox(const std::string& title, const std::string& text);
-  // The position that was chosen from `entries`, or `chosen` where the choice was given up.
+  // True for a Yes; the No is proposed.
+  bool Ask(const std::string& title, const std::string& question);
+  // The position that was chosen from `entries`, or `chosen` where the choice was given up. It stands at
+  // `line` and `column` where there is room.
   int PickFrom(const std::vector<std::string>& entries, int chosen, int line, int column);
 
  private:
-  Window Framed(int height, int width, int line, int column) const;
+  int NextKey(Milliseconds atMost);
+  bool TakeSize();
+  void MarkPastedText(bool on) const;
 
   SCREEN* screen_;
+  KeyDecoder keys_;
+  platform::TerminalSize size_;
+  std::function<void(const std::string&)> background_;
 };
 
 }  // namespace tesk::cli

@@ -3,6 +3,7 @@
 
 #include "cli/CommandError.h"
 #include "cli/SetupScreen.h"
+#include "cli/TerminalKind.h"
 #include "cli/TerminalOptions.h"
 #include "platform/Platform.h"
 

@@ -17,6 +17,8 @@
 namespace tesk::cli {
 namespace {
 
+constexpr int kEndedBySignal = 128;  // plus the signal's number
+
 struct SetupOptions {
   SettingsKeyOptions key;
   std::string reader;

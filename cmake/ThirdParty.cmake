@@ -47,8 +47,8 @@ else()
   find_package(fmt REQUIRED)
   find_package(GTest REQUIRED)
   find_package(benchmark QUIET)
-  # The terminal library, its forms and its menus.
-  foreach(name formw menuw ncursesw)
+  # The terminal library and its forms.
+  foreach(name formw ncursesw)
     find_library(TESKREAD_${name} ${name} REQUIRED)
     list(APPEND TESKREAD_TERMINAL ${TESKREAD_${name}})
   endforeach()

@@ -7,6 +7,7 @@
 #include <stdlib.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -54,7 +55,23 @@ TerminalProcess::~TerminalProcess() {
     kill(pid_, SIGKILL);
     waitpid(pid_, nullptr, 0);
   }
-  close(terminal_);
+  Close();
+}
+
+void TerminalProcess::Close() {
+  if (terminal_ >= 0) close(terminal_);
+  terminal_ = -1;
+}
+
+void TerminalProcess::Signal(int signal) const { kill(pid_, signal); }
+
+bool TerminalProcess::IsGivenBack() const {
+  termios mode{};
+  return tcgetattr(terminal_, &mode) == 0 && (mode.c_lflag & (ICANON | ECHO)) == (ICANON | ECHO);
+}
+
+void TerminalProcess::Send(const std::string& bytes) const {
+  ASSERT_EQ(write(terminal_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
 }
 
 bool TerminalProcess::Read(int milliseconds) {
@@ -68,8 +85,10 @@ bool TerminalProcess::Read(int milliseconds) {
 }
 
 void TerminalProcess::Press(const std::vector<std::string>& keys) {
+  while (Read(kQuiet)) {
+  }
   for (const std::string& key : keys) {
-    ASSERT_EQ(write(terminal_, key.data(), key.size()), static_cast<ssize_t>(key.size()));
+    Send(key);
     const auto end = SteadyClock::now() + kPatience;
     Read(1000);
     while (SteadyClock::now() < end && Read(kQuiet)) {

@@ -23,6 +23,7 @@ class TerminalProcess {
   static constexpr const char* kEnter = "\r";
   static constexpr const char* kEscape = "\x1b";
   static constexpr const char* kRight = "\x1bOC";
+  static constexpr const char* kLeft = "\x1bOD";
   static constexpr const char* kEnd = "\x1bOF";
   static constexpr const char* kBackspace = "\x7f";
   static constexpr const char* kF10 = "\x1b[21~";
@@ -30,9 +31,16 @@ class TerminalProcess {
 
   // Sends keys one by one; each is worked off before the next, so that an Escape key stays one.
   void Press(const std::vector<std::string>& keys);
+  // Sends bytes and waits for nothing.
+  void Send(const std::string& bytes) const;
   // Waits until the program has written `text` since the last call; fails the test after ten seconds.
   void WaitFor(const std::string& text);
   void Resize(int columns, int lines);
+  void Signal(int signal) const;
+  // The terminal is closed: nobody reads from it or types any more.
+  void Close();
+  // Whether it works by lines and echoes, as a shell wants it.
+  bool IsGivenBack() const;
   // The exit status, or 128 plus the signal; fails the test and kills it after ten seconds.
   int Wait();
   const std::string& Output() const { return output_; }

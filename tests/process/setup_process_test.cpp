@@ -1,5 +1,12 @@
 // `teskread setup`, driven by keys in a terminal.
+#include <fcntl.h>
+#include <signal.h>
 #include <stdlib.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,27 +20,55 @@ namespace {
 using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
+using testing::Not;
 using T = TerminalProcess;
 
 class ProcessSetup : public testing::Test {
  protected:
   ProcessSetup() {
     setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
-    Process save(Teskread({"settings", "save", "--key", "School\\Lab", "--reader", "15", "--set", "Port=3",
-                           "--set", "Resolution=300"}));
-    EXPECT_EQ(save.Wait(), 0) << save.Error();
+    Save({"--reader", "15", "--set", "Port=3", "--set", "Resolution=300"});
   }
   ~ProcessSetup() override { unsetenv("XDG_CONFIG_HOME"); }
 
   static std::vector<std::string> SetupLine() { return Teskread({"setup", "--key", "School\\Lab"}); }
+  static void Save(const std::vector<std::string>& settings) {
+    std::vector<std::string> line = {"settings", "save", "--key", "School\\Lab"};
+    line.insert(line.end(), settings.begin(), settings.end());
+    Process save(Teskread(line));
+    EXPECT_EQ(save.Wait(), 0) << save.Error();
+  }
   static std::string Saved() {
     Process show(Teskread({"settings", "show", "--key", "School\\Lab"}));
     EXPECT_EQ(show.Wait(), 0);
     return show.Output();
   }
 
+  std::string Path(const std::string& name) const { return folder_ / name; }
+
  private:
   TemporaryDirectory folder_;
+};
+
+// A serial port where no scanner ever answers, as ports 3 and 4; the others are missing.
+class SilentPorts {
+ public:
+  SilentPorts() : port_(posix_openpt(O_RDWR | O_NOCTTY)) {
+    grantpt(port_);
+    unlockpt(port_);
+    for (int n = 1; n <= 16; ++n) setenv(Name(n).c_str(), n == 3 || n == 4 ? ptsname(port_) : "/dev/none", 1);
+  }
+  SilentPorts(const SilentPorts&) = delete;
+  SilentPorts& operator=(const SilentPorts&) = delete;
+  ~SilentPorts() {
+    for (int n = 1; n <= 16; ++n) unsetenv(Name(n).c_str());
+    close(port_);
+  }
+
+ private:
+  static std::string Name(int n) { return "TESKREADER_PORT_" + std::to_string(n); }
+
+  int port_;
 };
 
 TEST_F(ProcessSetup, WhatIsChangedByKeysIsSaved) {
@@ -68,18 +103,146 @@ TEST_F(ProcessSetup, ANumberOutOfBoundsBecomesTheBound) {
   EXPECT_THAT(Saved(), ContainsRegex("Time[Oo]ut +600\n"));
 }
 
-TEST_F(ProcessSetup, TheEscapeKeyAndAnInterruptChangeNothing) {
-  const std::string before = Saved();
+TEST_F(ProcessSetup, EscapeAsksWhereSomethingWasChangedAndAnInterruptSavesNothing) {
   const struct {
-    const char* key;
+    std::vector<std::string> keys;
+    int signal;
     int status;
-  } exits[] = {{T::kEscape, 0}, {T::kInterrupt, 130}};
-  for (const auto& [key, status] : exits) {
+    const char* port;
+  } ends[] = {
+      {{T::kEscape}, 0, 0, "3"},
+      {{T::kTab, T::kRight, T::kLeft, T::kEscape}, 0, 0, "3"},
+      {{T::kTab, T::kRight, T::kEscape, "y"}, 0, 0, "3"},
+      {{T::kTab, T::kRight, T::kEscape, T::kEnter, T::kEscape, T::kEscape, T::kF10}, 0, 0, "4"},
+      {{T::kTab, T::kRight, T::kBackTab, T::kBackTab, T::kEnter}, 0, 0, "3"},  // the Cancel button
+      {{T::kTab, T::kRight, T::kInterrupt}, 0, 130, "3"},
+      {{T::kTab, T::kRight}, SIGTERM, 143, "3"},
+      {{T::kTab, T::kRight, T::kEscape}, SIGTERM, 143, "3"},
+      {{T::kTab, T::kRight, T::kEnter}, SIGHUP, 129, "3"},
+  };
+  for (const auto& [keys, signal, status, port] : ends) {
+    Save({"--set", "Port=3"});
     TerminalProcess setup(SetupLine());
     setup.WaitFor("Scanner type");
-    setup.Press({T::kTab, T::kRight, key});
+    setup.Press(keys);
+    if (signal != 0) setup.Signal(signal);
     EXPECT_EQ(setup.Wait(), status) << setup.Output();
-    EXPECT_EQ(Saved(), before);
+    EXPECT_THAT(setup.Output(), HasSubstr("\x1b[?1049l"));
+    EXPECT_TRUE(setup.IsGivenBack());
+    EXPECT_THAT(Saved(), ContainsRegex(std::string("Port +") + port + "\n")) << keys.size();
+  }
+}
+
+TEST_F(ProcessSetup, WhatIsNoKeyOfTheDialogChangesNothingOnAnyTerminal) {
+  const struct {
+    const char* terminal;
+    const char* ok;
+  } kinds[] = {
+      {"xterm", T::kF10}, {"linux", T::kF10}, {"vt100", "\x1bOx"}, {"screen", T::kF10}, {"rxvt", T::kF10}};
+  const std::string none =
+      "\x1b[1;5C\x1bOd\x1b[c\x1bx\x1b\x1b[C\x1b[[A\x1b[3$\x1b[24;2~"  // Ctrl, Alt and Shift with keys, F1, F12
+      "\x1b[M !!\x1b[<0;10;10M\x1b[<0;10;10m"                         // the mouse
+      "\x1b[200~ +\r\t9 \x1b[201~\xC3\xA9\xE2\x82\xAC\x9B"            // pasted text, other languages
+      "\x1b]11;rgb:0000/0000/0000\x07\x1bP1$r0m\x1b\\\x1b[?1;2c\x1b[5;5R";  // answers of the terminal
+  for (const auto& [terminal, ok] : kinds) {
+    Save({"--set", "Port=3"});
+    TerminalProcess setup(SetupLine(), terminal);
+    setup.WaitFor("Scanner type");
+    setup.Press({T::kTab, none + "\x1b[C"});
+    for (const std::string piece : {"\x1b", "[", "C"}) {
+      setup.Send(piece);
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    setup.Press({ok});
+    EXPECT_EQ(setup.Wait(), 0) << terminal << setup.Output();
+    EXPECT_THAT(Saved(), ContainsRegex("Port +5\n")) << terminal;
+  }
+}
+
+TEST_F(ProcessSetup, ATerminalThatIsGoneEndsIt) {
+  const SilentPorts silent;
+  const std::vector<std::string> places[] = {
+      {T::kTab, T::kRight},                      // the form
+      {T::kEnter},                               // a list
+      {T::kTab, T::kRight, T::kEscape},          // the question
+      {T::kTab, T::kRight, T::kTab, T::kEnter},  // the search
+  };
+  Save({"--reader", "23", "--set", "Port=3"});
+  for (const auto& keys : places) {
+    // Also where the hang-up is no signal.
+    std::vector<std::string> line = {"/bin/sh", "-c", "trap '' HUP; exec \"$@\"", "sh"};
+    for (const std::string& word : SetupLine()) line.push_back(word);
+    TerminalProcess setup(line);
+    setup.WaitFor("Scanner type");
+    setup.Press(keys);
+    setup.Close();
+    EXPECT_EQ(setup.Wait(), 129) << keys.size();
+    EXPECT_THAT(Saved(), ContainsRegex("Port +3\n"));
+  }
+}
+
+TEST_F(ProcessSetup, ANameWithBlanksIsSearchedInTheListAndTheEndOfTheListUndoesNothing) {
+  TerminalProcess named(SetupLine());
+  named.WaitFor("Scanner type");
+  named.Press({T::kEnter, "scantron o", T::kBackspace, "ezd", T::kEnter, T::kF10});
+  EXPECT_EQ(named.Wait(), 0) << named.Output();
+  EXPECT_THAT(Saved(), ContainsRegex("ScannerType +23\n"));
+
+  Save({"--reader", "45", "--set", "TimeOut=77"});
+  TerminalProcess last(SetupLine());
+  last.WaitFor("Scanner type");
+  last.Press({T::kRight, T::kF10});
+  EXPECT_EQ(last.Wait(), 0) << last.Output();
+  EXPECT_THAT(Saved(), ContainsRegex("Time[Oo]ut +77\n"));
+}
+
+TEST_F(ProcessSetup, AChangeOfSizeDrawsWhatStandsThereAndHintsAreWhole) {
+  const SilentPorts silent;
+  Save({"--reader", "23", "--set", "Port=3"});
+  TerminalProcess setup(SetupLine(), "xterm", 40, 10);
+  setup.WaitFor("need 72 columns and 12");
+  const struct {
+    std::vector<std::string> keys;
+    std::vector<std::string> shown;  // after a change of size, in this order
+  } states[] = {
+      {{}, {"Scanner type", "Enter: list   Left/Right: change   F10: OK   Esc: cancel"}},
+      {{T::kEnter}, {"Scantron EZData", "Type a name   Up/Down: move   Enter: choose   Esc: back"}},
+      {{T::kEscape, T::kTab, T::kRight, T::kTab}, {"Enter: press   Tab: next   F10: OK   Esc: cancel"}},
+      {{T::kTab}, {"Type a number, or Left/Right: change   F10: OK   Esc: cancel"}},
+      {{T::kEscape}, {"Leave without", "Left/Right: choose   Enter: press   Esc: No"}},
+      {{"n", T::kBackTab, T::kEnter}, {"Scanner type", "Searching the ports ... Esc ends the search"}},
+  };
+  int lines = 12;
+  for (const auto& [keys, shown] : states) {
+    setup.Press(keys);
+    setup.Resize(72, lines++);
+    for (const std::string& text : shown) setup.WaitFor(text);
+  }
+  setup.WaitFor("Scanner Not Located");
+  setup.Resize(72, 12);
+  setup.WaitFor("was not located");
+  setup.WaitFor("Enter: OK");
+  setup.Press({T::kEnter, T::kF10});
+  EXPECT_EQ(setup.Wait(), 0);
+  EXPECT_THAT(Saved(), ContainsRegex("Port +4\n"));
+}
+
+TEST_F(ProcessSetup, NoTextOfOthersReachesTheTerminalAsAControlCharacter) {
+  const std::string home = Path(
+      "c\xC2\x9B"
+      "31m\x9B\x7F\x01");
+  std::filesystem::create_directories(home + "/teskreader99");
+  WriteFile(home + "/teskreader99/settings.conf", "[CurrentUser\\School\\Lab]\nnonsense\n");
+  setenv("XDG_CONFIG_HOME", home.c_str(), 1);
+  for (const std::string terminal : {"xterm",
+                                     "x\xC2\x9B"
+                                     "2J\x9B"}) {
+    TerminalProcess setup(SetupLine(), terminal);
+    EXPECT_NE(setup.Wait(), 0);
+    EXPECT_THAT(setup.Output(),
+                AllOf(HasSubstr("teskread setup: "), Not(ContainsRegex("[\x01-\x09\x0B\x0C\x0E-\x1F\x7F]")),
+                      Not(HasSubstr("\x9B"))))
+        << terminal;
   }
 }
 
@@ -90,7 +253,7 @@ TEST_F(ProcessSetup, ATerminalThatIsTooSmallSaysSoUntilItIsLarger) {
   setup.WaitFor("Scanner type");
   setup.Resize(80, 6);
   setup.WaitFor("too small");
-  setup.Press({T::kTab, T::kRight, T::kEscape});
+  setup.Press({T::kTab, T::kRight, T::kF10, T::kEscape});
   EXPECT_EQ(setup.Wait(), 0);
   EXPECT_THAT(Saved(), ContainsRegex("Port +3\n"));
 }

@@ -25,6 +25,14 @@ inline constexpr std::int32_t kErrorFileAccess = 75;
 // such as "COM23" on Windows); TESKREADER_PORT_<N> in the environment names any other port.
 std::shared_ptr<SerialSystem> CreateSerialSystem(std::string explicitPort = {});
 
+// The device behind Port 1 to 16.
+std::string DeviceOfPort(std::int16_t port);
+// The device that a person's word for one means: on Linux "ttyACM0" is /dev/ttyACM0, unless a file of that name
+// is in the present folder; a path is made absolute.
+std::string DeviceOfName(const std::string& name);
+// Whether two names mean one device.
+bool SameDevice(const std::string& one, const std::string& other);
+
 // runMessages: lets the host's own work run, true when there was some; may be empty. It may throw.
 std::shared_ptr<HostLoop> CreateHostLoop(std::function<bool()> runMessages = {});
 
@@ -85,6 +93,8 @@ class PseudoTerminal {
  public:
   virtual ~PseudoTerminal() = default;
   virtual std::string DevicePath() const = 0;
+  // The other terminal that the link led to before; empty where it led to none.
+  virtual std::string Replaced() const { return {}; }
   // What the host sent, at most 64 KiB; never blocks. Throws error 8020.
   virtual std::string Read() = 0;
   // The number of bytes taken, fewer than given where no host reads; never blocks. Throws error 8021.
@@ -94,9 +104,9 @@ class PseudoTerminal {
   virtual void Wait(Milliseconds atMost, bool forRoom = false) = 0;
 };
 
-// link: where not empty, a symbolic link to the device that lives as long as the object. It replaces a
-// symbolic link only; error 58 where another kind of file stands there, 75 where it cannot be made. Error
-// 445 on a system without pseudo-terminals.
+// link: where not empty, a symbolic link to the device that lives as long as the object. It replaces nothing but
+// a symbolic link to a pseudo-terminal; error 58 where anything else stands there, 75 where it cannot be made.
+// Error 445 on a system without pseudo-terminals.
 std::unique_ptr<PseudoTerminal> CreatePseudoTerminal(const std::string& link = {});
 
 }  // namespace tesk::platform

@@ -1,53 +1,23 @@
 // The words for a device that cannot be opened.
 #include "platform/posix/OpenError.h"
 
-#include <grp.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <vector>
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Owner.h"
+#include "platform/posix/SerialPorts.h"
 
 namespace tesk::platform {
 namespace {
 
-constexpr std::size_t kEntrySize = 16'384;  // bytes; longer user and group entries go by number
-
-std::string UserText(uid_t user) {
-  std::vector<char> storage(kEntrySize);
-  passwd entry{};
-  passwd* found = nullptr;
-  ::getpwuid_r(user, &entry, storage.data(), storage.size(), &found);
-  return "user " + (found != nullptr ? std::string(entry.pw_name) : std::to_string(user));
-}
-
-std::string GroupText(gid_t group) {
-  std::vector<char> storage(kEntrySize);
-  struct group entry {};
-  struct group* found = nullptr;
-  ::getgrgid_r(group, &entry, storage.data(), storage.size(), &found);
-  return "group " + (found != nullptr ? std::string(entry.gr_name) : std::to_string(group));
-}
-
-// "crw-rw----"
-std::string ModeText(mode_t mode) {
-  std::string text = "?rwxrwxrwx";
-  text[0] = S_ISCHR(mode) ? 'c' : S_ISDIR(mode) ? 'd' : S_ISREG(mode) ? '-' : '?';
-  for (unsigned bit = 0; bit < 9; ++bit) {
-    if ((mode & (0400U >> bit)) == 0) text[bit + 1] = '-';
-  }
-  return text;
-}
-
 std::string OwnerLine(const std::string& device) {
-  struct stat status {};
-  if (::stat(device.c_str(), &status) != 0) return device + ": " + SystemReason(errno) + ".";
-  return device + " belongs to " + UserText(status.st_uid) + ", " + GroupText(status.st_gid) + ", mode " +
-         ModeText(status.st_mode) + ".";
+  const std::string owner = OwnerText(device);
+  if (owner.empty()) return device + ": " + SystemReason(errno) + ".|" + SerialPortsLine();
+  return device + " belongs to " + owner + ".";
 }
 
 constexpr std::array kThingsToTry = {

@@ -12,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <thread>
 #include <utility>
 
@@ -229,6 +230,20 @@ DevicePaths DefaultDevicePaths(std::string explicitPort) {
     if (path != nullptr && *path != '\0') return path;
     return port <= 8 ? "/dev/ttyS" + NumberText(port - 1) : "/dev/ttyUSB" + NumberText(port - 9);
   };
+}
+
+std::string DeviceOfPort(std::int16_t port) { return DefaultDevicePaths({})(port); }
+
+std::string DeviceOfName(const std::string& name) {
+  std::error_code error;
+  if (name.find('/') == std::string::npos && !std::filesystem::exists(name, error)) return "/dev/" + name;
+  const auto absolute = std::filesystem::absolute(name, error);
+  return error ? name : absolute.lexically_normal().string();
+}
+
+bool SameDevice(const std::string& one, const std::string& other) {
+  std::error_code error;
+  return one == other || std::filesystem::equivalent(one, other, error);
 }
 
 PosixSerialSystem::PosixSerialSystem(DevicePaths paths, Milliseconds patience, CounterSource counters)

@@ -212,6 +212,12 @@ DevicePaths DefaultDevicePaths(std::string explicitPort) {
   };
 }
 
+std::string DeviceOfPort(std::int16_t port) { return DefaultDevicePaths({})(port); }
+std::string DeviceOfName(const std::string& name) { return PortName(name); }
+bool SameDevice(const std::string& one, const std::string& other) {
+  return LowerCase(one) == LowerCase(other);
+}
+
 WindowsSerialSystem::WindowsSerialSystem(DevicePaths paths, Milliseconds patience)
     : paths_(std::move(paths)), patience_(patience) {}
 

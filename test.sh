@@ -208,6 +208,7 @@ stop_wine() {
 start_scanner() { # PORT READER OPTION...
   local port=$1 reader=$2 log="$reports/scanner_com$1.log" tries=0
   shift 2
+  rm -f -- "$wine_prefix/dosdevices/com$port" # Wine's own link to a port of this machine
   build/linux/teskread simulate --reader "$reader" --link "$wine_prefix/dosdevices/com$port" "$@" \
     >"$log" 2>&1 &
   scanner_pids+=("$!")

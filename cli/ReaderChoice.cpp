@@ -11,6 +11,9 @@
 #include "base/readerNames.h"
 #include "cli/CommandError.h"
 #include "cli/NearestNames.h"
+#include "platform/OmrLibrary.h"
+#include "simulator/Simulators.h"
+#include "transport/basRead.h"
 
 namespace tesk::cli {
 namespace {
@@ -46,8 +49,8 @@ const ReaderTypeName* FindByName(std::string_view name) {
   const auto shown = std::span(nearest).first(std::min(nearest.size(), kMostShown));
   const std::string hint = shown.empty() ? "" : "|did you mean " + AlternativesText(shown) + "?";
   throw UsageError(
-      fmt::format("--reader: \"{}\" is no reader{}|\"teskread readers\" lists them all: by number, "
-                  "enumerator or display name",
+      fmt::format("--reader: \"{}\" is no reader{}|\"teskread readers\" is the list of models; each has "
+                  "a number and a name",
                   text, hint));
 }
 
@@ -72,6 +75,29 @@ void RequireDriver(teskReaderType type) {
   throw CommandFailure(
       fmt::format("{} has no driver in this version|\"teskread readers\" shows which models do",
                   name.empty() ? fmt::format("Reader type {}", std::int32_t{type}) : "The " + name));
+}
+
+void RequireSystem(teskReaderType type) {
+  if (FamilyOf(type) != Family::SekonicUsb || platform::SystemHasOmrLibrary()) return;
+  throw CommandFailure(fmt::format(
+      "the {} needs Windows: it is a USB reader, and only its maker's library (OMRAPI.DLL) can talk to "
+      "it|use teskread.exe on a Windows computer with the Sekonic software|\"teskread scan --reader {} "
+      "--port "
+      "sim\" reads simulated sheets here",
+      ReaderName(type), std::int32_t{type}));
+}
+
+void RequireLineSimulator(teskReaderType type) {
+  if (!simulator::FaultKinds(type).empty()) return;
+  if (FamilyOf(type) == Family::SekonicUsb) {
+    throw CommandFailure(fmt::format(
+        "the {} has no serial line that could be simulated: it is a USB reader behind its maker's "
+        "library|\"teskread scan --reader {} --port sim\" reads simulated sheets",
+        ReaderName(type), std::int32_t{type}));
+  }
+  throw CommandFailure(fmt::format(
+      "the {} has no simulated scanner in this version|\"teskread readers\" is the list of models",
+      ReaderName(type)));
 }
 
 std::string_view SupportOf(teskReaderType type) {

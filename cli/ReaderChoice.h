@@ -1,4 +1,5 @@
-// Which scanner model --reader means. Knows the models' names and the assembly.
+// Which scanner model --reader means. Knows the models' names, the assembly and the
+// simulator.
 #pragma once
 
 #include <string>
@@ -14,6 +15,12 @@ teskReaderType ParseReader(const std::string& text);
 
 // Throws CommandFailure in plain words for a model that has no driver.
 void RequireDriver(teskReaderType type);
+
+// Throws CommandFailure for a model that only its maker's library reads, on a system that has none.
+void RequireSystem(teskReaderType type);
+
+// Throws CommandFailure for a model that cannot be simulated on a line, and says what can be done instead.
+void RequireLineSimulator(teskReaderType type);
 
 // What the support of a model rests on, as `readers` prints it.
 std::string_view SupportOf(teskReaderType type);

@@ -206,6 +206,7 @@ int RunDemo(const DemoOptions& options, Program& program) {
   const teskReaderType reader = ParseReader(options.reader);
   const std::int32_t count = ParseWholeNumber("--sheets", options.sheets, 1, kMostSheets);
   RequireDriver(reader);
+  RequireLineSimulator(reader);
   platform::InstallInterruptHandler();
   const auto stock = DemoStock(reader, count);
   DemoScanner scanner(reader, stock, options.paced);
@@ -228,7 +229,7 @@ void AddDemoCommand(CLI::App& app, Program& program) {
   CLI::App* command = app.add_subcommand("demo", "Reads sheets from a simulated scanner, no hardware needed");
   command
       ->add_option("--reader", options->reader,
-                   Explain("the scanner model: its number, enumerator or display name (15)", "--reader 13"))
+                   Explain("the scanner model: its number or name in the list of models (15)", "--reader 13"))
       ->type_name("R");
   command->add_option("--sheets", options->sheets, Explain("how many sheets are read (3)", "--sheets 5"))
       ->type_name("N");

@@ -20,6 +20,8 @@ namespace tesk::cli {
 namespace {
 
 constexpr std::int32_t kMostSheets = 100'000;
+constexpr std::size_t kTranscript = std::size_t{64} * 1024;  // bytes
+constexpr std::size_t kComplaints = 100;
 
 struct SimulateOptions {
   std::string reader;
@@ -71,6 +73,9 @@ int TellComplaints(const simulator::Scanner& scanner, std::string_view what, Con
   for (const std::string& complaint : scanner.Complaints()) {
     console.Message("teskread simulate", fmt::format("{}: {}", what, complaint));
   }
+  if (scanner.Complaints().size() >= kComplaints) {
+    console.Message("teskread simulate", "there may be more of them, which were not kept");
+  }
   return scanner.Complaints().empty() ? kStatusDone : kStatusFailed;
 }
 
@@ -79,7 +84,16 @@ void ServeUntilInterrupted(const SimulateOptions& options, teskReaderType reader
                            const Clock& clock, Program& program) {
   if (options.paced) scanner.PaceAt(LineRate(reader));
   platform::InstallInterruptHandler();
+  // Weeks of service must not fill the memory; nobody asks for what was said long ago.
+  scanner.KeepAtMost(kTranscript, kComplaints);
   const auto terminal = platform::CreatePseudoTerminal(options.link);
+  if (!terminal->Replaced().empty()) {
+    program.console->Message(
+        "teskread simulate",
+        fmt::format("--link {}: led to {} before, perhaps another simulated scanner; it leads "
+                    "here now",
+                    options.link, terminal->Replaced()));
+  }
   program.output->Write(fmt::format("listening on {}\n", terminal->DevicePath()));
   Serve(*terminal, scanner, clock, [] { return platform::Interrupted(); });
 }
@@ -107,13 +121,12 @@ int RunSimulate(const SimulateOptions& options, Program& program) {
   if (!options.replay.empty()) return RunReplay(options, program);
   if (options.reader.empty()) {
     throw UsageError(
-        "--reader: is required, except with --replay; it takes a number, an enumerator or a name");
+        "--reader: is required, except with --replay; it takes a number or name from the list of models "
+        "(teskread readers)");
   }
   const teskReaderType reader = ParseReader(options.reader);
+  RequireLineSimulator(reader);
   const StockOptions stock = ParseStock(options);
-  if (simulator::FaultKinds(reader).empty()) {
-    throw CommandFailure(fmt::format("The {} has no simulated scanner in this version", ReaderName(reader)));
-  }
   const auto scanner =
       CreateSimulatedScanner(reader, StockOf(reader, stock), ParseFaults(reader, options.faults), stock.seed);
   ServeUntilInterrupted(options, reader, *scanner, *platform::CreateClock(), program);
@@ -138,8 +151,10 @@ std::string FooterText(const SimulateOptions& options) {
       "  teskread simulate --replay scan.trace --link /tmp/scanner\n";
   teskReaderType reader = teskReaderTypeScantronScanMark5500;
   if (!options.reader.empty()) reader = ParseReader(options.reader);
-  if (simulator::FaultKinds(reader).empty()) {
-    return fmt::format("The {} has no simulated scanner in this version.\n{}", ReaderName(reader), kExamples);
+  try {
+    RequireLineSimulator(reader);
+  } catch (const CommandFailure& failure) {
+    return Replace(failure.what(), "|", "\n") + "\n" + std::string(kExamples);
   }
   const std::string hint =
       options.reader.empty() ? "With --reader R, --help lists the faults of that model.\n" : "";
@@ -207,7 +222,8 @@ void AddSimulateCommand(CLI::App& app, Program& program) {
       "simulate", "Is a scanner: opens a pseudo-terminal and speaks that model's side of the wire");
   command
       ->add_option("--reader", options->reader,
-                   Explain("the scanner model: its number, enumerator or display name", "--reader 15"))
+                   Explain("the scanner model: its number or name in the list of models (teskread readers)",
+                           "--reader 15"))
       ->type_name("R");
   AddStockOptions(*command, *options);
   AddLineOptions(*command, *options);

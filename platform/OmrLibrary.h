@@ -11,4 +11,7 @@ namespace tesk::platform {
 // is part of, in this order, and nowhere else. A system for which the library does not exist finds none.
 std::shared_ptr<OmrLibraryLoader> CreateOmrLibraryLoader();
 
+// Whether the library exists for this system at all.
+bool SystemHasOmrLibrary();
+
 }  // namespace tesk::platform

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <string>
 
 namespace tesk::simulator {
 namespace {
@@ -105,13 +106,23 @@ std::optional<Number> ParseNumber(std::string_view text, Number low, Number high
   return value;
 }
 
-ParsedFault Refuse(std::string_view text, std::span<const FaultKind> accepted) {
-  std::string error = "\"" + std::string(text) + "\" is no fault of this scanner; accepted are ";
+ParsedFault Refuse(std::string_view text, const std::string& why) {
+  return {std::nullopt, "\"" + std::string(text) + "\" " + why};
+}
+
+ParsedFault RefuseKind(std::string_view text, std::span<const FaultKind> accepted) {
+  std::string why = "is no fault of this scanner; accepted are ";
   for (std::size_t i = 0; i < accepted.size(); ++i) {
-    if (i != 0) error += i + 1 == accepted.size() ? " and " : ", ";
-    error += Describe(accepted[i]).form;
+    if (i != 0) why += i + 1 == accepted.size() ? " and " : ", ";
+    why += Describe(accepted[i]).form;
   }
-  return {std::nullopt, error + ", with numbers from 1."};
+  return Refuse(text, why + ", with numbers from 1.");
+}
+
+ParsedFault RefuseNumbers(std::string_view text, FaultKind kind, const std::string& why) {
+  const FaultDescription& fault = Describe(kind);
+  return Refuse(text, "cannot be understood: " + why + "; write " + std::string(fault.form) + " (" +
+                          std::string(fault.description) + ")");
 }
 
 }  // namespace
@@ -124,20 +135,26 @@ const FaultDescription& Describe(FaultKind kind) {
 ParsedFault ParseFault(std::string_view text, std::span<const FaultKind> accepted) {
   constexpr std::int32_t kMostNumber = 1'000'000;
   constexpr std::size_t kMostByte = 100'000'000;
-  const std::size_t first = text.find('@');
-  const std::size_t last = text.rfind('@');
-  if (first == std::string_view::npos) return Refuse(text, accepted);
-
+  const std::size_t first = std::min(text.find('@'), text.size());
   const auto kind = std::find_if(accepted.begin(), accepted.end(), [&](FaultKind candidate) {
     return Describe(candidate).name == text.substr(0, first);
   });
+  if (kind == accepted.end()) return RefuseKind(text, accepted);
+
+  const auto count = static_cast<std::size_t>(std::ranges::count(text, '@'));
+  const auto takes = static_cast<std::size_t>(std::ranges::count(Describe(*kind).form, '@'));
+  if (count != takes) {
+    return RefuseNumbers(text, *kind,
+                         std::string("it takes ") + (takes == 2 ? "two numbers" : "one number") + ", not " +
+                             std::to_string(count));
+  }
+  const std::size_t last = text.rfind('@');
   const auto number = ParseNumber<std::int32_t>(text.substr(last + 1), 1, kMostNumber);
-  const bool takesByte = kind != accepted.end() && std::ranges::count(Describe(*kind).form, '@') == 2;
-  if (kind == accepted.end() || !number || takesByte != (first != last)) return Refuse(text, accepted);
-  if (!takesByte) return {Fault{*kind, *number}, {}};
+  if (!number) return RefuseNumbers(text, *kind, "the last number is 1 to " + std::to_string(kMostNumber));
+  if (takes == 1) return {Fault{*kind, *number}, {}};
 
   const auto byte = ParseNumber<std::size_t>(text.substr(first + 1, last - first - 1), 0, kMostByte);
-  if (!byte) return Refuse(text, accepted);
+  if (!byte) return RefuseNumbers(text, *kind, "the first number is 0 to " + std::to_string(kMostByte));
   return {Fault{*kind, *number, *byte}, {}};
 }
 

@@ -46,13 +46,35 @@ void Scanner::DropReplies() {
   lastDue_ = Time::min();
 }
 
-void Scanner::Complain(std::string complaint) { complaints_.push_back(std::move(complaint)); }
+void Scanner::Complain(std::string complaint) {
+  if (complaints_.size() < mostComplaints_) complaints_.push_back(std::move(complaint));
+}
+
+void Scanner::KeepAtMost(std::size_t transcript, std::size_t complaints) {
+  mostTranscript_ = transcript;
+  mostComplaints_ = complaints;
+}
 
 void Scanner::Record(Direction direction, std::string_view bytes) {
   if (bytes.empty()) return;
-  if (transcript_.empty() || transcript_.back().direction != direction)
-    transcript_.push_back({direction, {}});
+  const bool turns = transcript_.empty() || transcript_.back().direction != direction;
+  if (turns) transcript_.push_back({direction, {}});
   transcript_.back().bytes += bytes;
+  transcriptSize_ += bytes.size() + (turns ? 1 : 0);
+  while (transcriptSize_ > mostTranscript_) Forget();
+}
+
+// The oldest run, or as much of the only one as is too much.
+void Scanner::Forget() {
+  std::string& oldest = transcript_.front().bytes;
+  const std::size_t tooMuch = transcriptSize_ - mostTranscript_;
+  if (transcript_.size() > 1 || tooMuch >= oldest.size()) {
+    transcriptSize_ -= oldest.size() + 1;
+    transcript_.pop_front();
+  } else {
+    transcriptSize_ -= tooMuch;
+    oldest.erase(0, tooMuch);
+  }
 }
 
 std::string Quoted(std::string_view bytes) {

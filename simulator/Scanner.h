@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -43,8 +44,12 @@ class Scanner {
   // Delivers what is said from now on no faster than the line's bit rate; 0 or less: as fast as it is taken.
   void PaceAt(double bytesPerSecond);
 
+  // From now on remembers at most so many bytes and runs of the transcript, the latest, and so many complaints,
+  // the first: for a scanner that serves for weeks.
+  void KeepAtMost(std::size_t transcript, std::size_t complaints);
+
   // Everything that went over the wire so far.
-  const std::vector<Traffic>& Transcript() const { return transcript_; }
+  const std::deque<Traffic>& Transcript() const { return transcript_; }
   // What the host did wrong by the rules of this scanner's protocol: an unknown command, a wrong blank, a
   // missing terminator. Empty when all was well.
   const std::vector<std::string>& Complaints() const { return complaints_; }
@@ -66,12 +71,16 @@ class Scanner {
   };
 
   void Record(Direction direction, std::string_view bytes);
+  void Forget();
 
   std::deque<Due> queue_;
   Time lastDue_ = Time::min();
   std::chrono::nanoseconds byteTime_{0};
-  std::vector<Traffic> transcript_;
+  std::deque<Traffic> transcript_;
+  std::size_t transcriptSize_ = 0;  // bytes, and one more for each run
+  std::size_t mostTranscript_ = SIZE_MAX;
   std::vector<std::string> complaints_;
+  std::size_t mostComplaints_ = SIZE_MAX;
 };
 
 // `bytes` in double quotes for a complaint, whatever is not printable as <1B>.

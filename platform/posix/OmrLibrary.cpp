@@ -13,4 +13,6 @@ class NoLibrary : public OmrLibraryLoader {
 
 std::shared_ptr<OmrLibraryLoader> CreateOmrLibraryLoader() { return std::make_shared<NoLibrary>(); }
 
+bool SystemHasOmrLibrary() { return false; }
+
 }  // namespace tesk::platform

@@ -46,17 +46,35 @@ Descriptor OpenSlave(const std::string& device) {
   return slave;
 }
 
-void MakeLink(const std::string& device, const std::string& link) {
+constexpr std::string_view kTerminals = "/dev/pts/";
+
+// Whether the path leads to this or another simulated scanner, also one that is gone. Anything else is somebody
+// else's.
+void CheckMayReplace(const std::string& link) {
   namespace fs = std::filesystem;
   std::error_code error;
   const auto kind = fs::symlink_status(link, error).type();
-  if (kind != fs::file_type::symlink && kind != fs::file_type::not_found && kind != fs::file_type::none) {
+  if (kind == fs::file_type::not_found || kind == fs::file_type::none) return;
+  if (kind != fs::file_type::symlink) {
     throw RunTimeError(kErrorFileExists, "\"" + link + "\" exists and is no symbolic link.", {},
                        "Remove that file, or choose another path for the link.");
   }
-  if (kind == fs::file_type::symlink) fs::remove(link, error);
+  const std::string target = fs::read_symlink(link, error).string();
+  if (target.starts_with(kTerminals)) return;
+  throw RunTimeError(kErrorFileExists, "\"" + link + "\" is a link to \"" + target + "\".", {},
+                     "Only a link to a simulated scanner (" + std::string(kTerminals) +
+                         "...) is replaced.|Remove the link, or choose another path.");
+}
+
+// The terminal that the path led to, as long as there is one.
+std::string MakeLink(const std::string& device, const std::string& link) {
+  namespace fs = std::filesystem;
+  CheckMayReplace(link);
+  std::error_code error;
+  const std::string before = fs::exists(link, error) ? fs::read_symlink(link, error).string() : std::string();
+  fs::remove(link, error);
   fs::create_symlink(device, link, error);
-  if (!error) return;
+  if (!error) return before == device ? std::string() : before;
   throw RunTimeError(kErrorFileAccess, "The link \"" + link + "\" cannot be made: " + error.message() + ".",
                      {}, "Choose a path in a folder that exists and may be written.");
 }
@@ -67,7 +85,7 @@ PosixPseudoTerminal::PosixPseudoTerminal(std::string link)
     : master_(OpenMaster()), device_(SlaveName(master_)) {
   slave_ = OpenSlave(device_);
   if (link.empty()) return;
-  MakeLink(device_, link);
+  replaced_ = MakeLink(device_, link);
   link_ = std::move(link);
 }
 

@@ -18,6 +18,7 @@ class PosixPseudoTerminal : public PseudoTerminal {
   ~PosixPseudoTerminal() override;
 
   std::string DevicePath() const override { return device_; }
+  std::string Replaced() const override { return replaced_; }
   std::string Read() override;
   std::size_t Write(std::string_view bytes) override;
   void Wait(Milliseconds atMost, bool forRoom) override;
@@ -28,6 +29,7 @@ class PosixPseudoTerminal : public PseudoTerminal {
   Descriptor slave_;
   std::string device_;
   std::string link_;
+  std::string replaced_;
 };
 
 }  // namespace tesk::platform

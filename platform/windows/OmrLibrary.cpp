@@ -207,4 +207,6 @@ class SystemLoader : public OmrLibraryLoader {
 
 std::shared_ptr<OmrLibraryLoader> CreateOmrLibraryLoader() { return std::make_shared<SystemLoader>(); }
 
+bool SystemHasOmrLibrary() { return true; }
+
 }  // namespace tesk::platform

@@ -431,19 +431,30 @@ TEST(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
   EXPECT_EQ(ReadWithin(*line, taken).size(), taken) << "the count must be what the host can read";
 }
 
-TEST(PosixPseudoTerminal, TheLinkReplacesOnlyLinksAndIsRemoved) {
+TEST(PosixPseudoTerminal, TheLinkReplacesOnlyLinksToTerminalsAndIsRemoved) {
   const Folder folder;
   const std::string link = folder.File("port");
-  fs::create_symlink("/nowhere", link);
+  fs::create_symlink("/dev/pts/999999", link);  // what a crash leaves
   {
     const auto terminal = CreatePseudoTerminal(link);
     EXPECT_EQ(fs::read_symlink(link), terminal->DevicePath());
+    EXPECT_EQ(terminal->Replaced(), "");
     EXPECT_NO_THROW(OpenPath(link));
   }
   EXPECT_FALSE(fs::is_symlink(link));
+  for (const char* target : {"/nowhere", "/dev/null"}) {
+    fs::create_symlink(target, link);
+    const auto refused = ErrorOf([&] { CreatePseudoTerminal(link); });
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->Number(), kErrorFileExists);
+    EXPECT_THAT(refused->Description(), HasSubstr(target));
+    EXPECT_EQ(fs::read_symlink(link), target);
+    fs::remove(link);
+  }
 
   auto first = CreatePseudoTerminal(link);
   const auto second = CreatePseudoTerminal(link);
+  EXPECT_EQ(second->Replaced(), first->DevicePath());
   first.reset();
   EXPECT_EQ(fs::read_symlink(link), second->DevicePath()) << "a link that was taken over is not ours";
 

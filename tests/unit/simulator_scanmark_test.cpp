@@ -471,11 +471,23 @@ TEST(ScanMarkSimulator, TranscriptHoldsBothDirectionsInTheirOrder) {
   host.scanner->Receive("\x1BSR", host.now);
   host.Send("ST\r");
   host.Say("PRN$ 1 N");
-  const std::vector<Traffic> expected{{Direction::FromHost, "\x1BSRST\r"},
-                                      {Direction::ToHost, "\r"},
-                                      {Direction::FromHost, "\x1BPRN$ 1 N\r"},
-                                      {Direction::ToHost, "\r"}};
+  const std::deque<Traffic> expected{{Direction::FromHost, "\x1BSRST\r"},
+                                     {Direction::ToHost, "\r"},
+                                     {Direction::FromHost, "\x1BPRN$ 1 N\r"},
+                                     {Direction::ToHost, "\r"}};
   EXPECT_EQ(host.scanner->Transcript(), expected);
+}
+
+TEST(ScanMarkSimulator, ItsMemoryOfALongLifeHasAnEnd) {
+  Host host(teskReaderTypeScantronScanMark5500, Blank(1));
+  host.scanner->KeepAtMost(12, 3);
+  for (int i = 0; i < 50; ++i) host.Say("NONE");
+  host.Say("PRN$ 1 N");
+  const std::deque<Traffic> latest{{Direction::ToHost, "\r"}};
+  EXPECT_EQ(host.scanner->Transcript(), latest);
+  EXPECT_EQ(host.scanner->Complaints().size(), 3U);
+  host.Send(std::string(40, 'x'));
+  EXPECT_EQ(host.scanner->Transcript().back().bytes, std::string(11, 'x'));
 }
 
 TEST(Simulators, KnowTheScanMarkFamilyAndNobodyElseByMistake) {

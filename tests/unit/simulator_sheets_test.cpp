@@ -19,14 +19,30 @@ TEST(Faults, ReadsWhatItListsAndRefusesTheRestNamingWhatItTakes) {
     const Fault expected{kind, 7, kind == FaultKind::Cut ? 40U : 0U};
     EXPECT_EQ(ParseFault(text, accepted).fault, expected) << text;
   }
-  for (const std::string text :
-       {"", "jam", "jam@", "jam@0", "jam@-1", "jam@1x", "jam@1@2", "jam@99999999999", "Jam@1", "skid@1",
-        "cut@5", "cut@@5", "cut@5@", "cut@-1@5", "cut@1@2@3", "@1"}) {
+  struct Refused {
+    const char* text;
+    const char* says;
+  };
+  for (const auto& [text, says] : {Refused{"", "double-feed@SHEET"},
+                                   {"Jam@1", "cut@BYTE@SHEET"},
+                                   {"skid@1", "cut@BYTE@SHEET"},
+                                   {"@1", "double-feed@SHEET"},
+                                   {"jam", "one number, not 0; write jam@SHEET"},
+                                   {"jam@", "the last number is 1 to 1000000"},
+                                   {"jam@0", "the last number is 1"},
+                                   {"jam@-1", "the last number is 1"},
+                                   {"jam@1x", "the last number is 1"},
+                                   {"jam@99999999999", "the last number is 1"},
+                                   {"jam@1@2", "one number, not 2"},
+                                   {"cut@3", "two numbers, not 1; write cut@BYTE@SHEET"},
+                                   {"cut@@5", "the first number is 0 to"},
+                                   {"cut@5@", "the last number is 1 to"},
+                                   {"cut@-1@5", "the first number is 0 to"},
+                                   {"cut@1@2@3", "two numbers, not 3"}}) {
     const ParsedFault parsed = ParseFault(text, accepted);
     EXPECT_FALSE(parsed.fault.has_value()) << text;
-    EXPECT_NE(parsed.error.find("\"" + text + "\""), std::string::npos) << parsed.error;
-    EXPECT_NE(parsed.error.find("double-feed@SHEET"), std::string::npos) << parsed.error;
-    EXPECT_NE(parsed.error.find("cut@BYTE@SHEET"), std::string::npos) << parsed.error;
+    EXPECT_NE(parsed.error.find("\"" + std::string(text) + "\""), std::string::npos) << parsed.error;
+    EXPECT_NE(parsed.error.find(says), std::string::npos) << parsed.error;
   }
   const FaultKind few[] = {FaultKind::Jam};
   EXPECT_FALSE(ParseFault("timing@1", few).fault.has_value());

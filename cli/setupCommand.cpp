@@ -17,8 +17,6 @@
 namespace tesk::cli {
 namespace {
 
-constexpr int kEndedBySignal = 128;  // plus the signal's number
-
 struct SetupOptions {
   SettingsKeyOptions key;
   std::string reader;

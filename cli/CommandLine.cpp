@@ -1,6 +1,7 @@
 // Parsing of the command line and the way out of it.
 #include "cli/CommandLine.h"
 
+#include <algorithm>
 #include <iostream>
 #include <optional>
 #include <vector>
@@ -17,8 +18,8 @@ namespace tesk::cli {
 namespace {
 
 constexpr void (*kCommands[])(CLI::App&, Program&) = {
-    AddReadersCommand, AddScanCommand,     AddSimulateCommand, AddDemoCommand,
-    AddLocateCommand,  AddFirmwareCommand, AddSettingsCommand, AddSetupCommand,
+    AddReadersCommand,  AddScanCommand,     AddSimulateCommand, AddDemoCommand,  AddLocateCommand,
+    AddFirmwareCommand, AddSettingsCommand, AddSetupCommand,    AddPortsCommand, AddHelpCommand,
 };
 
 constexpr std::string_view kFooter =
@@ -30,14 +31,15 @@ constexpr std::string_view kFooter =
     "Exit status: 0 done, 1 the scanner, the port or a file failed, 2 the command line is wrong,\n"
     "130 ended by Ctrl-C.";
 
+// The command, or the command's action, that the command line names; `app` itself where it names none.
 const CLI::App& ChosenCommand(const CLI::App& app) {
   const auto chosen = app.get_subcommands();
-  return chosen.empty() ? app : *chosen.back();
+  return chosen.empty() ? app : ChosenCommand(*chosen.back());
 }
 
 std::string TitleOf(const CLI::App& app) {
-  const CLI::App& command = ChosenCommand(app);
-  return &command == &app ? "teskread" : "teskread " + command.get_name();
+  const auto chosen = app.get_subcommands();
+  return app.get_name() + (chosen.empty() ? "" : " " + TitleOf(*chosen.back()));
 }
 
 std::string CommandNames(const CLI::App& app) {
@@ -51,8 +53,8 @@ std::string CommandNames(const CLI::App& app) {
 // What could have been meant by an argument that nothing takes.
 std::string ExtraText(const CLI::App& app, const std::string& argument) {
   const CLI::App& command = ChosenCommand(app);
-  if (&command == &app && !argument.starts_with('-')) {
-    return fmt::format("\"{}\" is no command; the commands are {}", argument, CommandNames(app));
+  if (!argument.starts_with('-') && !CommandNames(command).empty()) {
+    return fmt::format("\"{}\" is no command; the commands are {}", argument, CommandNames(command));
   }
   std::vector<std::string> names;
   for (const CLI::Option* option : command.get_options()) names.push_back(option->get_name());
@@ -87,14 +89,27 @@ std::string ParseErrorText(const CLI::App& app, const CLI::ParseError& error) {
                                    : text,
                        option->get_name(), option->get_type_name(), MessageLines(option->get_description()));
   }
-  if (&ChosenCommand(app) == &app) return "a command is required: " + CommandNames(app);
+  const std::string commands = CommandNames(ChosenCommand(app));
+  if (!commands.empty()) return "a command is required: " + commands;
   return text;
+}
+
+// An empty value says nothing, but looks as if the option were not there. An imprint may have an empty line.
+void RequireValues(const CLI::App& command) {
+  for (const CLI::Option* option : command.get_options()) {
+    const auto& values = option->results();
+    const bool empty = std::ranges::any_of(values, [](const std::string& value) { return value.empty(); });
+    if (!empty || option->get_type_size() == 0 || option->get_name() == "--imprint") continue;
+    throw UsageError(fmt::format("{0}: takes a value, not an empty text|{0} {1}: {2}", option->get_name(),
+                                 option->get_type_name(), MessageLines(option->get_description())));
+  }
 }
 
 // The status of a command line that asks for nothing but help or the version; empty for any other.
 std::optional<int> Parse(CLI::App& app, int argc, const char* const* argv, Program& program) {
   try {
     app.parse(argc, argv);
+    RequireValues(ChosenCommand(app));
   } catch (const CLI::CallForHelp&) {
     program.output->Write(app.help());
     return kStatusDone;

@@ -30,6 +30,8 @@ void AddLocateCommand(CLI::App& app, Program& program);
 void AddFirmwareCommand(CLI::App& app, Program& program);
 void AddSettingsCommand(CLI::App& app, Program& program);
 void AddSetupCommand(CLI::App& app, Program& program);
+void AddPortsCommand(CLI::App& app, Program& program);
+void AddHelpCommand(CLI::App& app, Program& program);
 
 // A help text: what an option does, folded to lines, and an example of its use.
 std::string Explain(std::string_view text, std::string_view example = {});

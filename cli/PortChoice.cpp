@@ -6,6 +6,7 @@
 #include "base/conversions.h"
 #include "cli/CommandError.h"
 #include "cli/optionValues.h"
+#include "platform/Platform.h"
 
 namespace tesk::cli {
 
@@ -20,7 +21,7 @@ PortChoice ParsePort(const std::string& text) {
             .number = static_cast<std::int16_t>(ParseWholeNumber("--port", text, 1, 16)),
             .device = {}};
   }
-  return {.kind = PortChoice::Kind::Device, .number = 1, .device = text};
+  return {.kind = PortChoice::Kind::Device, .number = 1, .device = platform::DeviceOfName(text)};
 }
 
 }  // namespace tesk::cli

@@ -1,4 +1,4 @@
-// What --port means: a number of the engine's, a device, or the built-in simulated scanner. Knows nobody.
+// What --port means: a number of the engine's, a device, or the built-in simulated scanner. Knows the platform.
 #pragma once
 
 #include <cstdint>

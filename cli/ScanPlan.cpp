@@ -6,8 +6,10 @@
 #include <fmt/format.h>
 
 #include "base/conversions.h"
+#include "base/readerNames.h"
 #include "cli/CommandError.h"
 #include "cli/ReaderChoice.h"
+#include "cli/storedSettings.h"
 #include "platform/SettingsStores.h"
 
 namespace tesk::cli {
@@ -73,11 +75,23 @@ teskReaderType SavedReader(const ScanPlan& plan) {
   if (!plan.key) throw UsageError("--reader: is required, or --key with the settings saved for one");
   const auto stored =
       platform::CreateSettingsStore()->LoadValue(plan.key->root, plan.key->path, "ScannerType");
-  const auto type = static_cast<teskReaderType>(stored ? ToInt16(Val(*stored)) : 0);
-  if (type == teskReaderTypeNone) {
+  if (!stored || Val(*stored) == 0) {
     throw CommandFailure(fmt::format("--key: no settings for a reader are saved under {}", plan.key->path));
   }
-  return type;
+  const double number = Val(*stored);
+  if (number < 1 || number >= static_cast<double>(ReaderTypeNames().size())) {
+    throw CommandFailure(
+        fmt::format("--key: the settings under {} are for a reader \"{}\", which is none|\"{}\" "
+                    "begins anew with a model's defaults",
+                    plan.key->path, *stored,
+                    "teskread settings save --key " + ShellWord(plan.key->path) + " --reader R"));
+  }
+  return static_cast<teskReaderType>(ToInt16(number));
+}
+
+// The device that the settings under --key name; empty where the port is said otherwise.
+std::string SavedDevice(const ScanPlan& plan) {
+  return plan.key && !plan.Assigns("Port") ? StoredDevice(*plan.key) : "";
 }
 
 }  // namespace
@@ -91,8 +105,11 @@ ScanPlan ParseScanOptions(const ScanOptions& options) {
   ScanPlan plan;
   if (!options.key.key.empty()) plan.key = ParseSettingsKey(options.key);
   plan.reader = options.reader.empty() ? SavedReader(plan) : ParseReader(options.reader);
-  if (!options.port.empty()) plan.port = ParsePort(options.port);
+  RequireDriver(plan.reader);
+  if (LowerCase(options.port) != "sim") RequireSystem(plan.reader);
   for (const auto& text : options.assignments) plan.assignments.push_back(ParseAssignment(text));
+  const std::string port = options.port.empty() ? SavedDevice(plan) : options.port;
+  if (!port.empty()) plan.port = ParsePort(port);
   ParseSides(options, plan);
   for (const auto& text : options.windows) plan.windows.push_back(ParseWindow(text));
   for (const auto& text : options.barcodes) plan.barcodes.push_back(ParseBarcode(text));

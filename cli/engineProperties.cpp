@@ -91,13 +91,21 @@ std::span<const Enumerator> EnumeratorsOf<teskReaderType>() {
   return ReaderTypes();
 }
 
-template <auto kSetter>
-void SetBoolean(clsTeskReader& engine, const std::string& text) {
+bool BooleanOf(const std::string& text) {
   const std::string folded = LowerCase(text);
   if (folded != "true" && folded != "false" && folded != "1" && folded != "0" && folded != "-1") {
     throw TypeMismatch();
   }
-  (engine.*kSetter)(TextToBoolean(text));
+  return TextToBoolean(text);
+}
+
+template <auto kSetter>
+void SetBoolean(clsTeskReader& engine, const std::string& text) {
+  (engine.*kSetter)(BooleanOf(text));
+}
+
+void SetImprinter(clsTeskReader& engine, const std::string& text) {
+  Deref(engine.Printer()).SetEnabled(BooleanOf(text));
 }
 
 template <auto kSetter>
@@ -137,43 +145,59 @@ constexpr std::string_view kText = "a text";
 using Engine = clsTeskReader;
 
 constexpr EngineProperty kProperties[] = {
-    {"ImagingEnabled", kBoolean, SetBoolean<&Engine::SetImagingEnabled>},
-    {"ReaderGrade", kBoolean, SetBoolean<&Engine::SetReaderGrade>},
-    {"Duplex", kBoolean, SetBoolean<&Engine::SetDuplex>},
-    {"DuplexForm", kBoolean, SetBoolean<&Engine::SetDuplexForm>},
-    {"Barcode", kBoolean, SetBoolean<&Engine::SetBarcode>},
-    {"Image", kBoolean, SetBoolean<&Engine::SetImage>},
-    {"Feeder", kBoolean, SetBoolean<&Engine::SetFeeder>},
-    {"Rejecter", kBoolean, SetBoolean<&Engine::SetRejecter>},
-    {"Windowing", kBoolean, SetBoolean<&Engine::SetWindowing>},
-    {"Continuous", kBoolean, SetBoolean<&Engine::SetContinuous>},
-    {"BaudRate", "a bit rate: 110 300 600 1200 2400 9600 14400 19200 28800 38400 56000 128000 256000",
+    {"ImagingEnabled", "the scanner takes pictures of the sheets", kBoolean,
+     SetBoolean<&Engine::SetImagingEnabled>},
+    {"ReaderGrade", "the scanner grades by its own scoring option", kBoolean,
+     SetBoolean<&Engine::SetReaderGrade>},
+    {"Duplex", "the scanner reads both sides", kBoolean, SetBoolean<&Engine::SetDuplex>},
+    {"DuplexForm", "the sheets have a back to read; --side2 sets it", kBoolean,
+     SetBoolean<&Engine::SetDuplexForm>},
+    {"Barcode", "barcodes are read; --barcode sets it", kBoolean, SetBoolean<&Engine::SetBarcode>},
+    {"Image", "pictures of the sheets are wanted", kBoolean, SetBoolean<&Engine::SetImage>},
+    {"Feeder", "sheets come from a hopper, not one by one by hand", kBoolean, SetBoolean<&Engine::SetFeeder>},
+    {"Rejecter", "the scanner has a reject stacker", kBoolean, SetBoolean<&Engine::SetRejecter>},
+    {"Windowing", "the form's read windows are in use", kBoolean, SetBoolean<&Engine::SetWindowing>},
+    {"Continuous", "the scanner feeds without waiting for the program", kBoolean,
+     SetBoolean<&Engine::SetContinuous>},
+    {"BaudRate", "bits per second on the line",
+     "a bit rate: 110 300 600 1200 2400 9600 14400 19200 28800 38400 56000 128000 256000",
      SetEnumeration<&Engine::SetBaudRate, teskReaderBaudRate>},
-    {"DataBits", "4 to 8", SetEnumeration<&Engine::SetDataBits, teskReaderDataBits>},
-    {"FlowControl", "0 none, 1 XON/XOFF, 2 hardware, 3 both, or the enumerator",
+    {"DataBits", "data bits of a character on the line", "4 to 8",
+     SetEnumeration<&Engine::SetDataBits, teskReaderDataBits>},
+    {"FlowControl", "who may hold the line up", "0 none, 1 XON/XOFF, 2 hardware, 3 both, or its name",
      SetEnumeration<&Engine::SetFlowControl, teskReaderFlowControl>},
-    {"Parity", "one letter: N E O M S", SetText<&Engine::SetParity>},
-    {"StopBits", kSingle, SetSingle<&Engine::SetStopBits>},
-    {"Port", kInt16, SetInt16<&Engine::SetPort>},
-    {"SleepTime", kInt32, SetInt32<&Engine::SetSleepTime>},
-    {"TimeOut", kInt32, SetInt32<&Engine::SetTimeOut>},
-    {"ColorDepth", "0 monochrome, 1 grayscale, 2 color, or the enumerator",
+    {"Parity", "parity of a character on the line", "one letter: N E O M S", SetText<&Engine::SetParity>},
+    {"StopBits", "stop bits of a character on the line", kSingle, SetSingle<&Engine::SetStopBits>},
+    {"Port", "the serial port; --port P also takes device paths", kInt16, SetInt16<&Engine::SetPort>},
+    {"SleepTime", "pause between two looks at the line, in milliseconds", kInt32,
+     SetInt32<&Engine::SetSleepTime>},
+    {"TimeOut", "how long an answer is awaited, in seconds", kInt32, SetInt32<&Engine::SetTimeOut>},
+    {"ColorDepth", "of the pictures", "0 monochrome, 1 grayscale, 2 color, or its name",
      SetEnumeration<&Engine::SetColorDepth, teskReaderColorDepth>},
-    {"Resolution", kInt16, SetInt16<&Engine::SetResolution>},
-    {"MarkCutOff", kInt16, SetInt16<&Engine::SetMarkCutOff>},
-    {"MarkDiscrimination", kInt16, SetInt16<&Engine::SetMarkDiscrimination>},
-    {"RecognitionThreshold", kInt16, SetInt16<&Engine::SetRecognitionThreshold>},
-    {"ErasureThreshold", kInt16, SetInt16<&Engine::SetErasureThreshold>},
-    {"RecognitionThresholdMax", kInt16, SetInt16<&Engine::SetRecognitionThresholdMax>},
-    {"RecognitionMode", "1 page, 2 window, or the enumerator",
+    {"Resolution", "of the pictures, in dots per inch", kInt16, SetInt16<&Engine::SetResolution>},
+    {"MarkCutOff", "marks lighter than this are none", kInt16, SetInt16<&Engine::SetMarkCutOff>},
+    {"MarkDiscrimination", "how much darker a mark is than its neighbours", kInt16,
+     SetInt16<&Engine::SetMarkDiscrimination>},
+    {"RecognitionThreshold", "from which darkness on a mark counts", kInt16,
+     SetInt16<&Engine::SetRecognitionThreshold>},
+    {"ErasureThreshold", "up to which darkness a mark counts as erased", kInt16,
+     SetInt16<&Engine::SetErasureThreshold>},
+    {"RecognitionThresholdMax", "the top of the darkness scale", kInt16,
+     SetInt16<&Engine::SetRecognitionThresholdMax>},
+    {"RecognitionMode", "whole pages, or the windows of --window", "1 page, 2 window, or its name",
      SetEnumeration<&Engine::SetRecognitionMode, teskRecognitionType>},
-    {"ReaderType", "a reader's number or enumerator", SetEnumeration<&Engine::SetReaderType, teskReaderType>},
-    {"CancelScan", kBoolean, SetBoolean<&Engine::SetCancelScan>},
-    {"HelpFile", kText, SetText<&Engine::SetHelpFile>},
-    {"Side1Image", kText, SetText<&Engine::SetSide1Image>},
-    {"Side2Image", kText, SetText<&Engine::SetSide2Image>},
-    {"Side1Coordinates", kText, SetText<&Engine::SetSide1Coordinates>},
-    {"Side2Coordinates", kText, SetText<&Engine::SetSide2Coordinates>},
+    {"ReaderType", "the scanner model; --reader also takes names",
+     "a number of the list of models (teskread readers)",
+     SetEnumeration<&Engine::SetReaderType, teskReaderType>},
+    {"CancelScan", "ends a scan that runs", kBoolean, SetBoolean<&Engine::SetCancelScan>},
+    {"HelpFile", "help file of the setup dialog", kText, SetText<&Engine::SetHelpFile>},
+    {"Side1Image", "file name of the front's picture", kText, SetText<&Engine::SetSide1Image>},
+    {"Side2Image", "file name of the back's picture", kText, SetText<&Engine::SetSide2Image>},
+    {"Side1Coordinates", "where items lie in the front's picture", kText,
+     SetText<&Engine::SetSide1Coordinates>},
+    {"Side2Coordinates", "where items lie in the back's picture", kText,
+     SetText<&Engine::SetSide2Coordinates>},
+    {"Printer", "the imprinter is fitted and switched on; --imprint sets it", kBoolean, SetImprinter},
 };
 
 std::string NearestPropertiesText(std::string_view name) {
@@ -206,8 +230,9 @@ Assignment ParseAssignment(const std::string& text) {
   const EngineProperty* property = FindEngineProperty(name);
   if (!property) {
     throw UsageError(
-        fmt::format("--set {}: the engine has no property \"{}\" that can be set|did you mean {}?", text,
-                    name, NearestPropertiesText(name)));
+        fmt::format("--set {}: the engine has no property \"{}\" that can be set|did you mean {}?|\"teskread "
+                    "help settings\" lists what can be set",
+                    text, name, NearestPropertiesText(name)));
   }
   if (equals == std::string::npos) {
     throw UsageError(fmt::format("--set {}: write NAME=VALUE; {} takes {}", text, name, property->takes));

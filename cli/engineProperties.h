@@ -11,7 +11,8 @@ namespace tesk::cli {
 
 struct EngineProperty {
   std::string_view name;
-  std::string_view takes;  // "True or False", for the operator
+  std::string_view means;  // with its unit, for the operator
+  std::string_view takes;  // "True or False"
   // Throws RunTimeError or UsageError for a text that does not convert.
   void (*set)(clsTeskReader& engine, const std::string& text);
 };

@@ -65,6 +65,15 @@ std::int16_t Int16Part(std::string_view option, std::string_view whole, std::str
   return static_cast<std::int16_t>(*value);
 }
 
+[[noreturn]] void RefuseMember(std::string_view option, std::string_view text,
+                               std::span<const Enumerator> enumerators) {
+  std::string names;
+  for (const Enumerator& enumerator : enumerators) {
+    names += fmt::format("|{} ({})", enumerator.name, enumerator.value);
+  }
+  throw UsageError(fmt::format("{}: \"{}\" is none of{}", option, text, names));
+}
+
 // One "50x48".
 void AddSize(std::string_view option, std::string_view text, SheetSizes& sizes) {
   const std::size_t at = text.find_first_of("xX");
@@ -123,11 +132,16 @@ std::int32_t ParseEnumeration(std::string_view option, std::string_view text,
   }
   const auto value = WholeNumber(text);
   if (value && *value >= INT32_MIN && *value <= INT32_MAX) return static_cast<std::int32_t>(*value);
-  std::string names;
-  for (const Enumerator& enumerator : enumerators) {
-    names += fmt::format("|{} ({})", enumerator.name, enumerator.value);
+  RefuseMember(option, text, enumerators);
+}
+
+std::int32_t ParseMember(std::string_view option, std::string_view text,
+                         std::span<const Enumerator> enumerators) {
+  const std::int32_t value = ParseEnumeration(option, text, enumerators);
+  if (std::ranges::find(enumerators, value, &Enumerator::value) == enumerators.end()) {
+    RefuseMember(option, text, enumerators);
   }
-  throw UsageError(fmt::format("{}: \"{}\" is neither a number nor one of{}", option, text, names));
+  return value;
 }
 
 SheetSizes ParseSheetSizes(std::string_view option, std::string_view text) {
@@ -153,14 +167,14 @@ WindowFields ParseWindow(std::string_view text) {
 BarcodeFields ParseBarcode(std::string_view text) {
   const auto parts = FieldParts("--barcode", text, "Page,Field,Distance,Length,Symbology,Orientation", 6);
   const auto number = [&](std::size_t i) { return Int16Part("--barcode", text, parts[i]); };
-  return {.page = number(0),
-          .field = number(1),
-          .distance = number(2),
-          .length = number(3),
-          .symbology =
-              static_cast<teskBarcodeType>(ParseEnumeration("--barcode", parts[4], BarcodeTypeEnumerators())),
-          .orientation = static_cast<teskBarcodeOrientation>(
-              ParseEnumeration("--barcode", parts[5], BarcodeOrientationEnumerators()))};
+  return {
+      .page = number(0),
+      .field = number(1),
+      .distance = number(2),
+      .length = number(3),
+      .symbology = static_cast<teskBarcodeType>(ParseMember("--barcode", parts[4], BarcodeTypeEnumerators())),
+      .orientation = static_cast<teskBarcodeOrientation>(
+          ParseMember("--barcode", parts[5], BarcodeOrientationEnumerators()))};
 }
 
 }  // namespace tesk::cli

@@ -47,6 +47,9 @@ std::int32_t ParseWholeNumber(std::string_view option, std::string_view text, st
 // A member's name in any case, or any 32-bit number: hosts may store values that are no member.
 std::int32_t ParseEnumeration(std::string_view option, std::string_view text,
                               std::span<const Enumerator> enumerators);
+// The same, but the number must be a member's.
+std::int32_t ParseMember(std::string_view option, std::string_view text,
+                         std::span<const Enumerator> enumerators);
 // "50x48" or "50x48,40x48": 0 to 32767 rows and 1 to 32767 columns each, at most kLargestSide positions.
 SheetSizes ParseSheetSizes(std::string_view option, std::string_view text);
 WindowFields ParseWindow(std::string_view text);

@@ -1,10 +1,16 @@
 // `teskread locate` and `teskread firmware`: the readers that say who they are when they are asked.
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
+#include "base/HostServices.h"
+#include "base/RunTimeError.h"
 #include "base/conversions.h"
+#include "base/readerNames.h"
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/EngineSession.h"
@@ -13,6 +19,8 @@
 #include "cli/SimulatedSerial.h"
 #include "cli/optionValues.h"
 #include "platform/Platform.h"
+#include "platform/SerialPorts.h"
+#include "profiles/clsTeskReaderProfiles.h"
 #include "simulator/Simulators.h"
 
 namespace tesk::cli {
@@ -22,12 +30,14 @@ struct PortOptions {
   std::string reader;
   std::string port;
   std::string start;
+  std::vector<std::string> ports;  // locate
 };
 
 void AddReaderOption(CLI::App& command, PortOptions& options) {
   command
       .add_option("--reader", options.reader,
-                  Explain("the scanner model: its number, enumerator or display name", "--reader 20"))
+                  Explain("the scanner model: its number or name in the list of models (teskread readers)",
+                          "--reader 20"))
       ->type_name("R")
       ->required();
 }
@@ -42,28 +52,141 @@ bool ProfileOffers(clsTeskReader& engine, bool (clsTeskReaderProfile::*offers)()
 }
 
 // The end of a command that found nothing.
-int NotFound(const EngineSession& session, Program& program, const std::string& text) {
+int NotFound(int messages, Program& program, const std::string& text) {
   if (platform::Interrupted()) return kStatusBySignal + platform::InterruptSignal();
-  if (session.Messages() == 0) program.console->Message("teskread", text);
+  if (messages == 0) program.console->Message("teskread", text);
   return kStatusFailed;
+}
+
+// A port that the search asks, as the operator knows it.
+struct Asked {
+  std::string name;    // "3" or a device path; what is printed when a scanner answers there
+  std::string device;  // empty: the system's port of that number
+};
+
+// What stands behind the ports of one search, 1 to 16 at most; the others are not there. Keeps why a port could
+// not be opened, since a search goes on without a word.
+class SearchedPorts : public SerialSystem {
+ public:
+  explicit SearchedPorts(std::vector<Asked> ports) : ports_(std::move(ports)) {}
+
+  std::unique_ptr<SerialLine> Open(std::int16_t port, const LineSettings& settings) override {
+    const auto index = static_cast<std::size_t>(port) - 1;
+    if (index >= ports_.size()) throw RunTimeError(kErrorPort, "Invalid port number");
+    std::unique_ptr<SerialLine> line;
+    const auto error = Attempt([&] {
+      line = ports_[index].device.empty()
+                 ? platform::CreateSerialSystem()->Open(port, settings)
+                 : platform::CreateSerialSystem(ports_[index].device)->Open(1, settings);
+    });
+    if (!error) return line;
+    // The first port may be asked twice.
+    const std::pair why(ports_[index].name, error->Description());
+    if (std::ranges::find(unopened_, why) == unopened_.end()) unopened_.push_back(why);
+    throw *error;
+  }
+
+  const std::string& NameOf(std::int16_t port) const {
+    return ports_.at(static_cast<std::size_t>(port) - 1).name;
+  }
+  // Names and reasons.
+  const std::vector<std::pair<std::string, std::string>>& Unopened() const { return unopened_; }
+
+ private:
+  std::vector<Asked> ports_;
+  std::vector<std::pair<std::string, std::string>> unopened_;
+};
+
+constexpr std::int16_t kLastPort = 16;
+
+std::vector<Asked> NumberedPorts() {
+  std::vector<Asked> ports;
+  for (std::int16_t port = 1; port <= kLastPort; ++port)
+    ports.push_back({NumberText(std::int32_t{port}), {}});
+  return ports;
+}
+
+// The serial ports of this machine that have no number.
+std::vector<Asked> OtherPorts() {
+  std::vector<Asked> others;
+  for (const auto& port : platform::ListSerialPorts()) {
+    bool numbered = false;
+    for (std::int16_t n = 1; n <= kLastPort; ++n) {
+      numbered = numbered || platform::SameDevice(platform::DeviceOfPort(n), port.device);
+    }
+    if (!numbered) others.push_back({port.path, port.path});
+  }
+  return others;
+}
+
+std::vector<Asked> ChosenPorts(const std::vector<std::string>& texts) {
+  std::vector<Asked> chosen;
+  for (const std::string& text : texts) {
+    const PortChoice port = ParsePort(text);
+    if (port.kind == PortChoice::Kind::Simulated) {
+      throw UsageError("--port: sim cannot be searched|give the path that \"teskread simulate\" prints");
+    }
+    const bool numbered = port.kind == PortChoice::Kind::Number;
+    chosen.push_back({text, numbered ? platform::DeviceOfPort(port.number) : port.device});
+  }
+  return chosen;
+}
+
+void TellUnopened(const SearchedPorts& ports, Console& console) {
+  std::string text;
+  for (const auto& [name, reason] : ports.Unopened()) text += fmt::format("|{}: {}", name, reason);
+  if (!text.empty())
+    console.Message("teskread locate", "ports that could not be opened, so not asked:" + text);
+}
+
+// One search of the engine's; true and printed where a scanner answered.
+bool Search(teskReaderType type, const std::vector<Asked>& asked, std::int16_t start, int& messages,
+            Program& program) {
+  const auto ports = std::make_shared<SearchedPorts>(asked);
+  const EngineSession session(ports, program.console);
+  LoadDefaults(session.Engine(), type);
+  const bool found = session.Engine().Locate(start);
+  messages += session.Messages();
+  TellUnopened(*ports, *program.console);
+  if (found) program.output->Write(ports->NameOf(session.Engine().Port()) + "\n");
+  return found;
+}
+
+void RequireLocatable(teskReaderType type) {
+  const auto profile = clsTeskReaderProfiles().Item(NumberText(std::int32_t{type}));
+  if (profile && profile->LocateEnabled()) return;
+  throw CommandFailure(
+      fmt::format("the {} cannot be searched for: it does not say who it is|\"teskread ports\" lists the "
+                  "serial ports; try "
+                  "them with --port",
+                  ReaderName(type)));
 }
 
 int Locate(const PortOptions& options, Program& program) {
   const teskReaderType type = ParseReader(options.reader);
-  const std::int32_t start = options.start.empty() ? 0 : ParseWholeNumber("--start", options.start, 0, 16);
-  const EngineSession session(platform::CreateSerialSystem(), program.console);
-  clsTeskReader& engine = session.Engine();
-  LoadDefaults(engine, type);
-  if (!ProfileOffers(engine, &clsTeskReaderProfile::LocateEnabled)) {
-    throw CommandFailure(
-        fmt::format("the {} cannot be searched for: it does not say who it is", engine.ReaderName()));
+  RequireSystem(type);
+  RequireLocatable(type);
+  const std::int32_t start =
+      options.start.empty() ? 0 : ParseWholeNumber("--start", options.start, 0, kLastPort);
+  if (!options.ports.empty() && start != 0) {
+    throw UsageError("--start: goes with the ports 1 to 16, not with --port, whose order is the search's");
   }
-  if (!engine.Locate(static_cast<std::int16_t>(start))) {
-    return NotFound(session, program,
-                    "no scanner answered on ports 1 to 16|check that it has power and is connected");
+  const bool chosen = !options.ports.empty();
+  auto others = chosen ? ChosenPorts(options.ports) : OtherPorts();
+  int messages = 0;
+  if (!chosen && Search(type, NumberedPorts(), static_cast<std::int16_t>(start), messages, program)) {
+    return kStatusDone;
   }
-  program.output->Write(fmt::format("{}\n", engine.Port()));
-  return kStatusDone;
+  for (std::size_t first = 0; first < others.size() && !platform::Interrupted(); first += kLastPort) {
+    const auto begin = others.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto end = begin + std::min<std::ptrdiff_t>(others.end() - begin, kLastPort);
+    if (Search(type, std::vector<Asked>(begin, end), 0, messages, program)) return kStatusDone;
+  }
+  return NotFound(messages, program,
+                  chosen
+                      ? "no scanner answered on these ports|check that it has power and is connected"
+                      : "no scanner answered on ports 1 to 16 or on any other serial port|check that it has "
+                        "power and is connected");
 }
 
 std::shared_ptr<SerialSystem> SerialOf(const PortChoice& port, teskReaderType type) {
@@ -76,6 +199,7 @@ std::shared_ptr<SerialSystem> SerialOf(const PortChoice& port, teskReaderType ty
 
 int Firmware(const PortOptions& options, Program& program) {
   const teskReaderType type = ParseReader(options.reader);
+  RequireSystem(type);
   const PortChoice port = ParsePort(options.port);
   const EngineSession session(SerialOf(port, type), program.console);
   clsTeskReader& engine = session.Engine();
@@ -86,7 +210,7 @@ int Firmware(const PortOptions& options, Program& program) {
   }
   std::string text;
   if (!engine.Firmware(text)) {
-    return NotFound(session, program,
+    return NotFound(session.Messages(), program,
                     "the scanner did not answer|check the port, that the scanner has power and is connected");
   }
   program.output->Write(text + "\n");
@@ -109,9 +233,18 @@ void AddLocateCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<PortOptions>();
   CLI::App& command = AddCommand(app, program, options, "locate",
                                  "Searches the ports for a scanner, prints the port", Locate);
-  command.add_option("--start", options->start, Explain("the port that is asked first", "--start 5"))
+  command
+      .add_option("--start", options->start, Explain("the port of 1 to 16 that is asked first", "--start 5"))
       ->type_name("N");
-  command.footer("Example:\n  teskread locate --reader \"Chatsworth Data OMR1100\" --start 9");
+  command
+      .add_option(
+          "--port", options->ports,
+          Explain("asks this port alone, 1 to 16 or a device path; may be repeated", "--port /dev/ttyACM0"))
+      ->allow_extra_args(false)
+      ->type_name("P");
+  command.footer(
+      "Without --port the ports 1 to 16 are asked, then all others of \"teskread ports\".\n\n"
+      "Example:\n  teskread locate --reader \"Chatsworth Data OMR1100\" --start 9");
 }
 
 void AddFirmwareCommand(CLI::App& app, Program& program) {

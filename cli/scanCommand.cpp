@@ -33,7 +33,7 @@ void AddEngineOptions(CLI::App& command, ScanOptions& options) {
   const auto many = [](CLI::Option* option) { return option->allow_extra_args(false); };
   command
       .add_option("--reader", options.reader,
-                  Explain("the scanner model: its number, enumerator or display name (see teskread readers)",
+                  Explain("the scanner model: its number or name in the list of models (teskread readers)",
                           "--reader \"Scantron Scanmark 5500\""))
       ->type_name("R");
   AddSettingsKeyOptions(command, options.key, false);
@@ -42,9 +42,10 @@ void AddEngineOptions(CLI::App& command, ScanOptions& options) {
                   Explain("1 to 16, a device path, or sim: a simulated scanner of the chosen model",
                           "--port /dev/ttyUSB0"))
       ->type_name("P");
-  many(command.add_option("--set", options.assignments,
-                          Explain("sets a property of the engine by its own name; may be repeated",
-                                  "--set TimeOut=3 --set Duplex=False")))
+  many(command.add_option(
+           "--set", options.assignments,
+           Explain("sets a value by its name (teskread help settings lists them); may be repeated",
+                   "--set TimeOut=3 --set Duplex=False")))
       ->type_name("NAME=VALUE");
   command
       .add_option(

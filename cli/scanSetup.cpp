@@ -12,6 +12,7 @@
 #include "cli/ReaderChoice.h"
 #include "cli/ScanPlan.h"
 #include "cli/SheetRoad.h"
+#include "cli/modelLimits.h"
 
 namespace tesk::cli {
 namespace {
@@ -142,6 +143,7 @@ void ConfigureEngine(const ScanPlan& plan, clsTeskReader& engine) {
   SetImprint(plan, engine);
   CheckWhole(plan, engine);
   CheckSheetRoad(plan, engine);
+  CheckModelLimits(plan, engine);
 }
 
 }  // namespace tesk::cli

@@ -1,15 +1,21 @@
 // `teskread settings`: the settings saved under a key of the settings store.
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "base/conversions.h"
+#include "base/readerNames.h"
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/EngineSession.h"
+#include "cli/PortChoice.h"
 #include "cli/ReaderChoice.h"
 #include "cli/engineProperties.h"
+#include "cli/settingLimits.h"
 #include "cli/settingsKey.h"
 #include "cli/storedSettings.h"
 #include "platform/Platform.h"
@@ -20,19 +26,49 @@ namespace {
 
 constexpr std::string_view kFooter =
     "Examples:\n"
-    "  teskread settings save --key School\\Lab --reader 4 --set Port=3\n"
-    "  teskread settings save --key School\\Lab --set TimeOut=30\n"
-    "  teskread settings show --key School\\Lab\n"
-    "  teskread scan --key School\\Lab";
+    "  teskread settings save --key \"School\\Lab\" --reader 4 --port 3\n"
+    "  teskread settings save --key \"School\\Lab\" --set TimeOut=30\n"
+    "  teskread settings list\n"
+    "  teskread settings show --key \"School\\Lab\"\n"
+    "  teskread scan --key \"School\\Lab\"";
 
 struct SettingsOptions {
   SettingsKeyOptions key;
   std::string reader;
+  std::string port;
   std::vector<std::string> assignments;
 };
 
 CommandFailure NothingSaved(const SettingsKey& key) {
-  return CommandFailure(fmt::format("nothing is saved under the key {}", key.path));
+  return CommandFailure(fmt::format(
+      "nothing is saved under the key {}|\"teskread settings list\" shows the keys that there are",
+      key.path));
+}
+
+// The value of a stored setting; a space stands for none.
+std::string TextOf(const std::vector<StoredValue>& values, std::string_view name) {
+  const auto found = std::ranges::find(values, name, &StoredValue::name);
+  return found == values.end() || found->text == " " ? "" : found->text;
+}
+
+teskReaderType TypeOf(const std::vector<StoredValue>& values) {
+  const double number = Val(TextOf(values, "ScannerType"));
+  const bool known = number >= 0 && number < static_cast<double>(ReaderTypeNames().size());
+  return known ? static_cast<teskReaderType>(ToInt16(number)) : teskReaderTypeNone;
+}
+
+int List(const SettingsOptions& options, Program& program) {
+  const teskReaderRegistryKey root = ParseSettingsRoot(options.key.root);
+  std::string text;
+  for (const std::string& path : platform::SettingsKeys(root)) {
+    const auto values = ReadStored({.root = root, .path = path});
+    const std::string device = TextOf(values, "ScannerDevice");
+    text += fmt::format("{:<32} {:<35} {}\n", ShellWord(path), ReaderName(TypeOf(values)),
+                        device.empty() ? "port " + TextOf(values, "ScannerPort") : device);
+  }
+  program.output->Write(text);
+  if (text.empty()) program.console->Message("teskread settings list", "no settings are saved yet");
+  return kStatusDone;
 }
 
 int Show(const SettingsOptions& options, Program& program) {
@@ -40,7 +76,12 @@ int Show(const SettingsOptions& options, Program& program) {
   const auto values = ReadStored(key);
   if (values.empty()) throw NothingSaved(key);
   std::string text;
-  for (const StoredValue& value : values) text += fmt::format("{:<24} {}\n", value.name, value.text);
+  for (const StoredValue& value : values) {
+    const std::string_view property = PropertyOf(value.name);
+    text += property == value.name
+                ? fmt::format("{:<24} {}\n", property, value.text)
+                : fmt::format("{:<24} {:<20} stored as {}\n", property, value.text, value.name);
+  }
   program.output->Write(text);
   return kStatusDone;
 }
@@ -51,28 +92,52 @@ void BeginWithDefaults(const std::string& reader, clsTeskReader& engine) {
   engine.SetPort(1);
 }
 
+// What is saved stays as it is; its model decides what may be changed.
+void BeginWithSaved(const SettingsKey& key, clsTeskReader& engine) {
+  const auto values = ReadStored(key);
+  if (values.empty()) throw UsageError("--reader: is required: nothing is saved under this key yet");
+  engine.SetReaderType(TypeOf(values));
+}
+
+// --port in the words of a saved setting: a number is Port, anything else the device beside it.
+struct SavedPort {
+  std::vector<Assignment> assignments;
+  std::string device;
+};
+
+SavedPort ParseSavedPort(const std::string& text) {
+  if (text.empty()) return {};
+  const PortChoice port = ParsePort(text);
+  if (port.kind == PortChoice::Kind::Simulated) {
+    throw UsageError(
+        "--port: sim is no port that can be saved|give it to the scan: teskread scan --port sim");
+  }
+  if (port.kind == PortChoice::Kind::Device) return {{}, port.device};
+  return {{ParseAssignment("Port=" + NumberText(std::int32_t{port.number}))}, {}};
+}
+
 // With a reader all settings are saved, its defaults and what is assigned; without one only what is assigned.
 int Save(const SettingsOptions& options, Program& program) {
   const SettingsKey key = ParseSettingsKey(options.key);
-  std::vector<Assignment> assignments;
+  SavedPort port = ParseSavedPort(options.port);
+  std::vector<Assignment> assignments = std::move(port.assignments);
   for (const std::string& text : options.assignments) assignments.push_back(ParseAssignment(text));
   RequireSettings(assignments);
   const EngineSession session(platform::CreateSerialSystem(), program.console);
   clsTeskReader& engine = session.Engine();
   const bool afresh = !options.reader.empty();
-  if (afresh) BeginWithDefaults(options.reader, engine);
-  if (!afresh && ReadStored(key).empty()) {
-    throw UsageError("--reader: is required: nothing is saved under this key yet");
-  }
+  afresh ? BeginWithDefaults(options.reader, engine) : BeginWithSaved(key, engine);
   for (const Assignment& assignment : assignments) Apply(assignment, engine);
-  const bool saved =
-      afresh ? engine.SaveSettings(key.root, key.path) : SaveAssigned(key, assignments, engine);
+  for (const Assignment& assignment : assignments) CheckSaved(assignment, engine);
+  const bool saved = afresh ? SaveAll(key, engine, port.device)
+                            : SaveAssigned(key, assignments, engine) &&
+                                  (port.device.empty() || SaveDevice(key, port.device, engine));
   return saved ? kStatusDone : kStatusFailed;
 }
 
 int Delete(const SettingsOptions& options, Program&) {
   const SettingsKey key = ParseSettingsKey(options.key);
-  if (!platform::CreateSettingsStore()->DeleteValues(key.root, key.path, SettingNames())) {
+  if (!platform::CreateSettingsStore()->DeleteValues(key.root, key.path, StoredNames())) {
     throw NothingSaved(key);
   }
   return kStatusDone;
@@ -81,7 +146,11 @@ int Delete(const SettingsOptions& options, Program&) {
 CLI::App& AddAction(CLI::App& settings, Program& program, const std::shared_ptr<SettingsOptions>& options,
                     const char* name, const char* does, int (*run)(const SettingsOptions&, Program&)) {
   CLI::App& action = *settings.add_subcommand(name, does);
-  AddSettingsKeyOptions(action, options->key, true);
+  if (run == List) {
+    AddSettingsRootOption(action, options->key);
+  } else {
+    AddSettingsKeyOptions(action, options->key, true);
+  }
   action.footer(std::string(kFooter));
   action.callback([options, &program, run] {
     program.run = [options, &program, run] { return run(*options, program); };
@@ -92,10 +161,12 @@ CLI::App& AddAction(CLI::App& settings, Program& program, const std::shared_ptr<
 }  // namespace
 
 void AddSettingsCommand(CLI::App& app, Program& program) {
-  CLI::App& settings = *app.add_subcommand("settings", "Shows, saves and deletes the settings under a key");
+  CLI::App& settings =
+      *app.add_subcommand("settings", "Lists, shows, saves and deletes the settings under a key");
   settings.require_subcommand(1);
   settings.footer(std::string(kFooter));
   const auto options = std::make_shared<SettingsOptions>();
+  AddAction(settings, program, options, "list", "Lists the keys that settings are saved under", List);
   AddAction(settings, program, options, "show", "Prints the settings saved under a key", Show);
   CLI::App& save = AddAction(
       settings, program, options, "save",
@@ -103,8 +174,12 @@ void AddSettingsCommand(CLI::App& app, Program& program) {
   save.add_option("--reader", options->reader,
                   Explain("begins with this model's defaults; without it, with what is saved", "--reader 4"))
       ->type_name("R");
+  save.add_option("--port", options->port,
+                  Explain("1 to 16, or a device path that scans with this key use", "--port /dev/ttyACM0"))
+      ->type_name("P");
   save.add_option("--set", options->assignments,
-                  Explain("sets a property of the engine by its own name; may be repeated", "--set Port=3"))
+                  Explain("sets a value by its name (teskread help settings lists them); may be repeated",
+                          "--set TimeOut=30"))
       ->allow_extra_args(false)
       ->type_name("NAME=VALUE");
   AddAction(settings, program, options, "delete", "Deletes the settings saved under a key", Delete);

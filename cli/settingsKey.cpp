@@ -1,6 +1,9 @@
 // Where in the settings store.
 #include "cli/settingsKey.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include <fmt/format.h>
 
 #include "base/conversions.h"
@@ -22,12 +25,7 @@ constexpr struct {
 
 }  // namespace
 
-void AddSettingsKeyOptions(CLI::App& command, SettingsKeyOptions& options, bool required) {
-  command
-      .add_option("--key", options.key,
-                  Explain("the key that the settings are saved under, a path", "--key School\\Lab"))
-      ->type_name("K")
-      ->required(required);
+void AddSettingsRootOption(CLI::App& command, SettingsKeyOptions& options) {
   command
       .add_option("--root", options.root,
                   Explain("the root that the key is below: CurrentUser (default), LocalMachine, Users, "
@@ -36,17 +34,36 @@ void AddSettingsKeyOptions(CLI::App& command, SettingsKeyOptions& options, bool 
       ->type_name("ROOT");
 }
 
+void AddSettingsKeyOptions(CLI::App& command, SettingsKeyOptions& options, bool required) {
+  command
+      .add_option("--key", options.key,
+                  Explain("the key that the settings are saved under, a path", "--key \"School\\Lab\""))
+      ->type_name("K")
+      ->required(required);
+  AddSettingsRootOption(command, options);
+}
+
+std::string ShellWord(const std::string& text) {
+  const bool plain = std::ranges::all_of(text, [](unsigned char c) {
+    return std::isalnum(c) != 0 || c == '/' || c == '-' || c == '_' || c == '.';
+  });
+  return plain ? text : "\"" + text + "\"";
+}
+
 SettingsKey ParseSettingsKey(const SettingsKeyOptions& options) {
   if (options.key.find_first_not_of("\\/ ") == std::string::npos) {
     throw UsageError("--key: takes a path such as School\\Lab");
   }
-  if (options.root.empty()) return {.root = teskReaderRegistryKeyCurrentUser, .path = options.key};
-  for (const auto& [name, root] : kRoots) {
-    if (LowerCase(name) == LowerCase(options.root)) return {.root = root, .path = options.key};
+  return {.root = ParseSettingsRoot(options.root), .path = options.key};
+}
+
+teskReaderRegistryKey ParseSettingsRoot(const std::string& name) {
+  if (name.empty()) return teskReaderRegistryKeyCurrentUser;
+  for (const auto& [known, root] : kRoots) {
+    if (LowerCase(known) == LowerCase(name)) return root;
   }
-  throw UsageError(
-      fmt::format("--root: \"{}\" is none of CurrentUser, LocalMachine, Users, ClassesRoot, CurrentConfig",
-                  options.root));
+  throw UsageError(fmt::format(
+      "--root: \"{}\" is none of CurrentUser, LocalMachine, Users, ClassesRoot, CurrentConfig", name));
 }
 
 }  // namespace tesk::cli

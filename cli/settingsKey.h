@@ -18,9 +18,15 @@ struct SettingsKey {
   std::string path;
 };
 
+void AddSettingsRootOption(CLI::App& command, SettingsKeyOptions& options);
 void AddSettingsKeyOptions(CLI::App& command, SettingsKeyOptions& options, bool required);
+
+// A text as a shell takes it for one word; backslashes and blanks survive.
+std::string ShellWord(const std::string& text);
 
 // Throws UsageError where --root names no root of the store, or --key nothing.
 SettingsKey ParseSettingsKey(const SettingsKeyOptions& options);
+// Empty: CurrentUser.
+teskReaderRegistryKey ParseSettingsRoot(const std::string& name);
 
 }  // namespace tesk::cli

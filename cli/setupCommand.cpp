@@ -82,7 +82,7 @@ int RunSetup(const SetupOptions& options, Program& program) {
     program.console->Message("teskread setup", "nothing was changed");
     return kStatusDone;
   }
-  const bool saved = loaded ? loaded->SaveChanges() : engine->SaveSettings(key.root, key.path);
+  const bool saved = loaded ? loaded->SaveChanges() : SaveAll(key, *engine);
   return saved ? kStatusDone : kStatusFailed;
 }
 
@@ -98,8 +98,8 @@ void AddSetupCommand(CLI::App& app, Program& program) {
       ->type_name("R");
   command.footer(
       "Examples:\n"
-      "  teskread setup --key School\\Lab --reader \"Scantron EZData\"\n"
-      "  teskread setup --key School\\Lab");
+      "  teskread setup --key \"School\\Lab\" --reader \"Scantron EZData\"\n"
+      "  teskread setup --key \"School\\Lab\"");
   command.callback(
       [options, &program] { program.run = [options, &program] { return RunSetup(*options, program); }; });
 }

@@ -23,6 +23,8 @@ constexpr struct {
     {"StopBits", "ScannerStopBits"},
 };
 
+constexpr const char* kDevice = "ScannerDevice";  // hosts do not know it
+
 std::string_view SettingOf(std::string_view property) {
   for (const auto& renamed : kRenamed) {
     if (renamed.property == property) return renamed.setting;
@@ -30,16 +32,50 @@ std::string_view SettingOf(std::string_view property) {
   return property;
 }
 
+// A port that is chosen by its number takes the place of a device.
 bool Save(const SettingsKey& key, std::vector<StoredValue> values, clsTeskReader& engine) {
-  return values.empty() || engine.SaveValues(key.root, key.path, values);
+  const bool port = std::ranges::find(values, "ScannerPort", &StoredValue::name) != values.end();
+  return values.empty() ||
+         (engine.SaveValues(key.root, key.path, values) && (!port || SaveDevice(key, {}, engine)));
 }
 
 }  // namespace
 
+std::string_view PropertyOf(std::string_view setting) {
+  if (setting == kDevice) return "--port";
+  for (const auto& renamed : kRenamed) {
+    if (renamed.setting == setting) return renamed.property;
+  }
+  return setting;
+}
+
+std::vector<std::string> StoredNames() {
+  auto names = SettingNames();
+  names.emplace_back(kDevice);
+  return names;
+}
+
+std::string StoredDevice(const SettingsKey& key) {
+  return platform::CreateSettingsStore()->LoadValue(key.root, key.path, kDevice).value_or("");
+}
+
+bool SaveDevice(const SettingsKey& key, const std::string& device, clsTeskReader& engine) {
+  if (device.empty()) {
+    static_cast<void>(platform::CreateSettingsStore()->DeleteValues(key.root, key.path, {kDevice}));
+    return true;
+  }
+  std::vector<StoredValue> values = {{kDevice, device}};
+  return engine.SaveValues(key.root, key.path, values);
+}
+
+bool SaveAll(const SettingsKey& key, clsTeskReader& engine, const std::string& device) {
+  return engine.SaveSettings(key.root, key.path) && SaveDevice(key, device, engine);
+}
+
 std::vector<StoredValue> ReadStored(const SettingsKey& key) {
   const auto store = platform::CreateSettingsStore();
   std::vector<StoredValue> values;
-  for (const std::string& name : SettingNames()) {
+  for (const std::string& name : StoredNames()) {
     if (const auto text = store->LoadValue(key.root, key.path, name)) values.push_back({name, *text});
   }
   return values;

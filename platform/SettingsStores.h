@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/enumerations.h"
 #include "engine/Seams.h"
@@ -15,6 +16,10 @@ namespace tesk::platform {
 
 // The registry on Windows; elsewhere a file in the user's configuration folder.
 std::shared_ptr<SettingsStore> CreateSettingsStore();
+
+// The keys below a root under which a scanner's settings are saved, as --key takes them, in order. Throws where
+// the store cannot be read.
+std::vector<std::string> SettingsKeys(teskReaderRegistryKey root);
 
 // The longest value that is read, in bytes; a longer one counts as missing.
 inline constexpr std::size_t kLongestValue = 1024;

@@ -135,6 +135,12 @@ std::string SettingsText::Text() const {
   return text;
 }
 
+std::vector<std::string> SettingsText::Groups() const {
+  std::vector<std::string> paths;
+  for (const Group& group : groups_) paths.push_back(group.path);
+  return paths;
+}
+
 std::optional<std::string> SettingsText::Find(std::string_view group, std::string_view name) const {
   for (const Group& candidate : groups_) {
     if (!SameName(candidate.path, group)) continue;

@@ -24,6 +24,7 @@ class SettingsText {
   static SettingsText Parse(std::string_view text, const std::string& file);
   std::string Text() const;
 
+  std::vector<std::string> Groups() const;
   std::optional<std::string> Find(std::string_view group, std::string_view name) const;
   void Set(std::string_view group, std::string_view name, std::string_view value);
   // Removes a value, and its group where that was the last; false where there is none.

@@ -5,6 +5,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -12,6 +13,7 @@
 #include <utility>
 
 #include "base/RunTimeError.h"
+#include "base/conversions.h"
 #include "platform/Platform.h"
 #include "platform/posix/Descriptor.h"
 
@@ -124,6 +126,19 @@ bool SettingsFile::DeleteValues(teskReaderRegistryKey root, const std::string& k
   });
 }
 
+std::vector<std::string> SettingsFile::Keys(teskReaderRegistryKey root) const {
+  const SettingsText settings = Read();
+  const std::string below = std::string(RootName(root)) + "\\";
+  std::vector<std::string> keys;
+  for (const std::string& group : settings.Groups()) {
+    if (LowerCase(group.substr(0, below.size())) != LowerCase(below)) continue;
+    if (settings.Find(group, "ScannerType")) keys.push_back(group.substr(below.size()));
+  }
+  std::ranges::sort(keys);
+  keys.erase(std::ranges::unique(keys).begin(), keys.end());
+  return keys;
+}
+
 bool SettingsFile::Change(const std::function<bool(SettingsText&)>& change) {
   std::error_code none;
   std::filesystem::create_directories(std::filesystem::path(path_).parent_path(), none);
@@ -161,5 +176,9 @@ void SettingsFile::Replace(const std::string& text) const {
 }
 
 std::shared_ptr<SettingsStore> CreateSettingsStore() { return std::make_shared<SettingsFile>(DefaultPath()); }
+
+std::vector<std::string> SettingsKeys(teskReaderRegistryKey root) {
+  return SettingsFile(DefaultPath()).Keys(root);
+}
 
 }  // namespace tesk::platform

@@ -22,6 +22,8 @@ class SettingsFile : public SettingsStore {
                                        const std::string& name) override;
   bool DeleteValues(teskReaderRegistryKey root, const std::string& key,
                     const std::vector<std::string>& names) override;
+  // Below the root; see SettingsKeys.
+  std::vector<std::string> Keys(teskReaderRegistryKey root) const;
 
  private:
   SettingsText Read() const;

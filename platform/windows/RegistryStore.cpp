@@ -129,8 +129,33 @@ class RegistryStore : public SettingsStore {
   }
 };
 
+constexpr int kDeepest = 16;  // levels below the root that are looked through
+
+// Keys that may not be read hold nothing of ours.
+void AddKeys(HKEY parent, const std::string& path, int level, std::vector<std::string>& keys) {
+  if (RegQueryValueExA(parent, "ScannerType", nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS) {
+    keys.push_back(Utf8(path));
+  }
+  std::array<char, 256> name{};
+  auto size = static_cast<DWORD>(name.size());
+  for (DWORD index = 0; level < kDeepest && RegEnumKeyExA(parent, index, name.data(), &size, nullptr, nullptr,
+                                                          nullptr, nullptr) == ERROR_SUCCESS;
+       ++index, size = static_cast<DWORD>(name.size())) {
+    Key child;
+    if (RegOpenKeyExA(parent, name.data(), 0, KEY_READ, child.Place()) != ERROR_SUCCESS) continue;
+    AddKeys(child.Get(), path.empty() ? name.data() : path + "\\" + name.data(), level + 1, keys);
+  }
+}
+
 }  // namespace
 
 std::shared_ptr<SettingsStore> CreateSettingsStore() { return std::make_shared<RegistryStore>(); }
+
+std::vector<std::string> SettingsKeys(teskReaderRegistryKey root) {
+  std::vector<std::string> keys;
+  AddKeys(Root(root), {}, 0, keys);
+  std::ranges::sort(keys);
+  return keys;
+}
 
 }  // namespace tesk::platform

@@ -82,7 +82,7 @@ session sekonic-windows 8 0 "two read windows on the front" \
 session sekonic-barcodes 8 0 "sheets with two barcodes and with one" \
   "--sheets $here/sekonic-sheets.ndjson" --side1 8x40 --set Duplex=False --barcode 1,1,30,8,teskBarcodeTypeCode39,1 --max-sheets 2
 session sr430-card 38 0 "two cards" \
-  "--count 2 --side1 8x40" --side1 8x40 --set Duplex=False --max-sheets 2
+  "--count 2 --side1 8x40" --side1 8x12 --set Duplex=False --max-sheets 2
 session vmr138-sheet 24 0 "two sheets" \
   "--count 2 --side1 8x37" --max-sheets 2
 session vmr138-jam 24 1 "the second sheet jams before it is read" \

@@ -166,6 +166,7 @@ TEST_F(CliProperties, WhatDoesNotConvertIsRefusedAndSaysWhatIsTaken) {
                                  {"BaudRate=fast", "a bit rate"},
                                  {"Duplex", "NAME=VALUE"},
                                  {"Duplx=1", "did you mean Duplex"},
+                                 {"Printer=on", "True or False"},
                                  {"Side1Rows=50", "no property"},
                                  {"ReaderName=x", "no property"},
                                  {"=1", "no property"},
@@ -184,6 +185,7 @@ class CliScanPlan : public testing::Test {
     return options;
   }
   std::string Configure(const ScanOptions& options) {
+    Engine().SetDuplexForm(false);  // as in a fresh engine
     return UsageErrorOf([&] { ConfigureEngine(ParseScanOptions(options), Engine()); });
   }
   clsTeskReader& Engine() { return *bench_.reader; }
@@ -213,6 +215,7 @@ TEST_F(CliScanPlan, WindowsSelectWindowReadingAndNoneSelectsThePage) {
   auto options = Options();
   EXPECT_EQ(Configure(options), "no UsageError");
   EXPECT_EQ(Engine().RecognitionMode(), teskRecognitionTypePage);
+  options.side2 = "50x48";
   options.windows = {"1,10,1,1,5,2,1,0", "3,4,1,1,5,2,2,1"};
   EXPECT_EQ(Configure(options), "no UsageError");
   EXPECT_EQ(Engine().RecognitionMode(), teskRecognitionTypeWindow);
@@ -259,6 +262,77 @@ TEST_F(CliScanPlan, OptionsThatDoNotFitEachOtherOrTheModelAreRefusedByName) {
     misfit.change(options);
     EXPECT_THAT(Configure(options), HasSubstr(misfit.says));
   }
+}
+
+TEST_F(CliScanPlan, WhatTheModelCannotReadIsRefusedBeforePaperMoves) {
+  struct Case {
+    teskReaderType reader;
+    void (*change)(ScanOptions&);
+    const char* says;  // empty: it is taken
+  };
+  using O = ScanOptions;
+  constexpr auto kScanMark = teskReaderTypeScantronScanMark5500;
+  constexpr auto kSekonic = teskReaderTypeScanningSystemsSR607;
+  constexpr auto kOpScan = teskReaderTypeNCSOpScan4;
+  for (const Case& c : {
+           Case{kScanMark, [](O& o) { o.side1 = "20x12"; },
+                "--side1: 20x12 does not fit: the Scantron Scanmark 5500 "
+                "reads pages of 48 columns; write 20x48"},
+           {kScanMark, [](O& o) { o.side1 = "50x48,40x49"; }, "40x49"},
+           {kScanMark, [](O& o) { o.side1 = "50x48,0x1"; }, ""},
+           {kScanMark, [](O& o) { o.side1 = "9999x48"; }, ""},
+           {kScanMark, [](O& o) { o.side2 = "50x47"; }, "--side2: 50x47 does not fit"},
+           {kScanMark, [](O& o) { o.side1 = "20x12", o.windows = {"1,20,1,1,12,1,1,0"}; }, ""},
+           {kScanMark, [](O& o) { o.side1 = "20x49", o.windows = {"1,20,1,1,12,1,1,0"}; },
+            "at most 48 columns"},
+           {kScanMark, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
+           {kScanMark, [](O& o) { o.assignments = {"RecognitionMode=2"}; }, "--window: is required"},
+           {kScanMark, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, "reads no barcodes"},
+           {teskReaderTypeScantron8000, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; },
+            "reads whole pages only"},
+           {kSekonic, [](O& o) { o.side1 = "999x48"; }, ""},
+           {kSekonic, [](O& o) { o.side1 = "1000x48"; }, "at most 999 rows"},
+           {kSekonic, [](O& o) { o.side1 = "20x12"; }, ""},
+           {teskReaderTypeSekonicSR430, [](O& o) { o.side1 = "20x13"; }, "at most 12 columns"},
+           {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x14"; }, ""},
+           {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "501x14"; }, "at most 500 rows"},
+           {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x15"; }, "at most 14 columns"},
+           {kOpScan, [](O& o) { o.side1 = "150x48"; }, ""},
+           {kOpScan, [](O& o) { o.side1 = "151x48"; }, "at most 150 rows"},
+           {kOpScan, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; }, "reads whole pages only"},
+           {teskReaderTypeSekonicSR3500, [](O& o) { o.side1 = "201x48"; }, "at most 200 rows"},
+           {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, ""},
+           {kOpScan, [](O& o) { o.barcodes = {"3,1,30,8,2,1"}; }, "Page 3 is no side"},
+           {kOpScan, [](O& o) { o.barcodes = {"1,1,-1,8,2,1"}; }, "are 0 or more"},
+           {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,24,1"}; }, "\"24\" is none of"},
+           {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,3"}; }, "\"3\" is none of"},
+           {kSekonic, [](O& o) { o.barcodes.assign(9, "1,1,30,8,2,1"); }, "at most 8 barcodes, 9 were given"},
+       }) {
+    auto options = Options(c.reader);
+    c.change(options);
+    const std::string error = Configure(options);
+    EXPECT_THAT(error, HasSubstr(*c.says ? c.says : "no UsageError")) << c.reader << ' ' << options.side1;
+  }
+  for (const auto& [fields, says] :
+       {Refused{"1,50,1,1,48,1,1,0", ""},
+        {"50,50,-1,48,48,-1,1,1", ""},
+        {"1,51,1,1,48,1,1,0", "rows 1 to 51 lie outside the sheet, which has rows 1 to 50"},
+        {"49,50,-1,1,48,1,1,0", "rows 0 to 49"},
+        {"1,50,1,2,48,1,1,0", "columns 2 to 49"},
+        {"1,2,0,1,2,1,1,0", "the step from row to row is 0"},
+        {"1,1,0,1,1,0,1,0", ""},
+        {"1,0,1,1,2,1,1,0", "it has no rows"},
+        {"1,2,1,1,2,1,0,0", "Page is 1 (front) or 2 (back)"},
+        {"1,2,1,1,2,1,2,0", "the back is not read"},
+        {"1,2,1,1,2,1,1,2", "Orientation is 0"}}) {
+    auto options = Options(kScanMark);
+    options.windows = {fields};
+    EXPECT_THAT(Configure(options), HasSubstr(*says ? says : "no UsageError")) << fields;
+  }
+  auto backFirst = Options(kScanMark);
+  backFirst.side2 = "50x48";
+  backFirst.windows = {"1,2,1,1,2,1,2,0", "1,2,1,1,2,1,1,0"};
+  EXPECT_THAT(Configure(backFirst), HasSubstr("the windows of the front (Page 1) come before"));
 }
 
 TEST_F(CliScanPlan, APropertyMayStandInForThePortOption) {

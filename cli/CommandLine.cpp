@@ -18,8 +18,8 @@ namespace tesk::cli {
 namespace {
 
 constexpr void (*kCommands[])(CLI::App&, Program&) = {
-    AddReadersCommand,  AddScanCommand,     AddSimulateCommand, AddDemoCommand,  AddLocateCommand,
-    AddFirmwareCommand, AddSettingsCommand, AddSetupCommand,    AddPortsCommand, AddHelpCommand,
+    AddReadersCommand, AddScanCommand,     AddSimulateCommand, AddDemoCommand,  AddPortsCommand,
+    AddLocateCommand,  AddFirmwareCommand, AddSettingsCommand, AddSetupCommand, AddHelpCommand,
 };
 
 constexpr std::string_view kFooter =
@@ -94,6 +94,16 @@ std::string ParseErrorText(const CLI::App& app, const CLI::ParseError& error) {
   return text;
 }
 
+// The parser would take the next word for the value of "--port=".
+void RequireValuesBehindSigns(int argc, const char* const* argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (!argument.starts_with("--") || argument.find('=') != argument.size() - 1) continue;
+    throw UsageError(
+        fmt::format("{}: takes a value, not an empty text", argument.substr(0, argument.size() - 1)));
+  }
+}
+
 // An empty value says nothing, but looks as if the option were not there. An imprint may have an empty line.
 void RequireValues(const CLI::App& command) {
   for (const CLI::Option* option : command.get_options()) {
@@ -107,6 +117,7 @@ void RequireValues(const CLI::App& command) {
 
 // The status of a command line that asks for nothing but help or the version; empty for any other.
 std::optional<int> Parse(CLI::App& app, int argc, const char* const* argv, Program& program) {
+  RequireValuesBehindSigns(argc, argv);
   try {
     app.parse(argc, argv);
     RequireValues(ChosenCommand(app));

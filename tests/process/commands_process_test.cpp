@@ -1,5 +1,7 @@
 // teskread's other commands, and its answers to command lines that are wrong.
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -26,7 +28,9 @@ struct WrongLine {
 
 TEST(ProcessCommandLine, WhatIsWrongIsNamedWithStatus2AndNothingOnStandardOutput) {
   const WrongLine lines[] = {
-      {{}, "a command is required: readers, scan, simulate, demo, locate, firmware, settings or setup"},
+      {{},
+       "a command is required: readers, scan, simulate, demo, ports, locate, firmware, settings, setup "
+       "or help"},
       {{"scna"}, "\"scna\" is no command"},
       {{"--frobnicate"}, "--frobnicate"},
       {{"scan"}, "--reader: is required"},
@@ -44,7 +48,18 @@ TEST(ProcessCommandLine, WhatIsWrongIsNamedWithStatus2AndNothingOnStandardOutput
       {{"scan", "--reader", "15", "--port", "sim", "--side1", "50x48", "--window", "1,2"}, "--window"},
       {{"scan", "--reader", "15", "--port", "sim", "--side1", "50x48", "--max-sheets", "x"}, "--max-sheets"},
       {{"scan", "--reader", "0", "--port", "sim"}, "no scanner"},
+      {{"scan", "--reader", "15", "--port", "sim", "--side1", "20x12"}, "pages of 48 columns; write 20x48"},
+      {{"scan", "--reader", "15", "--port", "sim", "--side1", "50x48", "--max-sheets", ""},
+       "--max-sheets: takes a value, not an empty text"},
+      {{"scan", "--reader", "15", "--port", "", "--side1", "50x48"}, "--port: takes a value"},
+      {{"scan", "--reader", "15", "--port=", "--side1", "50x48"}, "--port: takes"},
+      {{"settings", "frob"}, "list, show, save or delete"},
+      {{"settings", "save", "--key", ""}, "teskread settings save: --key: takes a value"},
+      {{"locate", "--reader", "20", "--port", "sim"}, "sim cannot be searched"},
+      {{"locate", "--reader", "20", "--start", "5", "--port", "3"}, "--start: goes with"},
+      {{"help", "frob"}, "\"frob\" is no topic"},
       {{"simulate", "--reader", "15", "--fault", "fire@3"}, "jam@SHEET"},
+      {{"simulate", "--reader", "15", "--fault", "cut@3"}, "two numbers, not 1; write cut@BYTE@SHEET"},
       {{"simulate", "--reader", "15", "--count", "-1"}, "--count"},
       {{"simulate", "--reader", "15", "--seed", "-1"}, "--seed"},
       {{"simulate", "--reader", "15", "--sheets", "x", "--count", "3"}, "--sheets"},
@@ -67,12 +82,22 @@ TEST(ProcessCommandLine, HelpAndVersionGoToStandardOutput) {
                                  {"scan", "--help"},
                                  {"simulate", "--help"},
                                  {"readers", "--help"},
+                                 {"help"},
+                                 {"help", "scan"},
+                                 {"help", "settings", "save"},
                                  {"demo", "--help"}}) {
     Process help(Teskread(arguments));
     EXPECT_EQ(help.Wait(), 0);
     EXPECT_THAT(help.Output(), HasSubstr("Usage: teskread"));
     EXPECT_EQ(help.Error(), "");
+    EXPECT_THAT(help.Output(), testing::Not(HasSubstr("enumerator")));
   }
+  Process settings(Teskread({"help", "settings"}));
+  EXPECT_EQ(settings.Wait(), 0);
+  EXPECT_THAT(settings.Output(),
+              AllOf(HasSubstr("SleepTime                pause between two looks at the line, in "
+                              "milliseconds"),
+                    HasSubstr("0 none, 1 XON/XOFF"), HasSubstr("teskread settings --help")));
   Process faults(Teskread({"simulate", "--reader", "Scantron 8000", "--help"}));
   EXPECT_EQ(faults.Wait(), 0);
   EXPECT_THAT(faults.Output(), AllOf(HasSubstr("Faults of the Scantron 8000"), HasSubstr("cut@BYTE@SHEET")));
@@ -81,12 +106,43 @@ TEST(ProcessCommandLine, HelpAndVersionGoToStandardOutput) {
   EXPECT_EQ(version.Output(), "teskread " TESKREAD_VERSION "\n");
 }
 
-TEST(ProcessCommandLine, AModelWithoutADriverIsRefusedInPlainWords) {
-  for (const char* reader : {"1", "46"}) {
-    Process process(Teskread({"scan", "--reader", reader, "--port", "1"}));
-    EXPECT_EQ(process.Wait(), 1);
-    EXPECT_THAT(process.Error(), HasSubstr("has no driver in this version"));
+TEST(ProcessCommandLine, AModelThatCannotBeUsedHereIsRefusedInPlainWordsBeforeAnythingElse) {
+  struct Case {
+    Texts arguments;
+    const char* says;
+  };
+  for (const auto& [arguments, says] : {
+           Case{{"scan", "--reader", "1", "--port", "1"}, "has no driver in this version"},
+           {{"scan", "--reader", "46", "--port", "1"}, "has no driver in this version"},
+           {{"scan", "--reader", "33"}, "the Sekonic SR3500 (USB) needs Windows"},
+           {{"scan", "--reader", "33", "--port", "17", "--window", "x"}, "needs Windows"},
+           {{"firmware", "--reader", "30", "--port", "17"}, "needs Windows"},
+           {{"locate", "--reader", "36", "--start", "x"}, "needs Windows"},
+           {{"simulate", "--reader", "33", "--count", "x"}, "no serial line that could be simulated"},
+           {{"demo", "--reader", "33"}, "scan --reader 33 --port sim\" reads simulated sheets"},
+           {{"simulate", "--reader", "1"}, "no simulated scanner in this version"},
+       }) {
+    Process process(Teskread(arguments));
+    EXPECT_EQ(process.Wait(), 1) << testing::PrintToString(arguments);
+    EXPECT_THAT(process.Error(), HasSubstr(says));
   }
+}
+
+TEST(ProcessPorts, EveryPortSaysHowItIsReachedAndNoneIsOpened) {
+  Process process(Teskread({"ports", "--json"}));
+  EXPECT_EQ(process.Wait(), 0);
+  const auto ports = nlohmann::json::parse(process.Output());
+  Process table(Teskread({"ports"}));
+  EXPECT_EQ(table.Wait(), 0);
+  Process missing(Teskread({"scan", "--reader", "15", "--port", "ttyNONE7", "--side1", "50x48"}));
+  EXPECT_EQ(missing.Wait(), 1);
+  EXPECT_THAT(missing.Error(), HasSubstr("/dev/ttyNONE7: No such file or directory.\n  This computer has "));
+  for (const auto& port : ports) {
+    EXPECT_TRUE(std::filesystem::is_character_file(port["device"].get<std::string>()));
+    EXPECT_THAT(table.Output(), HasSubstr(port["path"].get<std::string>() + "\n"));
+    EXPECT_THAT(missing.Error(), HasSubstr(port["path"].get<std::string>()));
+  }
+  EXPECT_EQ(table.Error().empty(), !ports.empty()) << "a computer without ports says so";
 }
 
 TEST(ProcessReaders, TheCatalogueListsEveryPropertyOfEveryProfileInItsOrder) {
@@ -132,6 +188,57 @@ TEST(ProcessSimulate, TheLinkLivesAsLongAsTheScanner) {
     EXPECT_EQ(process.Wait(), 0);
     EXPECT_FALSE(std::filesystem::is_symlink(std::filesystem::symlink_status(link)));
   }
+}
+
+TEST(ProcessSimulate, TheLinkTakesNothingThatIsSomebodyElses) {
+  const TemporaryDirectory directory;
+  WriteFile(directory / "file", "precious");
+  std::filesystem::create_directory(directory / "folder");
+  std::filesystem::create_symlink("/dev/null", directory / "foreign");
+  for (const char* name : {"file", "folder", "foreign"}) {
+    Process process(Teskread({"simulate", "--reader", "15", "--link", directory / name}));
+    EXPECT_EQ(process.Wait(), 1);
+    EXPECT_EQ(process.Output(), "");
+    EXPECT_THAT(process.Error(), HasSubstr(name));
+  }
+  EXPECT_EQ(FileText(directory / "file"), "precious");
+  EXPECT_EQ(std::filesystem::read_symlink(directory / "foreign"), "/dev/null");
+  Process first(Teskread({"simulate", "--reader", "15", "--link", directory / "scanner"}));
+  const std::string device = first.ReadLine().substr(std::string("listening on ").size());
+  Process second(Teskread({"simulate", "--reader", "15", "--link", directory / "scanner"}));
+  second.WaitForError("led to " + device + " before, perhaps another simulated scanner");
+}
+
+// Kilobytes that the program has in memory.
+long MemoryOf(const Process& process) {
+  const std::string status = FileText("/proc/" + std::to_string(process.Pid()) + "/status");
+  return std::stol(status.substr(status.find("VmRSS:") + 6));
+}
+
+TEST(ProcessSimulate, AScannerThatServesForWeeksDoesNotGrow) {
+  Process scanner(Teskread({"simulate", "--reader", "15"}));
+  const std::string device = scanner.ReadLine().substr(std::string("listening on ").size());
+  const int line = ::open(device.c_str(), O_RDWR | O_NOCTTY);
+  ASSERT_GE(line, 0);
+  // A status query and its answer of 12 bytes.
+  const auto talk = [&](int exchanges) {
+    std::string answer(12, '\0');
+    for (int i = 0; i < exchanges; ++i) {
+      ASSERT_EQ(::write(line, "\x1BQSTS\r", 6), 6);
+      for (std::size_t got = 0; got < answer.size();) {
+        const ssize_t count = ::read(line, answer.data() + got, answer.size() - got);
+        ASSERT_GT(count, 0);
+        got += static_cast<std::size_t>(count);
+      }
+    }
+  };
+  talk(4000);
+  const long before = MemoryOf(scanner);
+  talk(20000);
+  EXPECT_LT(MemoryOf(scanner) - before, 1000);
+  ::close(line);
+  scanner.Signal(SIGTERM);
+  EXPECT_EQ(scanner.Wait(), 0) << scanner.Error();
 }
 
 TEST(ProcessSimulate, HostsComeAndGo) {

@@ -9,7 +9,9 @@
 namespace tesk::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::StartsWith;
 using Texts = std::vector<std::string>;
 
 // A configuration folder of the test's own.
@@ -39,9 +41,12 @@ TEST_F(ProcessSettings, SavedSettingsAreShownChangedScannedWithAndDeleted) {
       << error;
   ASSERT_EQ(Run({"settings", "save", "--key", "School/Lab", "--set", "SleepTime=20"}), 0) << error;
   EXPECT_EQ(Run({"settings", "show", "--key", "School\\Lab"}), 0);
-  EXPECT_THAT(output, HasSubstr("ScannerType              13\n"));
-  EXPECT_THAT(output, HasSubstr("ScannerPort              3\n"));
+  EXPECT_THAT(output, HasSubstr("ReaderType               13                   stored as ScannerType\n"));
+  EXPECT_THAT(output, HasSubstr("Port                     3                    stored as ScannerPort\n"));
   EXPECT_THAT(output, HasSubstr("SleepTime                20\n"));
+  EXPECT_EQ(Run({"settings", "list"}), 0);
+  EXPECT_THAT(output, AllOf(StartsWith("\"School\\Lab\" "), HasSubstr("Scantron Scanmark 2500"),
+                            HasSubstr(" port 3\n")));
   EXPECT_EQ(Run({"scan", "--key", "School\\Lab", "--port", "sim", "--side1", "20x48", "--max-sheets", "2",
                  "--format", "ndjson"}),
             0)
@@ -49,7 +54,98 @@ TEST_F(ProcessSettings, SavedSettingsAreShownChangedScannedWithAndDeleted) {
   EXPECT_THAT(output, HasSubstr("{\"sheet\":2,\"reader\":13,"));
   EXPECT_EQ(Run({"settings", "delete", "--key", "School\\Lab"}), 0);
   EXPECT_EQ(Run({"settings", "show", "--key", "School\\Lab"}), 1);
-  EXPECT_THAT(error, HasSubstr("nothing is saved"));
+  EXPECT_THAT(error, AllOf(HasSubstr("nothing is saved"), HasSubstr("settings list")));
+}
+
+// The example that the help shows, given to a shell as it stands there.
+TEST_F(ProcessSettings, KeysInTheHelpSurviveAShell) {
+  ASSERT_EQ(Run({"settings", "save", "--help"}), 0);
+  const std::size_t at = output.find("settings save --key");
+  const std::string line = output.substr(at, output.find('\n', at) - at);
+  Process shell({"/bin/sh", "-c", Teskread({}).front() + " " + line});
+  EXPECT_EQ(shell.Wait(), 0) << line << shell.Error();
+  EXPECT_THAT(FileText(folder_ / "config/teskreader99/settings.conf"),
+              HasSubstr("[CurrentUser\\School\\Lab]"));
+}
+
+TEST_F(ProcessSettings, ADevicePathStandsBesideThePortUntilAPortIsChosen) {
+  const std::string link = folder_ / "serial0";
+  Process scanner(Teskread({"simulate", "--reader", "11", "--count", "2", "--link", link}));
+  ASSERT_THAT(scanner.ReadLine(), HasSubstr("listening on "));
+  ASSERT_EQ(Run({"settings", "save", "--key", "A", "--reader", "11", "--port", link}), 0) << error;
+  EXPECT_EQ(Run({"settings", "list"}), 0);
+  EXPECT_THAT(output, HasSubstr(" " + link + "\n"));
+  EXPECT_EQ(Run({"settings", "show", "--key", "A"}), 0);
+  EXPECT_THAT(output, AllOf(HasSubstr("--port                   " + link + " stored as ScannerDevice\n"),
+                            HasSubstr("Port                     1 ")));
+  EXPECT_EQ(Run({"scan", "--key", "A", "--side1", "50x48", "--max-sheets", "1"}), 0) << error;
+  EXPECT_THAT(output, HasSubstr("{\"sheet\":1,\"reader\":11,"));
+  ::setenv("TESKREADER_PORT_5", link.c_str(), 1);
+  EXPECT_EQ(Run({"scan", "--key", "A", "--set", "Port=5", "--side1", "50x48", "--max-sheets", "1"}), 0)
+      << error;
+  ::unsetenv("TESKREADER_PORT_5");
+  const std::string file = folder_ / "config/teskreader99/settings.conf";
+  for (const Texts& change : {Texts{"--port", "4"}, Texts{"--set", "Port=4"}, Texts{"--reader", "11"}}) {
+    ASSERT_EQ(Run({"settings", "save", "--key", "A", "--port", "ttyACM0"}), 0) << error;
+    EXPECT_THAT(FileText(file), HasSubstr("\"ScannerDevice\" = \"/dev/ttyACM0\""));
+    Texts save{"settings", "save", "--key", "A"};
+    save.insert(save.end(), change.begin(), change.end());
+    ASSERT_EQ(Run(save), 0) << error;
+    EXPECT_THAT(FileText(file), testing::Not(HasSubstr("ScannerDevice")));
+  }
+  ASSERT_EQ(Run({"settings", "save", "--key", "A", "--port", link}), 0) << error;
+  EXPECT_EQ(Run({"settings", "delete", "--key", "A"}), 0);
+  EXPECT_THAT(FileText(file), testing::Not(HasSubstr("Scanner")));
+}
+
+TEST_F(ProcessSettings, WhatNoLineAndNotThisModelCanDoIsNotSaved) {
+  struct Case {
+    const char* reader;
+    const char* set;
+    const char* says;  // empty: it is saved
+  };
+  for (const auto& [reader, set, says] :
+       {Case{"11", "Port=17", "Port takes 1 to 16"},
+        {"11", "Port=16", ""},
+        {"11", "TimeOut=0", "1 to 600 seconds"},
+        {"11", "TimeOut=600", ""},
+        {"11", "SleepTime=-1", "0 to 60000 milliseconds"},
+        {"11", "BaudRate=4800", "one of 110 300"},
+        {"11", "BaudRate=teskReaderBaudRate300", ""},
+        {"11", "DataBits=9", "4 to 8"},
+        {"11", "Parity=Even", "one of N E O M S"},
+        {"11", "StopBits=3", "one of 1 1.5 2"},
+        {"11", "FlowControl=4", "0 to 3"},
+        {"11", "ColorDepth=3", "0 to 2"},
+        {"11", "ReaderType=47", "1 to 46"},
+        {"11", "RecognitionThreshold=16", "0 to 15, the darkness scale of the Scantron Scanmark 2000"},
+        {"24", "RecognitionThreshold=191", "192 to 254"},
+        {"24", "RecognitionThreshold=254", ""},
+        {"11", "Duplex=True", "the Scantron Scanmark 2000 reads one side only"},
+        {"11", "Duplex=False", ""},
+        {"24", "Printer=True", "has no imprinter"},
+        {"11", "Printer=True", ""},
+        {"11", "Barcode=1", "reads no barcodes"}}) {
+    EXPECT_EQ(Run({"settings", "save", "--key", "A", "--reader", reader, "--set", set}), *says ? 2 : 0)
+        << set;
+    EXPECT_THAT(error, HasSubstr(says)) << set;
+    EXPECT_EQ(Run({"settings", "delete", "--key", "A"}), *says ? 1 : 0) << "what is saved of " << set;
+  }
+}
+
+TEST_F(ProcessSettings, SavedTextsThatNobodyCanUseAreNamed) {
+  for (const char* type : {"99999", "-3", "47"}) {
+    ASSERT_EQ(Run({"settings", "save", "--key", "A", "--reader", "13"}), 0) << error;
+    const std::string file = folder_ / "config/teskreader99/settings.conf";
+    std::string text = FileText(file);
+    const std::string before = "\"ScannerType\" = \"13\"";
+    WriteFile(file, text.replace(text.find(before), before.size(),
+                                 "\"ScannerType\" = \"" + std::string(type) + "\""));
+    EXPECT_EQ(Run({"scan", "--key", "A", "--port", "sim", "--side1", "20x48"}), 1);
+    EXPECT_THAT(error, AllOf(HasSubstr("for a reader \"" + std::string(type) + "\", which is none"),
+                             HasSubstr("settings save --key A --reader R")));
+    EXPECT_EQ(Run({"settings", "list"}), 0);
+  }
 }
 
 TEST_F(ProcessSettings, ChangeLeavesEverythingElseAsItIsStored) {
@@ -105,6 +201,13 @@ TEST_F(ProcessSettings, ScannerIsLocatedAndSaysItsFirmware) {
   EXPECT_EQ(output, "OMR-1100 - Version 1.04\n");
   EXPECT_EQ(Run({"locate", "--reader", "13"}), 1);
   EXPECT_THAT(error, HasSubstr("cannot be searched for"));
+  EXPECT_EQ(Run({"locate", "--reader", "20", "--port", folder_ / "missing", "--port", link}), 0) << error;
+  EXPECT_EQ(output, link + "\n");
+  EXPECT_THAT(error,
+              AllOf(HasSubstr("could not be opened"),
+                    HasSubstr(folder_ / "missing: The device " + (folder_ / "missing cannot be opened"))));
+  EXPECT_EQ(Run({"locate", "--reader", "20", "--port", "4", "--port", folder_ / "gone"}), 1);
+  EXPECT_THAT(error, AllOf(HasSubstr("\n  4: The device"), HasSubstr("no scanner answered on these ports")));
   for (int port = 1; port <= 16; ++port) ::unsetenv(("TESKREADER_PORT_" + std::to_string(port)).c_str());
 }
 

@@ -2,6 +2,9 @@
 # Shows the main job with no hardware: builds teskread, and lets it read sheets from a simulated
 # scanner on a pseudo-terminal; then builds the automation server, and lets a Windows script host read
 # three sheets through it. Ends with "N passed, N failed": sheets read, sheets not read.
+#
+#   ./demo.sh           everything; a Windows side that cannot be had is counted as failed
+#   ./demo.sh --quick   without the Windows side (cross compiler, Wine)
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
 
@@ -9,6 +12,8 @@ readonly logs="$PWD/build/demo"
 readonly wine_prefix="$PWD/build/demo/wine-prefix"
 passed=0
 failed=0
+
+usage() { sed -n '2,7s/^# \{0,1\}//p' "$0"; }
 
 say() { printf '\n== %s\n' "$*"; }
 
@@ -84,6 +89,7 @@ demo_windows() {
   build windows TeskReader99 || return
   say "a Windows script host reads answer sheets through the registered automation server"
   start_windows || return
+  rm -f -- "$wine_prefix/dosdevices/com3" # Wine's own link to a port of this machine
   build/linux/teskread simulate --reader 15 --count 3 --link "$wine_prefix/dosdevices/com3" \
     >"$logs/scanner.log" 2>&1 &
   local scanner=$! tries=0
@@ -97,15 +103,29 @@ demo_windows() {
   } </dev/null >>"$logs/wine.log" 2>&1
 }
 
+# What the native part needs is enough to begin with; the Windows side may be out of reach.
 main() {
+  local with_windows=yes
+  case "$#:${1:-}" in
+    0:) ;;
+    1:--quick) with_windows=no ;;
+    1:-h | 1:--help) usage && exit 0 ;;
+    *) usage >&2 && exit 2 ;;
+  esac
   mkdir -p -- "$logs"
   say "set-up"
-  if ! ./setup.sh; then
+  if ! ./setup.sh --quick; then
     fail "the set-up failed"
     finish
   fi
   demo_linux
-  demo_windows
+  if [ "$with_windows" = no ]; then
+    say "the Windows side was left out"
+  elif ./setup.sh; then
+    demo_windows
+  else
+    fail "the Windows side was not run: the cross compiler or Wine cannot be had"
+  fi
   finish
 }
 

@@ -75,12 +75,9 @@ int Show(const SettingsOptions& options, Program& program) {
   const SettingsKey key = ParseSettingsKey(options.key);
   const auto values = ReadStored(key);
   if (values.empty()) throw NothingSaved(key);
-  std::string text;
+  std::string text = fmt::format("{:<24} {:<24} {}\n", "Name", "Stored as", "Value");
   for (const StoredValue& value : values) {
-    const std::string_view property = PropertyOf(value.name);
-    text += property == value.name
-                ? fmt::format("{:<24} {}\n", property, value.text)
-                : fmt::format("{:<24} {:<20} stored as {}\n", property, value.text, value.name);
+    text += fmt::format("{:<24} {:<24} {}\n", PropertyOf(value.name), value.name, value.text);
   }
   program.output->Write(text);
   return kStatusDone;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 
 #include <gmock/gmock.h>
@@ -289,6 +290,35 @@ TEST(ProcessDemo, EverySheetIsShownAndCounted) {
     EXPECT_EQ(process.Wait(), 0) << process.Error();
     EXPECT_EQ(process.Error(), "");
     EXPECT_THAT(process.Output(), AllOf(HasSubstr("Sheet 2, "), EndsWith("\n2 sheets read, 0 lost\n")));
+  }
+}
+
+// The script in a folder of its own, where set-up finds no Windows side and building does nothing.
+TEST(ProcessDemo, TheScriptShowsTheNativePartWhereWineCannotBeHad) {
+  namespace fs = std::filesystem;
+  const TemporaryDirectory directory;
+  const std::string script = directory / "demo.sh";
+  fs::copy_file(TESKREAD_TEST_DATA "/../../demo.sh", script);
+  fs::create_directories(directory / "build/linux");
+  fs::create_symlink(Teskread({}).front(), directory / "build/linux/teskread");
+  WriteFile(directory / "setup.sh", "#!/bin/sh\ntest \"$1\" = --quick\n");
+  WriteFile(directory / "cmake", "#!/bin/sh\n");
+  for (const char* name : {"setup.sh", "cmake"}) fs::permissions(directory / name, fs::perms::owner_all);
+  struct Case {
+    Texts options;
+    int status;
+    const char* ends;
+  };
+  for (const auto& [options, status, ends] :
+       {Case{{}, 1, "\n3 passed, 1 failed\n"},
+        {{"--quick"}, 0, "\n3 passed, 0 failed\n"},
+        {{"--help"}, 0, "without the Windows side (cross compiler, Wine)\n"},
+        {{"--fast"}, 2, ""}}) {
+    Texts command{"/usr/bin/env", "PATH=" + (directory / ":") + std::getenv("PATH"), "bash", script};
+    command.insert(command.end(), options.begin(), options.end());
+    Process demo(command);
+    EXPECT_EQ(demo.Wait(), status) << testing::PrintToString(options) << demo.Error();
+    EXPECT_THAT(demo.Output(), EndsWith(ends));
   }
 }
 

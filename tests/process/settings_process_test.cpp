@@ -41,8 +41,8 @@ TEST_F(ProcessSettings, SavedSettingsAreShownChangedScannedWithAndDeleted) {
       << error;
   ASSERT_EQ(Run({"settings", "save", "--key", "School/Lab", "--set", "SleepTime=20"}), 0) << error;
   EXPECT_EQ(Run({"settings", "show", "--key", "School\\Lab"}), 0);
-  EXPECT_THAT(output, HasSubstr("ReaderType               13                   stored as ScannerType\n"));
-  EXPECT_THAT(output, HasSubstr("Port                     3                    stored as ScannerPort\n"));
+  EXPECT_THAT(output, HasSubstr("ReaderType               ScannerType              13\n"));
+  EXPECT_THAT(output, HasSubstr("Port                     ScannerPort              3\n"));
   EXPECT_THAT(output, HasSubstr("SleepTime                20\n"));
   EXPECT_EQ(Run({"settings", "list"}), 0);
   EXPECT_THAT(output, AllOf(StartsWith("\"School\\Lab\" "), HasSubstr("Scantron Scanmark 2500"),
@@ -76,8 +76,8 @@ TEST_F(ProcessSettings, ADevicePathStandsBesideThePortUntilAPortIsChosen) {
   EXPECT_EQ(Run({"settings", "list"}), 0);
   EXPECT_THAT(output, HasSubstr(" " + link + "\n"));
   EXPECT_EQ(Run({"settings", "show", "--key", "A"}), 0);
-  EXPECT_THAT(output, AllOf(HasSubstr("--port                   " + link + " stored as ScannerDevice\n"),
-                            HasSubstr("Port                     1 ")));
+  EXPECT_THAT(output, AllOf(HasSubstr("--port                   ScannerDevice            " + link + "\n"),
+                            HasSubstr("ScannerPort              1\n")));
   EXPECT_EQ(Run({"scan", "--key", "A", "--side1", "50x48", "--max-sheets", "1"}), 0) << error;
   EXPECT_THAT(output, HasSubstr("{\"sheet\":1,\"reader\":11,"));
   ::setenv("TESKREADER_PORT_5", link.c_str(), 1);

@@ -94,7 +94,7 @@ std::shared_ptr<clsTeskReaderProfile> frmOptions::ChosenProfile() const {
 
 // ---- What the user does
 
-bool frmOptions::Reacts(ControlId id) const { return !searching_ && IsUsable(controls_, id); }
+bool frmOptions::Reacts(ControlId id) const { return !searching_ && !closed_ && IsUsable(controls_, id); }
 
 void frmOptions::Select(ControlId list, std::int32_t position) {
   if (!Reacts(list)) return;
@@ -109,9 +109,9 @@ void frmOptions::Type(ControlId field, const std::string& text) {
   controls_[field].text = text;
 }
 
-void frmOptions::Leave(ControlId field) {
-  // Only what was typed: an engine's value out of bounds is not changed by walking past it.
-  if (typedOver_.contains(field)) ValidateSpinValue(field, false);
+void frmOptions::Leave(ControlId field, std::optional<ControlId> next) {
+  if (next == cmdCancel || !Reacts(field) || !NeedsChecking(field)) return;
+  ValidateSpinValue(field, false);
 }
 
 void frmOptions::Spin(ControlId field, std::int32_t steps) {
@@ -183,10 +183,23 @@ void frmOptions::ValidateSpinValue(ControlId field, bool silent) {
   });
 }
 
-// The Enter key confirms the dialog while a field still has the focus.
+// What the reader proposes is right as it stands, also where its bounds leave it out. A scale without extent
+// bounds nothing: the number is the reader's own, and nobody can change it.
+bool frmOptions::NeedsChecking(ControlId field) const {
+  const Control& control = controls_[field];
+  if (control.kind != ControlKind::SpinField) return false;
+  if (typedOver_.contains(field)) return true;
+  const auto profile = ChosenProfile();
+  const bool bounded = control.enabled || control.minimum < control.maximum;
+  return profile && bounded && control.text != Proposals(controls_, *profile)[field].text;
+}
+
+// Also what nobody left: the Enter key confirms the dialog while a field still has the focus, and a stored value
+// may be out of bounds. What the user cannot see is corrected without a beep.
 void frmOptions::ValidateAll() {
-  const auto typedOver = typedOver_;
-  for (const auto& [field, text] : typedOver) ValidateSpinValue(field, false);
+  for (const ControlId id : TabOrder()) {
+    if (NeedsChecking(id)) ValidateSpinValue(id, !IsUsable(controls_, id));
+  }
 }
 
 // ---- Closing
@@ -207,13 +220,19 @@ void frmOptions::cmdOK_Click() {
     }
     if (!SaveValues()) return;
     confirmed_ = true;
-    basPublic::UnloadForm(view_);
+    Close();
   });
+}
+
+// Taking the window away moves the focus, which is nothing that the user did.
+void frmOptions::Close() {
+  closed_ = true;
+  basPublic::UnloadForm(view_);
 }
 
 void frmOptions::cmdCancel_Click() {
   Guarded("frmOptions.cmdCancel_Click", [&] {
-    if (!searching_) return basPublic::UnloadForm(view_);
+    if (!searching_) return Close();
     searchCancelled_ = true;
     reader_.SetCancelScan(true);
   });

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "engine/clsTeskReader.h"
@@ -47,14 +48,16 @@ class frmOptions {
   // True once OK has saved.
   bool Confirmed() const { return confirmed_; }
 
-  // ---- What the user does, as a view hears it. What is hidden or disabled does not react, and while a port
-  // search runs only Cancel does, which ends the search.
+  // ---- What the user does, as a view hears it. What is hidden or disabled does not react; while a port search
+  // runs only Cancel does, which ends the search; and once the dialog is closed nothing does.
 
   void Select(ControlId list, std::int32_t position);   // position from 0; another one chooses nothing
   void Type(ControlId field, const std::string& text);  // what stands in the field now, still unchecked
-  void Leave(ControlId field);                          // the field loses the focus
-  void Spin(ControlId field, std::int32_t steps);       // its buttons
-  void Click(ControlId box);                            // a check box or a button
+  // The field loses the focus to `next`, or to another control that needs no saying. Its value is checked,
+  // typed or not; but who goes to Cancel wants nothing checked.
+  void Leave(ControlId field, std::optional<ControlId> next = std::nullopt);
+  void Spin(ControlId field, std::int32_t steps);  // its buttons
+  void Click(ControlId box);                       // a check box or a button
 
   // ---- The handlers behind them
 
@@ -64,8 +67,8 @@ class frmOptions {
   void cmdCancel_Click();
   void cmdDefaults_Click();
   void cmdLocate_Click();
-  // Corrects what stands in a spin field; the beep says so unless `silent`. What is no number gives way to
-  // what stood there before.
+  // Corrects what stands in a spin field; the beep says so unless `silent`. What is typed and no number gives
+  // way to what stood there before.
   void ValidateSpinValue(ControlId field, bool silent);
 
  private:
@@ -73,8 +76,10 @@ class frmOptions {
   std::shared_ptr<clsTeskReaderProfile> ChosenProfile() const;
   bool Reacts(ControlId id) const;
   bool PortIsMissing() const;
+  bool NeedsChecking(ControlId field) const;
   void FillReaders();
   void ValidateAll();
+  void Close();
   void Search(const clsTeskReaderProfile& profile);
   void ShowLocated();
 
@@ -87,6 +92,7 @@ class frmOptions {
   bool searching_ = false;
   bool searchCancelled_ = false;
   bool confirmed_ = false;
+  bool closed_ = false;
 };
 
 }  // namespace tesk

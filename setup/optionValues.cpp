@@ -93,6 +93,8 @@ constexpr std::array kScoredBySelf = {txtRecognitionThreshold, txtMarkDiscrimina
 
 // ---- Values
 
+constexpr std::array kLine = {cboBaud, cboDataBits, cboParity, cboStopBits, cboFlowControl};
+
 // The value under which the list carries a parity: serial lines take small letters, and "S" for a blank, too.
 std::string ParityValue(const std::string& parity) {
   constexpr std::string_view kLetters = "NOEM";
@@ -102,13 +104,19 @@ std::string ParityValue(const std::string& parity) {
   return LowerCase(parity) == "s" ? " " : parity;
 }
 
+// What the list does not have leaves the choice as it was.
+void ChooseKnown(Control& list, const std::string& value) {
+  const std::int32_t before = list.chosen;
+  if (!ChooseValue(list, value)) list.chosen = before;
+}
+
 void ShowLine(OptionControls& controls, teskReaderBaudRate baudRate, teskReaderDataBits dataBits,
               const std::string& parity, float stopBits, teskReaderFlowControl flowControl) {
-  ChooseNumber(controls[cboBaud], NumberText(baudRate));
-  ChooseNumber(controls[cboDataBits], NumberText(dataBits));
-  ChooseValue(controls[cboParity], ParityValue(parity));
-  ChooseNumber(controls[cboStopBits], NumberText(stopBits));
-  ChooseValue(controls[cboFlowControl], NumberText(flowControl));
+  if (baudRate > 0) ChooseNumber(controls[cboBaud], NumberText(baudRate));
+  ChooseKnown(controls[cboDataBits], NumberText(dataBits));
+  ChooseKnown(controls[cboParity], ParityValue(parity));
+  ChooseKnown(controls[cboStopBits], NumberText(stopBits));
+  ChooseKnown(controls[cboFlowControl], NumberText(flowControl));
 }
 
 // Engine and profile name the rest of their settings alike.
@@ -208,6 +216,8 @@ void ApplyProfile(OptionControls& controls, const clsTeskReaderProfile& profile)
     controls[row.id].visible = (profile.*row.visible)();
   }
   ApplyBounds(controls, profile);
+  // No other reader's line where this one proposes none.
+  for (const ControlId id : kLine) controls[id].chosen = Control::kNothingChosen;
   ShowSettings(controls, profile);
   ShowImages(controls, profile.ColorDepth(), profile.Resolution());
   ApplyReaderGrade(controls, profile);
@@ -228,9 +238,10 @@ bool OffersSelfScore(teskReaderType type) {
 }
 
 void ApplyReaderGrade(OptionControls& controls, const clsTeskReaderProfile& profile) {
-  // A hidden box has no say: nobody could clear it.
+  // A hidden or disabled box has no say: nobody could clear it.
   const Control& box = controls[chkReaderGrade];
-  const bool scores = OffersSelfScore(profile.ReaderType()) && box.visible && box.checked;
+  const bool clearable = box.visible && box.enabled;
+  const bool scores = OffersSelfScore(profile.ReaderType()) && clearable && box.checked;
   for (const ControlId id : kScoredBySelf) {
     Enable(controls, profile, id);
     if (scores) controls[id].enabled = false;
@@ -248,9 +259,14 @@ void ShowEngine(OptionControls& controls, const clsTeskReader& reader) {
   ShowImages(controls, reader.ColorDepth(), reader.Resolution() > 0 ? reader.Resolution() : fallback);
 }
 
-bool ShowsProposals(const OptionControls& controls, const clsTeskReaderProfile& profile) {
+OptionControls Proposals(const OptionControls& controls, const clsTeskReaderProfile& profile) {
   OptionControls proposals = controls;
   ApplyProfile(proposals, profile);
+  return proposals;
+}
+
+bool ShowsProposals(const OptionControls& controls, const clsTeskReaderProfile& profile) {
+  const OptionControls proposals = Proposals(controls, profile);
   return std::ranges::all_of(TabOrder(), [&](ControlId id) {
     const bool beyond = std::ranges::find(kBeyondDefaults, id) != kBeyondDefaults.end();
     return beyond || SameValue(controls[id], proposals[id]);

@@ -20,10 +20,12 @@ bool OffersSelfScore(teskReaderType type);
 // The thresholds are the reader's own while its grade box is ticked.
 void ApplyReaderGrade(OptionControls& controls, const clsTeskReaderProfile& profile);
 
-// The engine's settings. One that a list does not have is left unchosen, except a number, which joins the
-// list.
+// The engine's settings, over the proposals of its reader. A line setting that no line knows leaves the
+// proposal standing; a rate or a resolution that its list does not have joins the list.
 void ShowEngine(OptionControls& controls, const clsTeskReader& reader);
 
+// The controls as they would be with all of the profile's proposals.
+OptionControls Proposals(const OptionControls& controls, const clsTeskReaderProfile& profile);
 // Whether everything that LoadDefaults would set shows what the profile proposes.
 bool ShowsProposals(const OptionControls& controls, const clsTeskReaderProfile& profile);
 

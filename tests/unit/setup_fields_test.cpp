@@ -59,10 +59,12 @@ TEST(ReaderGrade, IsLoadedWithoutANote) {
 }
 
 TEST(ReaderGrade, HasNoSayWhereNobodyCanClearIt) {
-  Dialog dialog(teskReaderTypeNCSEZData);
-  dialog.reader->SetReaderGrade(true);
-  dialog.Load();
-  EXPECT_TRUE(dialog[txtRecognitionThreshold].enabled);
+  for (const auto type : {teskReaderTypeNCSEZData, teskReaderTypeNCSOpScan5, teskReaderTypeNCSOpScan8}) {
+    Dialog dialog(type);
+    dialog.reader->SetReaderGrade(true);
+    dialog.Load();
+    EXPECT_TRUE(dialog[txtRecognitionThreshold].enabled) << type;
+  }
 }
 
 // ---- Spin fields

@@ -119,8 +119,7 @@ TEST_P(EveryReader, ShowsAndBoundsItsThresholds) {
 TEST_P(EveryReader, ComesThroughTheDialogUnchanged) {
   Dialog dialog(GetParam());
   dialog.reader->SetWindowing(true);
-  dialog.reader->SetTimeOut(601);
-  dialog.reader->SetRecognitionThreshold(300);
+  dialog.reader->SetTimeOut(600);
   dialog.reader->SetReaderGrade(true);
   dialog.reader->Printer()->SetDistance(77);
   const auto before = Settings(*dialog.reader);
@@ -128,8 +127,36 @@ TEST_P(EveryReader, ComesThroughTheDialogUnchanged) {
   for (const ControlId id : TabOrder()) dialog.form.Leave(id);
   dialog.form.Click(cmdOK);
   EXPECT_TRUE(dialog.form.Confirmed());
+  EXPECT_EQ(dialog.view.beeps, 0);
   const auto image = "Image=" + BooleanText(Profile(dialog)->Imaging());
   EXPECT_THAT(Changed(before, Settings(*dialog.reader)), ::testing::AnyOf(IsEmpty(), ElementsAre(image)));
+}
+
+// What a registry may hold. A number that its reader lets nobody change, on a scale without extent, is its own.
+TEST_P(EveryReader, LosesWhatIsOutOfBoundsWhenConfirmedThoughNobodyTyped) {
+  for (const bool high : {false, true}) {
+    Dialog dialog(GetParam());
+    const std::int16_t stored = high ? 32'000 : -32'000;
+    dialog.reader->SetRecognitionThreshold(stored);
+    dialog.reader->SetMarkDiscrimination(stored);
+    dialog.reader->SetSleepTime(high ? 2'147'483'647 : -1);
+    dialog.reader->SetTimeOut(high ? 2'147'483'647 : -2'147'483'647);
+    dialog.reader->SetReaderGrade(true);
+    dialog.Load();
+    dialog.form.Click(cmdOK);
+    const auto p = Profile(dialog);
+    const bool scale = p->RecognitionThresholdMinimum() < p->RecognitionThresholdMaximum();
+    const std::int16_t low = p->RecognitionThresholdMinimum();
+    EXPECT_EQ(dialog.reader->RecognitionThreshold(), !scale ? stored
+                                                     : high ? p->RecognitionThresholdMaximum()
+                                                            : low);
+    EXPECT_EQ(dialog.reader->MarkDiscrimination(), !scale ? stored
+                                                   : high ? p->RecognitionThresholdMaximum()
+                                                          : 0);
+    EXPECT_EQ(dialog.reader->SleepTime(), high ? 10'000 : 0);
+    EXPECT_EQ(dialog.reader->TimeOut(), high ? 600 : 1);
+    EXPECT_THAT(dialog.host.Sources(), IsEmpty());
+  }
 }
 
 // Chosen and confirmed with no more than a port, a reader is what LoadDefaults makes it.
@@ -200,33 +227,36 @@ TEST(SetupDialog, ShowsTheEnginesSettingsNotTheProposals) {
   EXPECT_TRUE(dialog[fraImageSettings].visible);
 }
 
-TEST(SetupDialog, KeepsSettingsThatNoListHas) {
-  Dialog dialog;
-  clsTeskReader& r = *dialog.reader;
-  r.SetBaudRate(static_cast<teskReaderBaudRate>(4800));
-  r.SetDataBits(static_cast<teskReaderDataBits>(0));
-  r.SetStopBits(0);
-  r.SetParity("X");
-  r.SetFlowControl(static_cast<teskReaderFlowControl>(9));
-  const auto before = Settings(r);
-  dialog.Load();
-  EXPECT_EQ(dialog.Text(cboBaud), "4800");
-  for (const ControlId id : {cboDataBits, cboStopBits, cboParity, cboFlowControl}) {
-    EXPECT_EQ(dialog.Value(id), "-") << ControlName(id);
+TEST(SetupDialog, ShowsTheProposalWhereTheStoredLineIsNone) {
+  struct Case {
+    std::int32_t baud, bits;
+    float stop;
+    std::string parity;
+    std::int32_t flow;
+  };
+  for (const Case& c : {Case{4800, 0, 0, "X", 9}, Case{4800, 32'767, 7.5F, "rubbish", -1},
+                        Case{4800, -3, 3.4e38F, "", 2'000'000'000}}) {
+    Dialog dialog;
+    clsTeskReader& r = *dialog.reader;
+    r.SetBaudRate(static_cast<teskReaderBaudRate>(c.baud));
+    r.SetDataBits(static_cast<teskReaderDataBits>(c.bits));
+    r.SetStopBits(c.stop);
+    r.SetParity(c.parity);
+    r.SetFlowControl(static_cast<teskReaderFlowControl>(c.flow));
+    const auto before = Settings(r);
+    dialog.Load();
+    EXPECT_EQ(dialog.Text(cboBaud), "4800") << "a rate that lines know, and no list has";
+    dialog.form.Click(cmdOK);
+    EXPECT_TRUE(dialog.form.Confirmed());
+    EXPECT_THAT(Changed(before, Settings(r)),
+                ElementsAre("DataBits=7", "FlowControl=2", "Parity=O", "StopBits=2"));
+    EXPECT_THAT(dialog.host.Sources(), IsEmpty());
   }
-  dialog.form.Click(cmdOK);
-  EXPECT_TRUE(dialog.form.Confirmed());
-  EXPECT_EQ(Settings(r), before);
 }
 
 TEST(SetupDialog, ReadsParityAsSerialLinesDo) {
-  for (const auto& [parity, shown] : std::map<std::string, std::string>{{"n", "None"},
-                                                                        {"S", "Space"},
-                                                                        {"s", "Space"},
-                                                                        {" ", "Space"},
-                                                                        {"e", "Even"},
-                                                                        {"O", "Odd"},
-                                                                        {"", "-"}}) {
+  for (const auto& [parity, shown] : std::map<std::string, std::string>{
+           {"n", "None"}, {"S", "Space"}, {"s", "Space"}, {" ", "Space"}, {"e", "Even"}, {"O", "Odd"}}) {
     Dialog dialog;
     dialog.reader->SetParity(parity);
     dialog.Load();
@@ -384,8 +414,12 @@ TEST(SetupDialog, CancelChangesNothing) {
   const auto before = Settings(*dialog.reader);
   dialog.Load();
   dialog.ChooseReader(teskReaderTypeSekonicSR8000Hybrid);
-  dialog.form.Type(txtMarkCutOff, "1");
+  dialog.form.Type(txtMarkCutOff, "99");
+  dialog.form.Leave(txtMarkCutOff, cmdCancel);
   dialog.form.Click(cmdCancel);
+  dialog.form.Leave(txtMarkCutOff);  // the window goes, and its focus with it
+  EXPECT_EQ(dialog[txtMarkCutOff].text, "99") << "who cancels wants nothing checked";
+  EXPECT_EQ(dialog.view.beeps, 0);
   EXPECT_FALSE(dialog.form.Confirmed());
   EXPECT_EQ(dialog.view.unloaded, 1);
   EXPECT_EQ(Settings(*dialog.reader), before);
@@ -418,15 +452,11 @@ TEST(SetupDialog, ReportsAnErrorStaysOpenAndSavesNothingByHalves) {
   dialog.form.Click(cmdOK);
   dialog.reader->SetPrinter(printer);
   EXPECT_EQ(Settings(*dialog.reader), before);
-  dialog[txtMarkCutOff].text = "70000";
-  dialog.form.Click(cmdOK);
-  EXPECT_EQ(Settings(*dialog.reader), before);
   EXPECT_FALSE(dialog.form.Confirmed());
   EXPECT_EQ(dialog.view.unloaded, 0);
   dialog.reader->SetProfiles(nullptr);
   dialog.form.LoadValues();
-  EXPECT_THAT(dialog.host.Sources(),
-              ElementsAre("frmOptions.SaveValues", "frmOptions.SaveValues", "frmOptions.LoadValues"));
+  EXPECT_THAT(dialog.host.Sources(), ElementsAre("frmOptions.SaveValues", "frmOptions.LoadValues"));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Where the controls of the setup dialog stand: frames in two columns, each with its rows in order, and the
-// buttons below. Every view draws this one description, in its own unit. Knows the control values.
+// Where the controls of the setup dialog stand: frames that flow into columns, each with its rows in order, and
+// the buttons below. Every view draws this one description, in its own unit. Knows the control values.
 #pragma once
 
 #include <cstdint>
@@ -21,11 +21,10 @@ struct LayoutRow {
 
 struct LayoutFrame {
   ControlId frame;
-  std::size_t column;  // 0 left, 1 right
   std::span<const LayoutRow> rows;
 };
 
-// Top to bottom within their columns.
+// Top to bottom, column after column.
 std::span<const LayoutFrame> OptionFrames();
 // Along the lower edge: Defaults at the left, OK (the default button) and Cancel at the right.
 std::span<const ControlId> OptionButtons();
@@ -54,10 +53,12 @@ struct LayoutMetrics {
   std::int32_t labelGap;   // between a label and its field
   std::int32_t listArrow;  // what a drop-down list takes beside its text
   std::int32_t spinWidth;
-  std::int32_t besideGap;  // between the port list and its button: 120 twips
+  std::int32_t spinHeight;  // at most a row's; in its middle, so that the number stands on its label's line
+  std::int32_t besideGap;   // between the port list and its button: 120 twips
   std::int32_t buttonWidth;
   std::int32_t buttonHeight;
   std::int32_t buttonGap;
+  std::int32_t scrollBar;  // thickness
 };
 
 struct LayoutSize {
@@ -67,9 +68,31 @@ struct LayoutSize {
   bool operator==(const LayoutSize&) const = default;
 };
 
-// Gives every control that is shown its place, and yields the size of the whole. Rows that are hidden close
-// up, frames end below their last row, frames without one are left out. Widths do not depend on what is
-// hidden, so that the dialog keeps its columns when another reader is chosen.
-LayoutSize RepositionControls(OptionControls& controls, const LayoutMetrics& metrics);
+// The dialog's inside: the frames, scrolled where they are larger than what is seen of them, and the buttons below,
+// which are always seen.
+struct DialogLayout {
+  LayoutSize inside;  // of the dialog
+  LayoutSize
+      seen;  // of the frames at once, from the upper left corner; scroll bars stand beside it and below
+  LayoutSize frames;  // all of them with their margins
+
+  bool ScrollsDown() const { return frames.height > seen.height; }
+  bool ScrollsAcross() const { return frames.width > seen.width; }
+};
+
+// What a dialog may fill. Its columns are chosen for the screen; `height` is what it may use of that, less where a
+// person moved it down.
+struct LayoutRoom {
+  LayoutSize screen;
+  std::int32_t height;
+};
+
+// Gives every control that is shown its place: frames and rows within the frames' whole, buttons within the inside.
+// Rows that are hidden close up, frames end below their last row, frames without one are left out. The inside is no
+// larger than `room`, except that it is never narrower than the buttons. The frames stand in two columns where these
+// fit, otherwise in the fewest columns that do; where none do, in as many as fit side by side and make it lowest, to
+// be scrolled. Columns do not depend on what rows are hidden, so that they stay when another reader is chosen.
+DialogLayout RepositionControls(OptionControls& controls, const LayoutMetrics& metrics,
+                                const LayoutRoom& room);
 
 }  // namespace tesk

@@ -31,7 +31,8 @@ class DialogFont {
   // Pixels of so many dialog units, which grow with the font.
   std::int32_t Across(int units) const;
   std::int32_t Down(int units) const;
-  std::int32_t Scaled(int pixels) const;  // from 96 dots per inch
+  std::int32_t Scaled(int pixels) const;     // from 96 dots per inch
+  std::int32_t SystemSize(int which) const;  // pixels of what the system draws (SM_...)
 
   unsigned dpi_;
   HFONT font_;

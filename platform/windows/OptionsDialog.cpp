@@ -10,7 +10,6 @@
 #include "base/HostServices.h"
 #include "base/RunTimeError.h"
 #include "platform/windows/HelpViewer.h"
-#include "platform/windows/SystemFunction.h"
 #include "platform/windows/Text.h"
 #include "platform/windows/VisualStyles.h"
 
@@ -20,14 +19,6 @@
 
 namespace tesk::platform {
 namespace {
-
-// An empty dialog; its windows are added when it opens.
-struct EmptyDialog {
-  DLGTEMPLATE header{};
-  WORD menu = 0;
-  WORD className = 0;
-  WORD title = 0;
-};
 
 RECT RectangleOf(HWND window) {
   RECT rectangle{};
@@ -59,11 +50,15 @@ HWND OwnerOf(const std::shared_ptr<HostObject>& parent) {
   return window != nullptr ? ::GetAncestor(window, GA_ROOT) : nullptr;
 }
 
-// We lay the windows out for a new resolution ourselves.
-void KeepSystemFromScaling(HWND dialog) {
-  constexpr int kDisableAll = 1;  // DDC_DISABLE_ALL
-  auto* const set = UserFunction<BOOL WINAPI(HWND, int, int)>("SetDialogDpiChangeBehavior");
-  if (set != nullptr) set(dialog, kDisableAll, kDisableAll);
+bool GetsFocus(ControlKind kind, int notification) {
+  if (kind == ControlKind::DropDownList) return notification == CBN_SETFOCUS;
+  return notification == (kind == ControlKind::SpinField ? EN_SETFOCUS : BN_SETFOCUS);
+}
+
+// Empty for a window that is none of the dialog's controls.
+std::optional<ControlId> ControlOfWindow(HWND dialog, HWND window) {
+  if (window == nullptr || !::IsChild(dialog, window)) return std::nullopt;
+  return ControlOfCommand(::GetDlgCtrlID(window));
 }
 
 class WindowSetupDialog : public SetupDialog {
@@ -103,7 +98,8 @@ void OptionsDialog::Refresh() {
   if (window_ == nullptr || font_ == nullptr) return;
   const HWND focus = ::GetFocus();
   refreshing_ = true;
-  FitTo(windows_.Show(form_.Controls()));
+  NoteMove();
+  FitTo(windows_.Show(form_.Controls(), Room()));
   refreshing_ = false;
   // A control that is hidden or disabled under the user's hands would take the keyboard with it.
   const bool ours = focus != nullptr && ::IsChild(window_, focus) && ::IsWindowVisible(window_);
@@ -182,14 +178,22 @@ bool OptionsDialog::Handle(UINT message, WPARAM first, LPARAM second) {
     case WM_DPICHANGED:
       ChangeScreen(HIWORD(first), *reinterpret_cast<const RECT*>(second));
       return true;
+    case WM_ENTERSIZEMOVE:
+    case WM_EXITSIZEMOVE:
+      dragged_ = message == WM_ENTERSIZEMOVE;
+      return false;
+    case WM_DISPLAYCHANGE:
+      FitScreen();
+      return false;
     case WM_SETTINGCHANGE:
       if (first == SPI_SETNONCLIENTMETRICS) ChangeFont(DpiOf(window_));
+      if (first == SPI_SETWORKAREA) FitScreen();
       return false;
     case WM_DESTROY:
       window_ = nullptr;
       return false;
     default:
-      return false;
+      return windows_.Pane().Wheel(message, first);
   }
 }
 
@@ -207,7 +211,10 @@ void OptionsDialog::Open(HWND window) {
 void OptionsDialog::Command(int command, int notification) {
   const auto id = ControlOfCommand(command);
   if (!id) return;
-  switch (form_.Controls()[*id].kind) {
+  const ControlKind kind = form_.Controls()[*id].kind;
+  // What the mouse is on is seen, and must not slip away below it.
+  if (GetsFocus(kind, notification) && ::GetKeyState(VK_LBUTTON) >= 0) windows_.Reveal(*id);
+  switch (kind) {
     case ControlKind::DropDownList:
       return ListCommand(*id, notification);
     case ControlKind::SpinField:
@@ -238,9 +245,9 @@ void OptionsDialog::ListCommand(ControlId list, int notification) {
 
 void OptionsDialog::FieldCommand(ControlId field, int notification) {
   if (notification == EN_CHANGE) form_.Type(field, windows_.Text(field));
-  // Who cancels wants nothing checked.
-  const bool cancelling = ::GetFocus() == windows_.Window(ControlId::cmdCancel);
-  if (notification == EN_KILLFOCUS && !cancelling) form_.Leave(field);
+  // A program that comes to the front, and a dialog that closes, are nothing that the user did to the field.
+  const auto next = ControlOfWindow(window_, ::GetFocus());
+  if (notification == EN_KILLFOCUS && next) form_.Leave(field, next);
 }
 
 bool OptionsDialog::Notify(const NMHDR& header) {
@@ -264,27 +271,58 @@ void OptionsDialog::ChangeFont(unsigned dpi) {
   Refresh();
 }
 
+// While a person drags the dialog, the system's proposal keeps it below the pointer.
 void OptionsDialog::ChangeScreen(unsigned dpi, const RECT& proposed) {
   ::SetWindowPos(window_, nullptr, proposed.left, proposed.top, 0, 0,
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  corner_ = {proposed.left, proposed.top};
+  moved_ = dragged_;
   ChangeFont(dpi);
 }
 
-// The upper left corner stays unless the dialog would leave the screen; at first it is in the owner's middle.
-void OptionsDialog::FitTo(LayoutSize inside) {
+// The screen is another, or has less room: nobody wants the dialog where nobody can reach it.
+void OptionsDialog::FitScreen() {
+  moved_ = false;
+  Refresh();
+}
+
+void OptionsDialog::NoteMove() {
+  const RECT now = RectangleOf(window_);
+  moved_ = moved_ || (placed_ && (now.left != corner_.x || now.top != corner_.y));
+  corner_ = {now.left, now.top};
+}
+
+// What the window takes around its inside.
+SIZE OptionsDialog::Edges() const {
   RECT client{};
   ::GetClientRect(window_, &client);
   const RECT now = RectangleOf(window_);
-  const SIZE size{inside.width + (now.right - now.left) - client.right,
-                  inside.height + (now.bottom - now.top) - client.bottom};
-  const HWND nearby = placed_ || owner_ == nullptr ? window_ : owner_;
-  const RECT area = WorkArea(nearby);
-  const bool overOwner = owner_ != nullptr && ::IsWindowVisible(owner_) && !::IsIconic(owner_);
-  const POINT corner =
-      placed_ ? POINT{now.left, now.top} : CentreOf(overOwner ? RectangleOf(owner_) : area, size);
-  const LONG left = Within(corner.x, size.cx, area.left, area.right);
-  const LONG top = Within(corner.y, size.cy, area.top, area.bottom);
-  ::SetWindowPos(window_, nullptr, left, top, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
+  return {now.right - now.left - client.right, now.bottom - now.top - client.bottom};
+}
+
+LayoutRoom OptionsDialog::Room() const {
+  const RECT area = WorkArea(placed_ || owner_ == nullptr ? window_ : owner_);
+  const SIZE edges = Edges();
+  const RECT now = RectangleOf(window_);
+  const LONG whole = area.bottom - area.top;
+  const LONG below = std::max(area.bottom - now.top, now.bottom - now.top);
+  return {.screen = {area.right - area.left - edges.cx, whole - edges.cy},
+          .height = (moved_ ? std::min(whole, below) : whole) - edges.cy};
+}
+
+// At first in the owner's middle. The upper left corner stays unless the dialog would leave the screen; where a person
+// put it, it stays in any case.
+void OptionsDialog::FitTo(LayoutSize inside) {
+  const SIZE edges = Edges();
+  const SIZE size{inside.width + edges.cx, inside.height + edges.cy};
+  if (!moved_) {
+    const RECT area = WorkArea(placed_ || owner_ == nullptr ? window_ : owner_);
+    const bool overOwner = owner_ != nullptr && ::IsWindowVisible(owner_) && !::IsIconic(owner_);
+    if (!placed_) corner_ = CentreOf(overOwner ? RectangleOf(owner_) : area, size);
+    corner_ = {Within(corner_.x, size.cx, area.left, area.right),
+               Within(corner_.y, size.cy, area.top, area.bottom)};
+  }
+  ::SetWindowPos(window_, nullptr, corner_.x, corner_.y, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
   placed_ = true;
 }
 

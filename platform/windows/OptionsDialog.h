@@ -41,6 +41,10 @@ class OptionsDialog : public OptionsView {
   void Help();
   void ChangeFont(unsigned dpi);
   void ChangeScreen(unsigned dpi, const RECT& proposed);
+  void FitScreen();
+  void NoteMove();
+  SIZE Edges() const;
+  LayoutRoom Room() const;
   void FitTo(LayoutSize inside);
   void ShowBox(const std::string& title, const std::string& text, UINT icon);
 
@@ -56,6 +60,9 @@ class OptionsDialog : public OptionsView {
   bool hourglass_ = false;
   bool listCancelled_ = false;
   bool placed_ = false;
+  bool dragged_ = false;
+  bool moved_ = false;  // by a person: it is then left where it is
+  POINT corner_{};      // where it was put last
 };
 
 }  // namespace tesk::platform

@@ -30,10 +30,10 @@ struct WindowKind {
 
 constexpr WindowKind kWindowKinds[] = {
     {ControlKind::Label, L"STATIC", SS_LEFT | SS_CENTERIMAGE, 0},
-    {ControlKind::CheckBox, L"BUTTON", BS_CHECKBOX | WS_TABSTOP, 0},
-    {ControlKind::OptionButton, L"BUTTON", BS_RADIOBUTTON | WS_TABSTOP, 0},
+    {ControlKind::CheckBox, L"BUTTON", BS_CHECKBOX | BS_NOTIFY | WS_TABSTOP, 0},
+    {ControlKind::OptionButton, L"BUTTON", BS_RADIOBUTTON | BS_NOTIFY | WS_TABSTOP, 0},
     {ControlKind::Frame, L"BUTTON", BS_GROUPBOX, 0},
-    {ControlKind::Button, L"BUTTON", BS_PUSHBUTTON | WS_TABSTOP, 0},
+    {ControlKind::Button, L"BUTTON", BS_PUSHBUTTON | BS_NOTIFY | WS_TABSTOP, 0},
     {ControlKind::DropDownList, L"COMBOBOX", CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, 0},
     {ControlKind::SpinField, L"EDIT", ES_AUTOHSCROLL | WS_TABSTOP, WS_EX_CLIENTEDGE},
 };
@@ -43,13 +43,13 @@ const WindowKind& KindOf(const Control& control) {
 }
 
 // Never without a size: an edit field as wide as nothing scrolls its text out of sight and leaves it there.
-HWND NewWindow(HWND dialog, const WindowKind& kind, DWORD style, int command) {
+HWND NewWindow(HWND parent, const WindowKind& kind, DWORD style, int command) {
   constexpr int kSomeWidth = 200;
   constexpr int kSomeHeight = 20;
   const auto id = reinterpret_cast<HMENU>(static_cast<INT_PTR>(command));
   const HWND window =
       ::CreateWindowExW(kind.extendedStyle, kind.className, L"", kind.style | style | WS_CHILD, 0, 0,
-                        kSomeWidth, kSomeHeight, dialog, id, OwnModule(), nullptr);
+                        kSomeWidth, kSomeHeight, parent, id, OwnModule(), nullptr);
   if (window == nullptr) throw RunTimeError(kErrorInternal, "The system made no window for the setup dialog");
   return window;
 }
@@ -108,12 +108,13 @@ std::optional<ControlId> ControlOfArrows(int command) {
 
 void OptionsWindows::Create(HWND dialog) {
   const VisualStyles styles;
+  pane_.Create(dialog);
   for (const LayoutFrame& frame : OptionFrames()) {
-    Add(dialog, frame.frame, true);
+    Add(pane_.Window(), frame.frame, true);
     for (const LayoutRow& row : frame.rows) {
-      if (row.label) Add(dialog, *row.label, false);
-      Add(dialog, row.field, false);
-      if (row.beside) Add(dialog, *row.beside, false);
+      if (row.label) Add(pane_.Window(), *row.label, false);
+      Add(pane_.Window(), row.field, false);
+      if (row.beside) Add(pane_.Window(), *row.beside, false);
     }
   }
   bool first = true;
@@ -121,22 +122,29 @@ void OptionsWindows::Create(HWND dialog) {
   ::SendMessageW(dialog, DM_SETDEFID, IDOK, 0);
 }
 
-void OptionsWindows::Add(HWND dialog, ControlId id, bool startsGroup) {
+void OptionsWindows::Add(HWND parent, ControlId id, bool startsGroup) {
   const Control& control = shown_[id];
   DWORD style = startsGroup ? WS_GROUP : 0;
   if (id == ControlId::cmdOK) style |= BS_DEFPUSHBUTTON;
-  At(id) = NewWindow(dialog, KindOf(control), style, CommandOf(id));
+  At(id) = NewWindow(parent, KindOf(control), style, CommandOf(id));
   ::SetWindowTextW(At(id), Utf8ToWide(control.caption).c_str());
   for (const ListEntry& entry : control.entries) {
     ::SendMessageW(At(id), CB_ADDSTRING, 0, AsParameter(Utf8ToWide(entry.text).c_str()));
   }
   if (control.kind == ControlKind::DropDownList) ::SendMessageW(At(id), kSetMinVisible, kListRows, 0);
-  if (control.kind != ControlKind::SpinField) return;
-  ::SendMessageW(At(id), EM_SETLIMITTEXT, kLongestText, 0);
+  if (control.kind == ControlKind::SpinField) {
+    ::SendMessageW(At(id), EM_SETLIMITTEXT, kLongestText, 0);
+    arrows_[static_cast<std::size_t>(id)] = AddArrows(parent, id);
+  }
+  if (parent == pane_.Window()) pane_.TakeWheelOf(At(id));
+}
+
+HWND OptionsWindows::AddArrows(HWND parent, ControlId id) {
   constexpr WindowKind kArrows{ControlKind::SpinField, UPDOWN_CLASSW, UDS_ARROWKEYS | UDS_NOTHOUSANDS, 0};
-  const HWND arrows = NewWindow(dialog, kArrows, 0, ArrowsCommandOf(id));
+  const HWND arrows = NewWindow(parent, kArrows, 0, ArrowsCommandOf(id));
   ::SendMessageW(arrows, UDM_SETBUDDY, reinterpret_cast<WPARAM>(At(id)), 0);
-  arrows_[static_cast<std::size_t>(id)] = arrows;
+  pane_.TakeWheelOf(arrows);
+  return arrows;
 }
 
 void OptionsWindows::SetFont(const DialogFont& font) {
@@ -155,9 +163,10 @@ void OptionsWindows::SetFont(const DialogFont& font) {
 
 std::string OptionsWindows::Text(ControlId field) const { return WideToUtf8(WindowText(Window(field))); }
 
-LayoutSize OptionsWindows::Show(OptionControls& controls) {
+LayoutSize OptionsWindows::Show(OptionControls& controls, const LayoutRoom& room) {
   const LayoutMetrics metrics = font_->Metrics();
-  const LayoutSize size = RepositionControls(controls, metrics);
+  const DialogLayout layout = RepositionControls(controls, metrics, room);
+  pane_.Fit(layout, metrics.rowHeight + metrics.rowGap);
   for (std::size_t i = 0; i < kControlCount; ++i) {
     const auto id = static_cast<ControlId>(i);
     if (IsShown(controls, id)) Place(id, controls[id]);
@@ -165,7 +174,7 @@ LayoutSize OptionsWindows::Show(OptionControls& controls) {
     ShowStates(controls, id);
   }
   shown_ = controls;
-  return size;
+  return layout.inside;
 }
 
 void OptionsWindows::ShowValues(ControlId id, const Control& control) {
@@ -204,7 +213,9 @@ void OptionsWindows::ShowSpin(ControlId id, const Control& field) {
   const HWND arrows = arrows_[static_cast<std::size_t>(id)];
   ::SendMessageW(arrows, UDM_SETRANGE32, static_cast<WPARAM>(field.minimum), field.maximum);
   // Where the arrows believe to stand; a text that is no number yet leaves them there.
-  if (HoldsNumber(field)) ::SendMessageW(arrows, UDM_SETPOS32, 0, static_cast<LPARAM>(SpinNumber(field)));
+  Control settled = field;
+  CorrectSpinText(settled);
+  if (HoldsNumber(field)) ::SendMessageW(arrows, UDM_SETPOS32, 0, static_cast<LPARAM>(SpinNumber(settled)));
 }
 
 void OptionsWindows::ShowStates(const OptionControls& controls, ControlId id) {
@@ -220,8 +231,13 @@ void OptionsWindows::ShowStates(const OptionControls& controls, ControlId id) {
 
 // ---- Placing
 
+void OptionsWindows::Reveal(ControlId id) {
+  if (::GetParent(Window(id)) == pane_.Window()) pane_.Reveal(shown_[id].place);
+}
+
 void OptionsWindows::Place(ControlId id, const Control& control) {
-  ControlPlace place = control.place;
+  const bool scrolls = ::GetParent(Window(id)) == pane_.Window();
+  ControlPlace place = scrolls ? pane_.Scrolled(control.place) : control.place;
   if (control.kind == ControlKind::DropDownList) {
     // The system takes the height that the list has when it is dropped down.
     place.height *= kListRows;

@@ -98,7 +98,12 @@ bool DialogUser::Use(clsTeskReader& reader, const std::function<void(DialogUser&
   return confirmed;
 }
 
-HWND DialogUser::Window(ControlId id) const { return GetDlgItem(dialog_, platform::CommandOf(id)); }
+HWND DialogUser::Item(int command) const {
+  const HWND button = GetDlgItem(dialog_, command);
+  return button != nullptr ? button : GetDlgItem(Pane(), command);
+}
+HWND DialogUser::Pane() const { return GetDlgItem(dialog_, platform::kPaneCommand); }
+HWND DialogUser::Window(ControlId id) const { return Item(platform::CommandOf(id)); }
 std::string DialogUser::Text(ControlId id) const { return TextOf(Window(id)); }
 bool DialogUser::Visible(ControlId id) const { return IsWindowVisible(Window(id)) != FALSE; }
 bool DialogUser::Enabled(ControlId id) const { return IsWindowEnabled(Window(id)) != FALSE; }
@@ -160,7 +165,7 @@ void DialogUser::AccessKey(char character) {
 }
 
 void DialogUser::ClickArrow(ControlId field, bool up) {
-  const HWND arrows = GetDlgItem(dialog_, platform::ArrowsCommandOf(field));
+  const HWND arrows = Item(platform::ArrowsCommandOf(field));
   RECT area{};
   GetClientRect(arrows, &area);
   const auto at = MAKELPARAM(area.right / 2, up ? area.bottom / 4 : area.bottom * 3 / 4);

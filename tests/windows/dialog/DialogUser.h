@@ -25,6 +25,7 @@ class DialogUser {
                   const std::shared_ptr<HostObject>& parent = nullptr);
 
   HWND Dialog() const { return dialog_; }
+  HWND Pane() const;  // what scrolls
   HWND Window(ControlId id) const;
   std::string Text(ControlId id) const;
   bool Visible(ControlId id) const;
@@ -55,6 +56,7 @@ class DialogUser {
  private:
   explicit DialogUser(DWORD thread) : thread_(thread) {}
   HWND FocusWindow() const;
+  HWND Item(int command) const;
 
   DWORD thread_;  // of the dialog
   HWND dialog_ = nullptr;

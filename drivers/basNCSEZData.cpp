@@ -48,8 +48,8 @@ class Borrowed {
   explicit Borrowed(const clsTeskReader& reader)
       : comm_(reader.fComm()), port_(Deref(comm_).mscComm()), timer_(Deref(comm_).tmrScan()) {
     if (port_->PortOpen()) {
-      throw RunTimeError(kErrorPortOpen, "Operation not valid while the port is open", {},
-                         "End the reader first.");
+      throw RunTimeError(kErrorPortOpen, "The scanner cannot be asked while its port is open", {},
+                         "Stop reading sheets, then try again.");
     }
     interval_ = timer_->Interval();
     commPort_ = port_->CommPort();

@@ -120,11 +120,12 @@ bool AssignOrReport(const Setting& setting, clsTeskReader& reader, const std::st
   std::string message =
       LoadString("The saved setting %1 cannot be used: it takes %2, but its text is \"%3\".");
   message = Replace(Replace(message, "%1", setting.name), "%2", LoadString(setting.takes));
-  ReportError(ErrorReport{.number = error->Number(),
-                          .source = "clsTeskReader.LoadSettings",
-                          .message = Replace(message, "%3", Shown(text)),
-                          .title = LoadString("Application Error"),
-                          .detail = LoadString(error->Description())});
+  ReportError(
+      ErrorReport{.number = error->Number(),
+                  .source = "clsTeskReader.LoadSettings",
+                  .message = Replace(message, "%3", Shown(text)),
+                  .title = LoadString("Application Error"),
+                  .detail = LoadString("Choose the scanner's settings again in its setup, and save them.")});
   return false;
 }
 

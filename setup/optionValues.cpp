@@ -112,7 +112,7 @@ void ChooseKnown(Control& list, const std::string& value) {
 
 void ShowLine(OptionControls& controls, teskReaderBaudRate baudRate, teskReaderDataBits dataBits,
               const std::string& parity, float stopBits, teskReaderFlowControl flowControl) {
-  if (baudRate > 0) ChooseNumber(controls[cboBaud], NumberText(baudRate));
+  ChooseKnown(controls[cboBaud], NumberText(baudRate));
   ChooseKnown(controls[cboDataBits], NumberText(dataBits));
   ChooseKnown(controls[cboParity], ParityValue(parity));
   ChooseKnown(controls[cboStopBits], NumberText(stopBits));

@@ -20,8 +20,8 @@ bool OffersSelfScore(teskReaderType type);
 // The thresholds are the reader's own while its grade box is ticked.
 void ApplyReaderGrade(OptionControls& controls, const clsTeskReaderProfile& profile);
 
-// The engine's settings, over the proposals of its reader. A line setting that no line knows leaves the
-// proposal standing; a rate or a resolution that its list does not have joins the list.
+// The engine's settings, over the proposals of its reader. A line setting that no list has is one that no port takes,
+// and leaves the proposal standing; a resolution that its list does not have joins the list.
 void ShowEngine(OptionControls& controls, const clsTeskReader& reader);
 
 // The controls as they would be with all of the profile's proposals.

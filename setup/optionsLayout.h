@@ -74,7 +74,7 @@ struct DialogLayout {
   LayoutSize inside;  // of the dialog
   LayoutSize
       seen;  // of the frames at once, from the upper left corner; scroll bars stand beside it and below
-  LayoutSize frames;  // all of them with their margins
+  LayoutSize frames;  // all of them, with the margins above and beside them
 
   bool ScrollsDown() const { return frames.height > seen.height; }
   bool ScrollsAcross() const { return frames.width > seen.width; }

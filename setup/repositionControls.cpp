@@ -168,7 +168,7 @@ class Flowing {
       size.width += Width(column) + metrics_.frameGap;
       size.height = std::max(size.height, Height(column));
     }
-    return {size.width, size.height + metrics_.margin};
+    return {size.width, size.height - metrics_.frameGap + metrics_.margin};
   }
 
   // Every cut asks for the same few columns.
@@ -209,7 +209,7 @@ class Placing {
   Placing(OptionControls& controls, Measuring& measuring, const LayoutMetrics& metrics)
       : controls_(controls), measuring_(measuring), metrics_(metrics) {}
 
-  // Yields the size of the frames with their margins.
+  // Yields the size of the frames with the margins above and beside them.
   LayoutSize PlaceFrames(const Flow& flow) {
     std::int32_t left = metrics_.margin;
     std::int32_t bottom = metrics_.margin;
@@ -221,7 +221,7 @@ class Placing {
       bottom = std::max(bottom, PlaceColumn(column, left, width));
       left += width + metrics_.frameGap;
     }
-    return {left - metrics_.frameGap + metrics_.margin, bottom + metrics_.frameGap};
+    return {left - metrics_.frameGap + metrics_.margin, bottom};
   }
 
   void PlaceButtons(LayoutSize inside) {
@@ -299,7 +299,7 @@ DialogLayout RepositionControls(OptionControls& controls, const LayoutMetrics& m
   const auto count = static_cast<std::int32_t>(OptionButtons().size());
   const std::int32_t buttons =
       2 * metrics.margin + count * measuring.ButtonWidth() + (count - 1) * metrics.buttonGap;
-  const std::int32_t below = metrics.buttonHeight + metrics.margin;
+  const std::int32_t below = metrics.frameGap + metrics.buttonHeight + metrics.margin;
   const LayoutSize screen{std::max(room.screen.width, buttons), room.screen.height - below};
 
   DialogLayout layout;

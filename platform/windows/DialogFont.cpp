@@ -82,26 +82,29 @@ std::int32_t DialogFont::SystemSize(int which) const {
 std::int32_t DialogFont::ArrowWidth() const { return Scaled(18); }
 
 LayoutMetrics DialogFont::Metrics() const {
-  const std::int32_t rowHeight = unit_.cy + Scaled(8);  // a field's edges and the room around its text
-  return {
-      .text = {.width = [this](std::string_view text) { return TextWidth(text); },
-               .box = Scaled(13) + Across(6),  // the system's box, and the gap that follows it
-               .padding = Across(6)},
-      .margin = Across(7),
-      .frameTop = Down(11),
-      .framePadding = Across(7),
-      .frameGap = Across(5),
-      .rowHeight = rowHeight,
-      .rowGap = Scaled(6),
-      .labelGap = Across(5),
-      .listArrow = ArrowWidth() + Across(6),
-      .spinWidth = ArrowWidth() + Across(30),
-      .spinHeight = unit_.cy + 2 * (SystemSize(SM_CYEDGE) + 1),  // a field draws its text at its upper edge
-      .besideGap = Scaled(8),                                    // 120 twips
-      .buttonWidth = Across(50),
-      .buttonHeight = rowHeight + Scaled(2),
-      .buttonGap = Across(4),
-      .scrollBar = SystemSize(SM_CXVSCROLL)};
+  // Fields and lists draw their text at their upper edge, whatever their height: no room but for their edges, which do
+  // not grow with the resolution. The distance between rows does.
+  const std::int32_t spinHeight = unit_.cy + 2 * (SystemSize(SM_CYEDGE) + 1);
+  const std::int32_t rowHeight = spinHeight + 2;
+  const std::int32_t pitch = unit_.cy + Scaled(14);
+  return {.text = {.width = [this](std::string_view text) { return TextWidth(text); },
+                   .box = Scaled(13) + Across(6),  // the system's box, and the gap that follows it
+                   .padding = Across(6)},
+          .margin = Across(7),
+          .frameTop = Down(11),
+          .framePadding = Across(7),
+          .frameGap = Across(5),
+          .rowHeight = rowHeight,
+          .rowGap = pitch - rowHeight,
+          .labelGap = Across(5),
+          .listArrow = ArrowWidth() + Across(6),
+          .spinWidth = ArrowWidth() + Across(30),
+          .spinHeight = spinHeight,
+          .besideGap = Scaled(8),  // 120 twips
+          .buttonWidth = Across(50),
+          .buttonHeight = unit_.cy + Scaled(10),
+          .buttonGap = Across(4),
+          .scrollBar = SystemSize(SM_CXVSCROLL)};
 }
 
 }  // namespace tesk::platform

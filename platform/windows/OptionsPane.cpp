@@ -69,24 +69,18 @@ void OptionsPane::Create(HWND dialog) {
   KeepSystemFromScaling(window_);
 }
 
-void OptionsPane::Fit(const DialogLayout& layout, std::int32_t step) {
+void OptionsPane::Fit(const DialogLayout& layout, const LayoutMetrics& metrics) {
   frames_ = layout.frames;
   seen_ = layout.seen;
-  step_ = step;
+  step_ = metrics.rowHeight + metrics.rowGap;
   corner_.x = Clamped(corner_.x, frames_.width, seen_.width);
   corner_.y = Clamped(corner_.y, frames_.height, seen_.height);
-  ShowBars();
-  RECT outside{};
-  RECT client{};
-  ::GetWindowRect(window_, &outside);
-  ::GetClientRect(window_, &client);
-  const int width = seen_.width + outside.right - outside.left - client.right;
-  const int height = seen_.height + outside.bottom - outside.top - client.bottom;
+  const int width = seen_.width + (layout.ScrollsDown() ? metrics.scrollBar : 0);
+  const int height = seen_.height + (layout.ScrollsAcross() ? metrics.scrollBar : 0);
   ::SetWindowPos(window_, nullptr, 0, 0, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
   ShowBars();
 }
 
-// The bars come and go with the page, and the page with the bars: told before the window is sized and after.
 void OptionsPane::ShowBars() {
   SetBar(window_, SB_VERT, frames_.height, seen_.height, corner_.y);
   SetBar(window_, SB_HORZ, frames_.width, seen_.width, corner_.x);

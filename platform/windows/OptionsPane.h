@@ -32,9 +32,9 @@ class OptionsPane {
   void Create(HWND dialog);
   HWND Window() const { return window_; }
 
-  // Shows as much of the frames as the layout says. `step` is what a scroll bar's arrow moves them by, pixels.
-  // Moves no control: the caller places them all.
-  void Fit(const DialogLayout& layout, std::int32_t step);
+  // Shows as much of the frames as the layout says, which was made with these metrics. Moves no control: the caller
+  // places them all.
+  void Fit(const DialogLayout& layout, const LayoutMetrics& metrics);
   // Where a place within the frames is now.
   ControlPlace Scrolled(ControlPlace place) const;
   // Scrolls as little as brings a place within the frames into view.

@@ -166,7 +166,7 @@ std::string OptionsWindows::Text(ControlId field) const { return WideToUtf8(Wind
 LayoutSize OptionsWindows::Show(OptionControls& controls, const LayoutRoom& room) {
   const LayoutMetrics metrics = font_->Metrics();
   const DialogLayout layout = RepositionControls(controls, metrics, room);
-  pane_.Fit(layout, metrics.rowHeight + metrics.rowGap);
+  pane_.Fit(layout, metrics);
   for (std::size_t i = 0; i < kControlCount; ++i) {
     const auto id = static_cast<ControlId>(i);
     if (IsShown(controls, id)) Place(id, controls[id]);

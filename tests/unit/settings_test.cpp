@@ -153,6 +153,7 @@ TEST_P(HostileValues, AreReportedAndKeepWhatWasAssignedBefore) {
   EXPECT_EQ(host.errors[0].message, "The saved setting " + std::string(c.name) +
                                         " cannot be used: it takes " + c.takes + ", but its text is \"" +
                                         c.value + "\".");
+  EXPECT_EQ(host.errors[0].detail, "Choose the scanner's settings again in its setup, and save them.");
 }
 
 INSTANTIATE_TEST_SUITE_P(

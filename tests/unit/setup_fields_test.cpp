@@ -233,6 +233,18 @@ TEST(LocateButton, WarnsWhenNobodyAnsweredAfterTheEngineIsAsItWas) {
   EXPECT_EQ(dialog.Value(cboPort), "-");
 }
 
+TEST(LocateButton, SaysWhyNothingCanBeLookedForWhileTheScannerIsInUse) {
+  Dialog dialog(teskReaderTypeChatsworthOMR1100, Identifying());
+  dialog.Load();
+  dialog.reader->fComm()->mscComm()->SetCommPort(3);
+  dialog.reader->fComm()->mscComm()->SetPortOpen(true);
+  dialog.form.Click(cmdLocate);
+  ASSERT_EQ(dialog.host.errors.size(), 1U);
+  EXPECT_EQ(dialog.host.errors[0].message, "The scanner cannot be asked while its port is open");
+  EXPECT_EQ(dialog.host.errors[0].detail, "Stop reading sheets, then try again.");
+  EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", kNotLocated, "arrow"));
+}
+
 TEST(LocateButton, IsNotThereForReadersThatCannotBeLocated) {
   Dialog dialog(teskReaderTypeNCSOpScan2, Identifying());
   dialog.Load();

@@ -110,8 +110,8 @@ void ExpectGoodLayout(const OptionControls& controls, const DialogLayout& layout
   ExpectApart(controls, rows);
   for (const ControlId id : OptionButtons()) {
     const ControlPlace& place = controls[id].place;
-    EXPECT_TRUE(Within(
-        place, {0, layout.seen.height, layout.inside.width, layout.inside.height - layout.seen.height}))
+    const std::int32_t top = layout.seen.height + metrics.frameGap;
+    EXPECT_TRUE(Within(place, {0, top, layout.inside.width, layout.inside.height - top}))
         << ControlName(id) << " is below what scrolls";
   }
   ExpectApart(controls, {OptionButtons().begin(), OptionButtons().end()});

@@ -39,6 +39,7 @@ class DialogUser {
   void Choose(ControlId list, const std::string& text);
   void Type(ControlId field, const std::string& text);
   void Focus(ControlId id);
+  void Wheel(HWND over, int notches);
   void Click(ControlId button);
   // For a button that opens a message box, or closes the dialog.
   void Press(ControlId button);
@@ -62,7 +63,7 @@ class DialogUser {
   HWND dialog_ = nullptr;
 };
 
-// All messages of the library, kept from the screen; texts grow by half where `longTexts` is set.
+// All messages of the library, kept from the screen; texts are doubled where `longTexts` is set.
 class QuietHost : public HostServices {
  public:
   explicit QuietHost(bool longTexts = false) : longTexts_(longTexts) {}

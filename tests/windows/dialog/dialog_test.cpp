@@ -92,12 +92,14 @@ TEST(SetupDialog, WhatTheEngineHoldsIsShownAndConfirmedUnchanged) {
   EXPECT_EQ(reader->MarkCutOff(), 3);
 }
 
-TEST(SetupDialog, WhatIsTypedOutOfBoundsBecomesTheBoundAndReachesTheEngine) {
+TEST(SetupDialog, WhatIsOutOfBoundsBecomesTheBoundAndReachesTheEngine) {
   const InstalledHost host;
   const auto reader = NewReader(teskReaderTypeNCSOpScan6);
-  reader->SetReaderGrade(false);
+  reader->SetReaderGrade(true);  // by a box that is disabled: the thresholds are not its
+  reader->SetMarkCutOff(300);
   const bool confirmed = DialogUser::Use(*reader, [&](DialogUser& user) {
     user.Type(txtRecognitionThreshold, "40");
+    EXPECT_TRUE(user.HasFocus(txtRecognitionThreshold)) << "disabled";
     user.Focus(txtErasureThreshold);
     EXPECT_EQ(user.Text(txtRecognitionThreshold), "15");
     user.Type(txtReaderTimeout, "601");
@@ -109,6 +111,7 @@ TEST(SetupDialog, WhatIsTypedOutOfBoundsBecomesTheBoundAndReachesTheEngine) {
   });
   EXPECT_TRUE(confirmed);
   EXPECT_EQ(reader->RecognitionThreshold(), 15);
+  EXPECT_EQ(reader->MarkCutOff(), 15) << "nobody typed there";
   EXPECT_EQ(reader->TimeOut(), 600);
   EXPECT_EQ(reader->SleepTime(), 10'000);
 }
@@ -159,14 +162,16 @@ TEST(SetupDialog, TheEscapeKeyTheCancelButtonAndTheCloseBoxChangeNothing) {
     const bool confirmed = DialogUser::Use(*reader, [&](DialogUser& user) {
       user.Choose(cboReaderType, 3);
       user.Choose(cboPort, "9");
-      user.Type(txtReaderTimeout, "77");
+      user.Type(txtReaderTimeout, "601");
+      user.Focus(cmdCancel);
+      EXPECT_EQ(user.Text(txtReaderTimeout), "601") << "who cancels wants nothing checked";
       leave(user);
       EXPECT_TRUE(user.WaitForEnd());
     });
     EXPECT_FALSE(confirmed);
     EXPECT_EQ(reader->ReaderType(), teskReaderTypeScantronScanMark5500);
     EXPECT_EQ(reader->Port(), 3);
-    EXPECT_NE(reader->TimeOut(), 77);
+    EXPECT_EQ(reader->TimeOut(), 10);
   }
 }
 

@@ -29,7 +29,7 @@ constexpr std::string_view kFooter =
     "  teskread scan --reader \"Scantron Scanmark 2500\" --port /dev/ttyUSB0 --side1 50x48\n"
     "\n"
     "Exit status: 0 done, 1 the scanner, the port or a file failed, 2 the command line is wrong,\n"
-    "130 ended by Ctrl-C.";
+    "129, 130, 143 ended by a hang-up, Ctrl-C, SIGTERM.";
 
 // The command, or the command's action, that the command line names; `app` itself where it names none.
 const CLI::App& ChosenCommand(const CLI::App& app) {

@@ -62,7 +62,11 @@ void Console::Message(std::string_view title, std::string_view text) {
 
 void Console::Progress(const std::string& line) {
   if (!animated_) return;
-  const std::string shown = ShownText(line).substr(0, kProgressWidth);
+  std::string shown = ShownText(line);
+  std::size_t end = std::min(shown.size(), kProgressWidth);
+  // Not within a character.
+  while (end < shown.size() && (static_cast<unsigned char>(shown[end]) & 0xC0U) == 0x80) --end;
+  shown.resize(end);
   stream_ << fmt::format("\r{:<{}}", shown, shown_) << std::flush;
   shown_ = std::max(shown.size(), shown_);
 }

@@ -12,8 +12,8 @@
 #include "cli/CommandError.h"
 #include "cli/NearestNames.h"
 #include "platform/OmrLibrary.h"
+#include "profiles/families.h"
 #include "simulator/Simulators.h"
-#include "transport/basRead.h"
 
 namespace tesk::cli {
 namespace {

@@ -22,32 +22,28 @@ namespace fs = std::filesystem;
 
 constexpr std::uintmax_t kLongestRecord = 32U << 20U;  // bytes; two sides of the largest size fit
 
+fs::path PathOf(const std::string& utf8) { return {std::u8string(utf8.begin(), utf8.end())}; }
+
 bool IsRegular(const std::string& path) {
   std::error_code ignored;
-  return fs::is_regular_file(fs::path(path), ignored);
+  return fs::is_regular_file(PathOf(path), ignored);
 }
 
 bool IsThere(const std::string& path) {
   std::error_code ignored;
-  return fs::exists(fs::symlink_status(fs::path(path), ignored));
-}
-
-std::uintmax_t SizeOf(const std::string& path) {
-  std::error_code error;
-  const auto size = fs::file_size(fs::path(path), error);
-  return error ? 0 : size;
+  return fs::exists(fs::symlink_status(PathOf(path), ignored));
 }
 
 // Whether two paths lead to one place, also where nothing is there yet.
 bool SamePlace(const std::string& one, const std::string& other) {
   std::error_code error;
-  if (fs::equivalent(fs::path(one), fs::path(other), error)) return true;
-  const auto first = fs::weakly_canonical(fs::path(one), error);
-  return !error && first == fs::weakly_canonical(fs::path(other), error) && !error;
+  if (fs::equivalent(PathOf(one), PathOf(other), error)) return true;
+  const auto first = fs::weakly_canonical(PathOf(one), error);
+  return !error && first == fs::weakly_canonical(PathOf(other), error) && !error;
 }
 
 std::string BytesAt(const std::string& path, std::uintmax_t at, std::uintmax_t count) {
-  std::ifstream file(fs::path(path), std::ios::binary);
+  std::ifstream file(PathOf(path), std::ios::binary);
   file.seekg(static_cast<std::streamoff>(at));
   std::string bytes(static_cast<std::size_t>(count), '\0');
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -65,7 +61,7 @@ void CheckReplaceable(std::string_view option, const std::string& path, std::str
 void CheckNew(const ScanPlan& plan) {
   std::error_code ignored;
   const bool replaces =
-      IsThere(plan.output) && (IsRegular(plan.output) || !fs::exists(fs::path(plan.output), ignored));
+      IsThere(plan.output) && (IsRegular(plan.output) || !fs::exists(PathOf(plan.output), ignored));
   if (plan.output.empty() || plan.append || !replaces) return;
   throw UsageError(
       fmt::format("--output: {} is there already and is not overwritten; go on in it with --append, or "
@@ -119,7 +115,7 @@ std::int32_t LastOfNdjson(const std::string& path, std::uintmax_t size) {
 
 // The place behind the last line end outside quotes, and where the line before it begins.
 std::int32_t LastOfCsv(const std::string& path) {
-  std::ifstream file(fs::path(path), std::ios::binary);
+  std::ifstream file(PathOf(path), std::ios::binary);
   std::string header(CsvHeader().size(), '\0');
   file.read(header.data(), static_cast<std::streamsize>(header.size()));
   if (header != CsvHeader()) RefuseAppend(path, "does not begin as --format csv writes it");
@@ -142,6 +138,12 @@ std::int32_t LastOfCsv(const std::string& path) {
 }
 
 }  // namespace
+
+std::uintmax_t SizeOf(const std::string& path) {
+  std::error_code error;
+  const auto size = fs::file_size(PathOf(path), error);
+  return error ? 0 : size;
+}
 
 void CheckFiles(const ScanPlan& plan) {
   if (plan.append && plan.output.empty())

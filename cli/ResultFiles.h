@@ -12,6 +12,9 @@ namespace tesk::cli {
 // another kind of file, and where two options name one file or the port.
 void CheckFiles(const ScanPlan& plan);
 
+// In bytes; 0 where there is no file.
+std::uintmax_t SizeOf(const std::string& path);
+
 // Where an existing file of sheets ends.
 struct SheetsSoFar {
   std::int32_t last = 0;  // the number of its last sheet; 0: the file is empty or missing

@@ -1,8 +1,6 @@
 // Sheets on their way to a file or standard output.
 #include "cli/SheetWriter.h"
 
-#include <filesystem>
-
 #include <fmt/format.h>
 
 #include "cli/CommandError.h"

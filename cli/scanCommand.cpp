@@ -24,6 +24,7 @@ constexpr std::string_view kFooter =
     "order of this list. Without --reader the saved settings name the reader.\n"
     "Models whose driver reads the rows and columns that it is told need --side1.\n"
     "--side2 makes the form two-sided where the scanner reads both sides (Duplex).\n"
+    "The batch ends with a block that says how many sheets were read and why it ended.\n"
     "\n"
     "Examples:\n"
     "  teskread scan --reader 13 --port /dev/ttyUSB0 --side1 50x48 --output class7.ndjson\n"

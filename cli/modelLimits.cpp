@@ -30,10 +30,8 @@ struct Grid {
 };
 
 constexpr Grid kGrids[] = {
-    {"basNCS", 150, false, 99, 0, false},
-    {"basPeripheralDynamics", 500, false, 0, 0, false},
-    {"basScanningSystems", 999, false, 8, 99, false},
-    {"basScantron", INT16_MAX, true, 0, INT16_MAX, true},
+    {"basNCS", 150, false, INT32_MAX, 0, false},      {"basPeripheralDynamics", 500, false, 0, 0, false},
+    {"basScanningSystems", 999, false, 8, 99, false}, {"basScantron", INT16_MAX, true, 0, INT16_MAX, true},
     {"basSekonicSR", 200, false, 99, 0, false},
 };
 

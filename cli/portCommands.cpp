@@ -60,49 +60,70 @@ int NotFound(int messages, Program& program, const std::string& text) {
 
 // A port that the search asks, as the operator knows it.
 struct Asked {
-  std::string name;    // "3" or a device path; what is printed when a scanner answers there
-  std::string device;  // empty: the system's port of that number
+  std::string name;  // "3" or a device path; what is printed when a scanner answers there
+  std::string device;
 };
 
 // What stands behind the ports of one search, 1 to 16 at most; the others are not there. Keeps why a port could
 // not be opened, since a search goes on without a word.
 class SearchedPorts : public SerialSystem {
  public:
-  explicit SearchedPorts(std::vector<Asked> ports) : ports_(std::move(ports)) {}
+  explicit SearchedPorts(std::vector<Asked> ports) : ports_(std::move(ports)), reasons_(ports_.size()) {}
 
   std::unique_ptr<SerialLine> Open(std::int16_t port, const LineSettings& settings) override {
     const auto index = static_cast<std::size_t>(port) - 1;
     if (index >= ports_.size()) throw RunTimeError(kErrorPort, "Invalid port number");
+    const std::string& device = ports_[index].device;
     std::unique_ptr<SerialLine> line;
-    const auto error = Attempt([&] {
-      line = ports_[index].device.empty()
-                 ? platform::CreateSerialSystem()->Open(port, settings)
-                 : platform::CreateSerialSystem(ports_[index].device)->Open(1, settings);
-    });
+    const auto error = Attempt([&] { line = platform::CreateSerialSystem(device)->Open(1, settings); });
     if (!error) return line;
-    // The first port may be asked twice.
-    const std::pair why(ports_[index].name, error->Description());
-    if (std::ranges::find(unopened_, why) == unopened_.end()) unopened_.push_back(why);
+    reasons_[index] = Replace(error->Description(), " " + device, "");
     throw *error;
   }
 
   const std::string& NameOf(std::int16_t port) const {
     return ports_.at(static_cast<std::size_t>(port) - 1).name;
   }
-  // Names and reasons.
-  const std::vector<std::pair<std::string, std::string>>& Unopened() const { return unopened_; }
+
+  // One line for numbers of the same fate: "2 to 8 (/dev/ttyS1 to /dev/ttyS7): The device cannot be ...".
+  std::string UnopenedText() const {
+    std::string text;
+    for (std::size_t first = 0; first < ports_.size(); ++first) {
+      if (reasons_[first].empty()) continue;
+      std::size_t last = first;
+      while (Numbered(last) && last + 1 < ports_.size() && Numbered(last + 1) &&
+             reasons_[last + 1] == reasons_[first]) {
+        ++last;
+      }
+      text += "|" + SpanText(first, last) + ": " + reasons_[first];
+      first = last;
+    }
+    return text;
+  }
 
  private:
+  bool Numbered(std::size_t index) const { return ports_[index].name != ports_[index].device; }
+
+  std::string SpanText(std::size_t first, std::size_t last) const {
+    const auto span = [&](std::string Asked::*part) {
+      const std::string& from = ports_[first].*part;
+      return first == last ? from : from + " to " + ports_[last].*part;
+    };
+    return Numbered(first) ? fmt::format("{} ({})", span(&Asked::name), span(&Asked::device))
+                           : span(&Asked::name);
+  }
+
   std::vector<Asked> ports_;
-  std::vector<std::pair<std::string, std::string>> unopened_;
+  std::vector<std::string> reasons_;  // by port; empty where it was opened or not asked
 };
 
 constexpr std::int16_t kLastPort = 16;
 
 std::vector<Asked> NumberedPorts() {
   std::vector<Asked> ports;
-  for (std::int16_t port = 1; port <= kLastPort; ++port)
-    ports.push_back({NumberText(std::int32_t{port}), {}});
+  for (std::int16_t port = 1; port <= kLastPort; ++port) {
+    ports.push_back({NumberText(std::int32_t{port}), platform::DeviceOfPort(port)});
+  }
   return ports;
 }
 
@@ -133,8 +154,7 @@ std::vector<Asked> ChosenPorts(const std::vector<std::string>& texts) {
 }
 
 void TellUnopened(const SearchedPorts& ports, Console& console) {
-  std::string text;
-  for (const auto& [name, reason] : ports.Unopened()) text += fmt::format("|{}: {}", name, reason);
+  const std::string text = ports.UnopenedText();
   if (!text.empty())
     console.Message("teskread locate", "ports that could not be opened, so not asked:" + text);
 }

@@ -113,6 +113,17 @@ void CheckModel(const Assignment& assignment, const clsTeskReader& engine, const
 
 }  // namespace
 
+std::string LimitsText(std::string_view property) {
+  for (const Range& range : kRanges) {
+    if (range.property == property) return fmt::format("{} to {}{}", range.least, range.most, range.unit);
+  }
+  for (const Choice& choice : kChoices) {
+    if (choice.property == property) return fmt::format("one of {}", choice.values);
+  }
+  const bool onScale = std::ranges::find(kOnScale, property) != std::end(kOnScale);
+  return onScale ? "a darkness on the model's scale, 0 to RecognitionThresholdMax" : "";
+}
+
 void CheckSaved(const Assignment& assignment, const clsTeskReader& engine) {
   for (const Range& range : kRanges) {
     if (range.property == assignment.property->name) {

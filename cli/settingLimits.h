@@ -2,9 +2,15 @@
 // batch waits in the hopper. Knows the engine.
 #pragma once
 
+#include <string>
+#include <string_view>
+
 #include "cli/engineProperties.h"
 
 namespace tesk::cli {
+
+// What may be saved of a property, "1 to 600 seconds"; empty where it has no limits of its own.
+std::string LimitsText(std::string_view property);
 
 // Throws UsageError where the value lies outside what lines take, or what the model's profile offers; the
 // assignment has been applied. A model without a profile is not asked.

@@ -98,7 +98,8 @@ TEST(ProcessCommandLine, HelpAndVersionGoToStandardOutput) {
   EXPECT_THAT(settings.Output(),
               AllOf(HasSubstr("SleepTime                pause between two looks at the line, in "
                               "milliseconds"),
-                    HasSubstr("0 none, 1 XON/XOFF"), HasSubstr("teskread settings --help")));
+                    HasSubstr("0 none, 1 XON/XOFF"), HasSubstr("1 to 600 seconds"),
+                    HasSubstr("teskread settings --help")));
   Process faults(Teskread({"simulate", "--reader", "Scantron 8000", "--help"}));
   EXPECT_EQ(faults.Wait(), 0);
   EXPECT_THAT(faults.Output(), AllOf(HasSubstr("Faults of the Scantron 8000"), HasSubstr("cut@BYTE@SHEET")));

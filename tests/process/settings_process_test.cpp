@@ -203,11 +203,16 @@ TEST_F(ProcessSettings, ScannerIsLocatedAndSaysItsFirmware) {
   EXPECT_THAT(error, HasSubstr("cannot be searched for"));
   EXPECT_EQ(Run({"locate", "--reader", "20", "--port", folder_ / "missing", "--port", link}), 0) << error;
   EXPECT_EQ(output, link + "\n");
-  EXPECT_THAT(error,
-              AllOf(HasSubstr("could not be opened"),
-                    HasSubstr(folder_ / "missing: The device " + (folder_ / "missing cannot be opened"))));
+  EXPECT_THAT(
+      error, HasSubstr("could not be opened, so not asked:\n  " + (folder_ / "missing: The device cannot ")));
   EXPECT_EQ(Run({"locate", "--reader", "20", "--port", "4", "--port", folder_ / "gone"}), 1);
-  EXPECT_THAT(error, AllOf(HasSubstr("\n  4: The device"), HasSubstr("no scanner answered on these ports")));
+  EXPECT_THAT(error, AllOf(HasSubstr("\n  4 (" + (folder_ / "missing): The device cannot")),
+                           HasSubstr("\n  " + (folder_ / "gone: The device cannot")),
+                           HasSubstr("no scanner answered on these ports")));
+  EXPECT_EQ(Run({"locate", "--reader", "20", "--start", "3"}), 0);
+  EXPECT_EQ(error, "");
+  EXPECT_EQ(Run({"locate", "--reader", "20"}), 0);
+  EXPECT_THAT(error, HasSubstr("\n  1 to 2 (" + (folder_ / "missing to ") + (folder_ / "missing): ")));
   for (int port = 1; port <= 16; ++port) ::unsetenv(("TESKREADER_PORT_" + std::to_string(port)).c_str());
 }
 

@@ -129,7 +129,10 @@ void ConfigureEngine(const ScanPlan& plan, clsTeskReader& engine) {
   }
   engine.SetRecognitionMode(teskRecognitionTypePage);
   if (plan.key && !engine.LoadSettings(plan.key->root, plan.key->path)) {
-    throw CommandFailure(fmt::format("--key: the settings under {} cannot be read", plan.key->path));
+    throw CommandFailure(
+        fmt::format("--key: the settings under {0} cannot be read|\"teskread settings save --key {1} --set "
+                    "NAME=VALUE\" mends one of them, \"teskread settings show --key {1}\" shows them all",
+                    plan.key->path, ShellWord(plan.key->path)));
   }
   if (plan.key && engine.ReaderType() != plan.reader) {
     throw CommandFailure(fmt::format("--key: the settings under {} are for \"{}\", not for the {}",

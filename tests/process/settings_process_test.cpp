@@ -133,17 +133,29 @@ TEST_F(ProcessSettings, WhatNoLineAndNotThisModelCanDoIsNotSaved) {
   }
 }
 
-TEST_F(ProcessSettings, SavedTextsThatNobodyCanUseAreNamed) {
-  for (const char* type : {"99999", "-3", "47"}) {
+TEST_F(ProcessSettings, SavedTextsThatNobodyCanUseAreNamedWithWhatToDo) {
+  struct Case {
+    std::string sound;
+    std::string damaged;
+    const char* says;
+    const char* help;
+  };
+  for (const auto& [sound, damaged, says, help] :
+       {Case{"\"ScannerType\" = \"13\"", "99999", "for a reader \"99999\", which is none",
+             "save --key A --reader R"},
+        {"\"ScannerType\" = \"13\"", "-3", "for a reader \"-3\", which is none", "save --key A --reader R"},
+        {"\"ScannerType\" = \"13\"", "47", "for a reader \"47\", which is none", "save --key A --reader R"},
+        {"\"ScannerPort\" = \"1\"", "99999", "its text is \"99999\"", "save --key A --set NAME=VALUE"},
+        {"\"Duplex\" = \"True\"", "yes", "its text is \"yes\"", "save --key A --set NAME=VALUE"}}) {
     ASSERT_EQ(Run({"settings", "save", "--key", "A", "--reader", "13"}), 0) << error;
     const std::string file = folder_ / "config/teskreader99/settings.conf";
     std::string text = FileText(file);
-    const std::string before = "\"ScannerType\" = \"13\"";
-    WriteFile(file, text.replace(text.find(before), before.size(),
-                                 "\"ScannerType\" = \"" + std::string(type) + "\""));
+    ASSERT_NE(text.find(sound), std::string::npos) << text;
+    const std::string name = sound.substr(0, sound.find('=') + 1);
+    WriteFile(file, text.replace(text.find(sound), sound.size(), name + " \"" + damaged + "\""));
     EXPECT_EQ(Run({"scan", "--key", "A", "--port", "sim", "--side1", "20x48"}), 1);
-    EXPECT_THAT(error, AllOf(HasSubstr("for a reader \"" + std::string(type) + "\", which is none"),
-                             HasSubstr("settings save --key A --reader R")));
+    EXPECT_THAT(error, AllOf(HasSubstr(says), HasSubstr(help), testing::Not(HasSubstr("Overflow")),
+                             testing::Not(HasSubstr("Type mismatch"))));
     EXPECT_EQ(Run({"settings", "list"}), 0);
   }
 }

@@ -2,6 +2,7 @@
 #include "cli/Console.h"
 
 #include <algorithm>
+#include <array>
 
 #include <fmt/format.h>
 
@@ -15,35 +16,38 @@ namespace {
 constexpr std::size_t kProgressWidth = 79;  // characters; a longer line would wrap and not go away
 
 struct Cause {
-  std::int32_t number;
+  RunTimeError error;
   const char* title;
   const char* text;
 };
 
 // What stands behind the errors of the automation run-time that reach an operator.
-constexpr Cause kCauses[] = {
-    {kErrorSubscript, "Data Error",
-     "The scanner sent marks outside the sheet that was asked for.|Check the sizes and windows (--side1, "
-     "--side2, "
-     "--window) against the form, and that the model is the right one."},
-    {kErrorOverflow, "Data Error",
-     "A setting or an answer of the scanner is larger than the scanner's protocol can say.|Check what --set, "
-     "--window and --imprint-position give."},
-    {kErrorTypeMismatch, "Data Error",
-     "The scanner sent a text where a number belongs.|Check that the model is the right one, and the line's "
-     "settings."},
-    {kErrorInvalidCall, "Settings Error",
-     "The settings do not fit this model.|Check what --set, --side1, --side2 and --window give."},
-    {kErrorOutOfMemory, "Out of Memory",
-     "This machine has too little memory for the sheets that were asked for."},
-    {kErrorObjectNotSet, "Program Error", "The program lacks a part of the reader. Please report this."},
-};
+const std::array<Cause, 5>& Causes() {
+  static const std::array<Cause, 5> causes{{
+      {SubscriptOutOfRange(), "Data Error",
+       "The scanner sent marks outside the sheet that was asked for.|Check the sizes and windows (--side1, "
+       "--side2, "
+       "--window) against the form, and that the model is the right one."},
+      {Overflow(), "Data Error",
+       "A setting or an answer of the scanner is larger than the scanner's protocol can say.|Check what "
+       "--set, "
+       "--window and --imprint-position give."},
+      {TypeMismatch(), "Data Error",
+       "The scanner sent a text where a number belongs.|Check that the model is the right one, and the "
+       "line's "
+       "settings."},
+      {InvalidCall(), "Settings Error",
+       "The settings do not fit this model.|Check what --set, --side1, --side2 and --window give."},
+      {ObjectNotSet(), "Program Error", "The program lacks a part of the reader. Please report this."},
+  }};
+  return causes;
+}
 
 // An error that has no title of its own: what the operator can do about it, and what to quote when asking for help.
 OperatorMessage InWordsOfTheTrade(const ErrorReport& report) {
   const std::string quote = fmt::format("|(error {} in {})", report.number, report.source);
-  for (const Cause& cause : kCauses) {
-    if (cause.number == report.number) return {cause.title, cause.text + quote};
+  for (const Cause& cause : Causes()) {
+    if (cause.error.Description() == report.message) return {cause.title, cause.text + quote};
   }
   constexpr std::int32_t kFirstOfPorts = 8000;
   return {report.number >= kFirstOfPorts ? "Port Error" : "Reader Error",

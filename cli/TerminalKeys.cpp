@@ -12,7 +12,7 @@ namespace {
 using Duration = KeyDecoder::Duration;
 
 // A sequence may come in pieces over a slow line: what follows an Escape within this time is no Escape key.
-constexpr Duration kEscapePatience(200);
+constexpr Duration kEscapePatience(300);
 constexpr Duration kSequencePatience(500);
 
 constexpr char kStart = kEscape;

@@ -43,12 +43,12 @@ void RequireDrawableTerminal() {
 }
 
 std::vector<DescribedKey> DescribedKeys() {
-  // Stands for a name that is none.
-  const auto* const unknown = reinterpret_cast<const char*>(std::intptr_t{-1});
   std::vector<DescribedKey> keys;
   for (const auto& [name, key] : kKeys) {
     const char* sequence = tigetstr(name);
-    if (sequence != nullptr && sequence != unknown) keys.push_back({sequence, key});
+    // A name that is none has an address that is none.
+    const bool known = sequence != nullptr && reinterpret_cast<std::intptr_t>(sequence) != -1;
+    if (known) keys.push_back({sequence, key});
   }
   return keys;
 }

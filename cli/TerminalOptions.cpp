@@ -2,6 +2,8 @@
 #include "cli/TerminalOptions.h"
 
 #include <algorithm>
+#include <iterator>
+#include <ranges>
 
 #include "base/HostServices.h"
 #include "platform/Platform.h"
@@ -36,7 +38,7 @@ std::string Boxed(const Control& box) {
   return (box.checked ? "[x] " : "[ ] ") + basPublic::ShownCaption(box.caption);
 }
 
-std::string Padded(std::string text, int width) {
+std::string Padded(const std::string& text, int width) {
   const int cells = Cells(text);
   return cells < width ? text + std::string(static_cast<std::size_t>(width - cells), ' ') : text;
 }
@@ -234,9 +236,7 @@ void TerminalOptions::AddButtons(int line, const Columns& columns) {
     places.emplace_back(id, right--);
   }
   AddField(ControlId::cmdDefaults, line, kIndent, Cells(Shown(ControlId::cmdDefaults)));
-  for (auto place = places.rbegin(); place != places.rend(); ++place) {
-    AddField(place->first, line, place->second, Cells(Shown(place->first)));
-  }
+  for (const auto& [id, column] : std::views::reverse(places)) AddField(id, line, column, Cells(Shown(id)));
 }
 
 // ---- Drawing

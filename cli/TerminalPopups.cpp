@@ -40,7 +40,8 @@ void WriteLit(WINDOW* window, int line, int column, const std::string& text, boo
 
 // ---- Boxes
 
-BoxPopup::BoxPopup(std::string title, std::string text, std::vector<std::string> buttons, std::size_t pressed)
+BoxPopup::BoxPopup(const std::string& title, std::string text, std::vector<std::string> buttons,
+                   std::size_t pressed)
     : title_(ShownText(title)),
       text_(std::move(text)),
       buttons_(std::move(buttons)),
@@ -75,8 +76,9 @@ void BoxPopup::Draw() {
   const Window window = Framed(height, width, (LINES - height) / 2, (COLS - width) / 2);
   if (!window) return;
   Write(window.get(), 0, kMargin, " " + title_ + " ");
-  for (int line = 0; line < seen; ++line) {
-    Write(window.get(), line + 1, kMargin, lines[static_cast<std::size_t>(scroll_ + line)]);
+  for (int row = 0; row < seen; ++row) {
+    const int line = scroll_ + row;
+    Write(window.get(), row + 1, kMargin, lines[static_cast<std::size_t>(line)]);
   }
   DrawButtons(window.get());
   curs_set(0);
@@ -133,9 +135,11 @@ void ListPopup::Draw() {
   first_ = std::clamp(first_, std::max(current_ - rows + 1, 0), current_);
   first_ = std::min(first_, Last() + 1 - rows);
   for (int row = 0; row < rows; ++row) {
-    std::string text = ' ' + entries_[static_cast<std::size_t>(first_ + row)];
-    text.resize(text.size() + static_cast<std::size_t>(width + kMargin - Cells(text)), ' ');
-    WriteLit(window.get(), row + 1, 1, text, first_ + row == current_);
+    const int position = first_ + row;
+    std::string text = ' ' + entries_[static_cast<std::size_t>(position)];
+    const int blanks = width + kMargin - Cells(text);
+    text.append(static_cast<std::size_t>(blanks), ' ');
+    WriteLit(window.get(), row + 1, 1, text, position == current_);
   }
   if (!typed_.empty()) Write(window.get(), rows + 1, kMargin, ' ' + typed_ + ' ');
   curs_set(0);

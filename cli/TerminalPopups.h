@@ -14,7 +14,7 @@ namespace tesk::cli {
 class BoxPopup : public Popup {
  public:
   // pressed: the button that is proposed, and the one that Escape presses.
-  BoxPopup(std::string title, std::string text, std::vector<std::string> buttons, std::size_t pressed);
+  BoxPopup(const std::string& title, std::string text, std::vector<std::string> buttons, std::size_t pressed);
 
   std::string Hint() const override;
   void Draw() override;

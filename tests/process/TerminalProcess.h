@@ -22,6 +22,7 @@ class TerminalProcess {
   static constexpr const char* kBackTab = "\x1b[Z";
   static constexpr const char* kEnter = "\r";
   static constexpr const char* kEscape = "\x1b";
+  static constexpr const char* kDown = "\x1bOB";
   static constexpr const char* kRight = "\x1bOC";
   static constexpr const char* kLeft = "\x1bOD";
   static constexpr const char* kEnd = "\x1bOF";

@@ -219,8 +219,11 @@ TEST_F(ProcessSetup, AChangeOfSizeDrawsWhatStandsThereAndHintsAreWhole) {
     for (const std::string& text : shown) setup.WaitFor(text);
   }
   setup.WaitFor("Scanner Not Located");
+  setup.Resize(30, 8);
+  setup.WaitFor("The scanner was not");
+  setup.Press({T::kDown, T::kDown, T::kDown, T::kDown, T::kDown});
+  setup.WaitFor("computer.");
   setup.Resize(72, 12);
-  setup.WaitFor("was not located");
   setup.WaitFor("Enter: OK");
   setup.Press({T::kEnter, T::kF10});
   EXPECT_EQ(setup.Wait(), 0);

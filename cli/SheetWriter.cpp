@@ -29,9 +29,7 @@ void SheetWriter::Begin() {
   if (!plan_.output.empty())
     file_ = OpenOutput(plan_.output, plan_.append ? OpenMode::Append : OpenMode::New);
   Target().Check();
-  std::error_code error;
-  if (plan_.append &&
-      std::filesystem::file_size(std::filesystem::path(plan_.output), error) != soFar_.bytes) {
+  if (plan_.append && SizeOf(plan_.output) != soFar_.bytes) {
     throw CommandFailure(
         fmt::format("The file \"{}\" has changed since the scan began.|Scan again.", plan_.output));
   }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/HostServices.h"
 #include "transport/HostLoop.h"
@@ -50,6 +51,9 @@ bool StandardOutputIsTerminal();
 // To be called first of all: a standard stream that was closed is taken, so that no port and no file gets its
 // number; what is written to it fails.
 void ReserveStandardStreams();
+
+// The program's name and arguments as UTF-8, whatever the system's code page.
+std::vector<std::string> CommandLineTexts(int argc, char** argv);
 
 // From now on an interrupt (Ctrl-C, a terminal that hangs up, or the request to end) is noted and ends the wait
 // that it meets, instead of ending the program; a reader of our output that goes away is a failed write. A

@@ -54,6 +54,8 @@ void ReserveStandardStreams() {
   }
 }
 
+std::vector<std::string> CommandLineTexts(int argc, char** argv) { return {argv, argv + argc}; }
+
 void InstallInterruptHandler() {
   struct sigaction action {};
   action.sa_handler = NoteInterrupt;

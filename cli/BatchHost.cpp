@@ -121,27 +121,36 @@ void BatchHost::AfterSheet(bool& bCancelScan) {
   parts_.console->ClearProgress();
   refusal_ ? RefuseSheet() : TakeSheet();
   lastSheet_ = parts_.clock->Now();
-  if (parts_.interrupted() != 0 || failure_) bCancelScan = true;
+  // At the end of a batch the engine ejects a sheet that was left to the scanner. It is on record as left: an
+  // interrupt that came since then ends the batch before the next one.
+  const bool interrupted = parts_.interrupted() != 0 && plan_.disposal != Disposal::None;
+  if (last_ || failure_ || interrupted) bCancelScan = true;
 }
 
 // A sheet that cannot be right must not lie among those that are: without a reject exit the batch ends, so that
 // somebody takes it out.
 void BatchHost::RefuseSheet() {
   ++counts_.rejected;
+  last_ = IsLast();
   const std::string told =
-      fmt::format("The sheet behind sheet {} cannot be right and was not written: {}.", number_, *refusal_);
-  const bool rejects = CanReject();
-  const std::string disposed = Dispose(rejects ? "rejected" : "ejected");
+      fmt::format("{} cannot be right and was not written: {}.", PlaceOfRefused(), *refusal_);
+  const std::string disposed = Dispose(CanReject() ? "rejected" : "ejected");
   if (disposed == "rejected") {
     return parts_.console->Message("Sheet Refused", told + "|It left by the reject exit: scan it again.");
   }
-  if (!failure_)
-    Fail("Sheet Refused",
-         told + "|It is the last one that left the scanner: take it out, and scan it again.");
+  const char* where =
+      disposed == "failed" ? "It may still be in the scanner" : "It is the last one that left the scanner";
+  Fail("Sheet Refused", fmt::format("{}|{}: take it out, and scan it again.", told, where));
+}
+
+std::string BatchHost::PlaceOfRefused() const {
+  if (number_ > 0) return fmt::format("The sheet behind sheet {}", number_);
+  return counts_.rejected > 1 ? "A sheet before sheet 1" : "The first sheet";
 }
 
 void BatchHost::TakeSheet() {
   GatherWarnings();
+  last_ = IsLast() || (plan_.strict && !record_.warnings.empty());
   record_.disposed = WishedDisposal();
   if (!KeepSheet()) return;
   number_ = record_.sheet;
@@ -154,7 +163,7 @@ void BatchHost::TakeSheet() {
     --counts_.sheets;
     --number_;
     Fail("Sheet Not Written", fmt::format("{}|{}|Sheet {} has left the scanner: scan it again.",
-                                          failure.what(), LastSafe(), record_.sheet));
+                                          failure.what(), LastWritten(), record_.sheet));
   }
   if (plan_.strict && !record_.warnings.empty() && !failure_) {
     failure_ = {"Warning", fmt::format("sheet {}: {}", record_.sheet, record_.warnings.front())};
@@ -181,26 +190,26 @@ bool BatchHost::KeepSheet() {
     parts_.taker.Keep(engine_, record_);
     return true;
   } catch (const CommandFailure& failure) {
+    const char* goOn = plan_.output.empty() ? "scan it again" : "make room, and go on with it (--append)";
     Fail("Sheet Not Written",
-         fmt::format(
-             "{}|{}|Sheet {} was not disposed of: take it out of the scanner, make room, and go on with it "
-             "(--append).",
-             failure.what(), LastSafe(), record_.sheet));
+         fmt::format("{}|{}|Sheet {} was not disposed of: take it out of the scanner, {}.", failure.what(),
+                     LastWritten(), record_.sheet, goOn));
   }
   engine_.EndReader();
   return false;
 }
 
-std::string BatchHost::LastSafe() const {
-  return number_ == 0 ? std::string("No sheet is safe.")
-                      : fmt::format("The last sheet that is safe is sheet {}.", number_);
+// What a pipe has taken may be lost with its reader.
+std::string BatchHost::LastWritten() const {
+  const char* how = plan_.output.empty() ? "was handed on" : "is safe";
+  return number_ == 0 ? fmt::format("No sheet {}.", how)
+                      : fmt::format("The last sheet that {} is sheet {}.", how, number_);
 }
 
 // ---- Sending sheets on
 
 bool BatchHost::CanReject() const { return HasRejectExit(engine_) && engine_.Rejecter(); }
 
-// At the end of a batch the engine ejects the sheet that is still there.
 bool BatchHost::IsLast() const {
   return parts_.interrupted() != 0 || (plan_.maxSheets >= 0 && tried_ >= plan_.maxSheets);
 }
@@ -208,17 +217,18 @@ bool BatchHost::IsLast() const {
 std::string BatchHost::WishedDisposal() const {
   if (!DisposalOf(engine_.ReaderType())) return "none";
   if (plan_.disposal == Disposal::Reject) return "rejected";
-  return plan_.disposal == Disposal::Eject || IsLast() ? "ejected" : "none";
+  return plan_.disposal == Disposal::Eject || last_ ? "ejected" : "none";
 }
 
-// What became of the sheet. A scanner that does not confirm says so in a message.
+// What became of the sheet. A scanner that does not confirm says so in a message, but where the wait was cancelled.
 std::string BatchHost::Dispose(const std::string& wished) {
   parts_.host->Forget();
+  const bool before = engine_.CancelScan();
   if (wished == "rejected") engine_.RejectPage();
   if (wished == "ejected") engine_.EjectPage();
-  if (parts_.host->Recent().empty()) return wished;
-  failure_ = parts_.host->Recent().front();
-  return "failed";
+  const auto& messages = parts_.host->Recent();
+  if (!messages.empty()) failure_ = messages.front();
+  return messages.empty() && engine_.CancelScan() == before ? wished : "failed";
 }
 
 void BatchHost::Fail(const std::string& title, const std::string& text) {

@@ -59,8 +59,9 @@ class BatchHost : public ReaderEvents {
   std::string WishedDisposal() const;
   bool CanReject() const;
   bool IsLast() const;
+  std::string PlaceOfRefused() const;
   void Fail(const std::string& title, const std::string& text);
-  std::string LastSafe() const;
+  std::string LastWritten() const;
   void CancelWhenIdle();
   void ShowProgress();
   double PerMinute(TimePoint until) const;
@@ -73,6 +74,7 @@ class BatchHost : public ReaderEvents {
   SheetJudge judge_;
   Phase phase_ = Phase::Starting;
   bool began_ = false;
+  bool last_ = false;       // no sheet is to follow the present one
   bool unprinted_ = false;  // the imprinter's own command has not been confirmed
   std::optional<std::string> refusal_;
   SheetRecord record_;

@@ -25,9 +25,8 @@ struct Cause {
 const std::array<Cause, 5>& Causes() {
   static const std::array<Cause, 5> causes{{
       {SubscriptOutOfRange(), "Data Error",
-       "The scanner sent marks outside the sheet that was asked for.|Check the sizes and windows (--side1, "
-       "--side2, "
-       "--window) against the form, and that the model is the right one."},
+       "The scanner sent marks beyond the end of the sheet.|Check that the model is the right one, and where "
+       "the form's sizes and windows are given (--side1, --side2, --window), that they are the form's."},
       {Overflow(), "Data Error",
        "A setting or an answer of the scanner is larger than the scanner's protocol can say.|Check what "
        "--set, "

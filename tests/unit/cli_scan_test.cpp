@@ -156,12 +156,23 @@ TEST_F(CliScan, AnInterruptDoesNotWaitForAScannerThatFellSilent) {
   EXPECT_FALSE(engine_->fComm()->mscComm()->PortOpen());
 }
 
+TEST_F(CliScan, ASheetWhoseWayOutWasNotAwaitedIsNotSaidToHaveLeft) {
+  Start(teskReaderTypeScantronScanMark5500, {.count = 5, .faults = {{simulator::FaultKind::SilenceEject, 2}}},
+        {"TimeOut=600"});
+  onMessages_ = [this](int) { interrupted_ = interrupted_ || keptAs_.size() == 2; };
+  EXPECT_EQ(StatusOf(Read()), 130);
+  ASSERT_EQ(records_.size(), 2U);
+  EXPECT_EQ(records_[0].disposed, "ejected");
+  EXPECT_EQ(records_[1].disposed, "failed");
+}
+
 // ---- How a batch ends
 
 struct EndsAs {
   int rejected = 0;
   int warnings = 0;
   int status = 1;
+  const char* told = "";  // what stands among the messages
 };
 
 struct Asked {
@@ -190,6 +201,11 @@ std::vector<EndCase> EndCases() {
   const auto with = [](FaultKind kind) { return simulator::Options{.count = 3, .faults = {{kind, 2}}}; };
   const simulator::Options dark = with(FaultKind::TooDark);
   const simulator::Options cut = with(FaultKind::Short);
+  const simulator::Options firstDark{.count = 2, .faults = {{FaultKind::TooDark, 1}}};
+  const simulator::Options darkAndStuck{.count = 3,
+                                        .faults = {{FaultKind::TooDark, 2}, {FaultKind::SilenceEject, 2}}};
+  const char* second = "The sheet behind sheet 1 cannot be right";
+  const char* stuck = "It may still be in the scanner: take it out";
   const EndsAs well{.status = 0};
   const char* off = "Rejecter=False";
   return {
@@ -203,10 +219,13 @@ std::vector<EndCase> EndCases() {
       {"noneButTheLast", kHeld, {.count = 3}, off, MaxSheets, "", "ne", well, {"none", 2}},
       {"noRoutine", teskReaderTypeScantron8000, {.count = 1}, "", HopperEmpty, "", "n", well},
       {"noEject", kHeld, with(FaultKind::SilenceEject), "TimeOut=1", Message, "Eject Page Error", "ef"},
-      {"tooDarkIsRejected", kHeld, dark, "", HopperEmpty, "", "ee", {.rejected = 1, .status = 0}},
+      {"tooDarkIsRejected", kHeld, dark, "", HopperEmpty, "", "ee", {1, 0, 0, second}},
+      {"theFirstTooDark", kHeld, firstDark, "", HopperEmpty, "", "e", {1, 0, 0, "The first sheet cannot"}},
+      {"tooDarkAndStuck", kHeld, darkAndStuck, off, Message, "Eject Page Error", "e", {1, 0, 1, stuck}},
       {"tooDarkAndNoRejecter", kHeld, dark, off, Message, "Sheet Refused", "e", {.rejected = 1}},
       {"short", kHeld, cut, "", HopperEmpty, "", "eee", {.warnings = 2, .status = 0}},
       {"strict", kHeld, cut, "", Message, "Warning", "ee", {.warnings = 2}, {.strict = true}},
+      {"strictAtTheLast", kHeld, cut, off, Message, "Warning", "ne", {.warnings = 2}, {"none", -1, true}},
   };
 }
 
@@ -230,6 +249,7 @@ TEST_P(CliBatchEnd, IsToldAsItWas) {
   EXPECT_EQ(report.rejected, expected.endsAs.rejected);
   EXPECT_EQ(report.warnings, expected.endsAs.warnings) << errors_.str();
   EXPECT_EQ(StatusOf(report), expected.endsAs.status);
+  EXPECT_THAT(errors_.str(), HasSubstr(expected.endsAs.told));
   EXPECT_FALSE(engine_->fComm()->mscComm()->PortOpen());
 }
 
@@ -244,7 +264,7 @@ TEST_F(CliScan, ASheetThatIsNotSafeStaysInTheScannerAndTheLastSafeOneIsNamed) {
       << "the second is not sent on but by the reset";
   EXPECT_EQ(scanner_->SheetsLeft(), 3U);
   EXPECT_THAT(errors_.str(),
-              AllOf(HasSubstr("disk full"), HasSubstr("The last sheet that is safe is sheet 1."),
+              AllOf(HasSubstr("disk full"), HasSubstr("The last sheet that was handed on is sheet 1."),
                     HasSubstr("Sheet 2 was not disposed of")));
 }
 
@@ -343,13 +363,13 @@ TEST(CliConsole, AnErrorReportShowsItsLinesAndWhereNothingElseNamesItItsSource) 
                    .message = "Subscript out of range",
                    .title = "Application Error"});
   host.MsgBoxEx("Title", "bell\a");
-  EXPECT_EQ(errors.str(),
-            "Invalid Port Number: No port.\n  Try this\n  or\n  that\n"
-            "Data Error: The scanner sent marks outside the sheet that was asked for.\n"
-            "  Check the sizes and windows (--side1, --side2, --window) against the form, and that the model "
-            "is the "
-            "right one.\n  (error 9 in basScantron.ReadPageST)\n"
-            "Title: bell?\n");
+  EXPECT_EQ(
+      errors.str(),
+      "Invalid Port Number: No port.\n  Try this\n  or\n  that\n"
+      "Data Error: The scanner sent marks beyond the end of the sheet.\n"
+      "  Check that the model is the right one, and where the form's sizes and windows are given (--side1, "
+      "--side2, --window), that they are the form's.\n  (error 9 in basScantron.ReadPageST)\n"
+      "Title: bell?\n");
   EXPECT_EQ(host.Messages(), 3);
 }
 

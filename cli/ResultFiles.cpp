@@ -2,6 +2,7 @@
 #include "cli/ResultFiles.h"
 
 #include <array>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -21,6 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uintmax_t kLongestRecord = 32U << 20U;  // bytes; two sides of the largest size fit
+
+constexpr const char* kStandardOutput = "/dev/stdout";  // where the system has one
 
 fs::path PathOf(const std::string& utf8) { return {std::u8string(utf8.begin(), utf8.end())}; }
 
@@ -72,8 +75,13 @@ void CheckNew(const ScanPlan& plan) {
 void CheckDifferent(const ScanPlan& plan) {
   using Named = std::pair<std::string_view, std::string>;
   const std::string port = plan.port && plan.port->kind == PortChoice::Kind::Device ? plan.port->device : "";
-  const std::array<Named, 4> places{
-      {{"--port", port}, {"--output", plan.output}, {"--summary", plan.summary}, {"--trace", plan.trace}}};
+  // What the shell has made of it; a terminal or a pipe may well be named twice.
+  const std::string standardOutput = plan.output.empty() && IsRegular(kStandardOutput) ? kStandardOutput : "";
+  const std::array<Named, 5> places{{{"--port", port},
+                                     {"standard output", standardOutput},
+                                     {"--output", plan.output},
+                                     {"--summary", plan.summary},
+                                     {"--trace", plan.trace}}};
   for (std::size_t i = 0; i < places.size(); ++i) {
     for (std::size_t j = i + 1; j < places.size(); ++j) {
       const auto& [option, path] = places[j];
@@ -105,7 +113,9 @@ std::int32_t NumberOf(const std::string& path, std::int64_t number) {
 }
 
 std::int32_t LastOfNdjson(const std::string& path, std::uintmax_t size) {
-  const auto json = nlohmann::json::parse(LastLine(path, size), nullptr, false);
+  // The sheet's own members alone: whatever stands within them may be of any size and depth.
+  const auto own = [](int depth, nlohmann::json::parse_event_t, const nlohmann::json&) { return depth <= 1; };
+  const auto json = nlohmann::json::parse(LastLine(path, size), own, false);
   const bool sheet = json.is_object() && json.contains("side1") && json.contains("disposed");
   if (!sheet || !json.contains("sheet") || !json["sheet"].is_number_integer()) {
     RefuseAppend(path, "does not end with a sheet as --format ndjson writes it");
@@ -113,28 +123,26 @@ std::int32_t LastOfNdjson(const std::string& path, std::uintmax_t size) {
   return NumberOf(path, json["sheet"].get<std::int64_t>());
 }
 
-// The place behind the last line end outside quotes, and where the line before it begins.
 std::int32_t LastOfCsv(const std::string& path) {
   std::ifstream file(PathOf(path), std::ios::binary);
   std::string header(CsvHeader().size(), '\0');
   file.read(header.data(), static_cast<std::streamsize>(header.size()));
   if (header != CsvHeader()) RefuseAppend(path, "does not begin as --format csv writes it");
+  constexpr std::size_t kBeginning = 12;  // a number and its comma
+  std::string line;                       // the beginning of the last one
   bool quoted = false;
-  bool begins = true;
-  std::string number;
-  for (int c = file.get(); c != std::char_traits<char>::eof(); c = file.get()) {
-    if (begins) number.clear();
+  bool ended = true;
+  for (int c = file.rdbuf()->sbumpc(); c != std::char_traits<char>::eof(); c = file.rdbuf()->sbumpc()) {
+    if (ended) line.clear();
     if (c == '"') quoted = !quoted;
-    begins = c == '\n' && !quoted;
-    if (number.size() < 12 && !begins) number += static_cast<char>(c);
+    ended = c == '\n' && !quoted;
+    if (line.size() < kBeginning) line += static_cast<char>(c);
   }
-  if (!begins) RefuseAppend(path, "does not end with a whole sheet");
-  const std::size_t comma = number.find(',');
-  if (number.empty()) return 0;
-  std::int64_t value = 0;
-  for (const char digit : number.substr(0, comma))
-    value = digit < '0' || digit > '9' ? -1 : value * 10 + digit - '0';
-  return NumberOf(path, comma == std::string::npos ? -1 : value);
+  if (!ended) RefuseAppend(path, "does not end with a whole sheet");
+  if (line.empty()) return 0;
+  std::int64_t number = 0;
+  const char* end = std::from_chars(line.data(), line.data() + line.size(), number).ptr;
+  return NumberOf(path, end != line.data() + line.size() && *end == ',' ? number : 0);
 }
 
 }  // namespace

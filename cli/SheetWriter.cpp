@@ -29,6 +29,7 @@ void SheetWriter::Begin() {
   if (!plan_.output.empty())
     file_ = OpenOutput(plan_.output, plan_.append ? OpenMode::Append : OpenMode::New);
   Target().Check();
+  OpenSummary();
   if (plan_.append && SizeOf(plan_.output) != soFar_.bytes) {
     throw CommandFailure(
         fmt::format("The file \"{}\" has changed since the scan began.|Scan again.", plan_.output));
@@ -47,6 +48,18 @@ void SheetWriter::Settle(const clsTeskReader& engine, const SheetRecord& record)
 void SheetWriter::End() {
   if (file_) file_->Discard();
   Target().Close();
+}
+
+// Once: at the start, where a wrong path costs no batch, or where nothing was started, at the end.
+void SheetWriter::OpenSummary() {
+  if (!summary_ && !plan_.summary.empty()) summary_ = OpenOutput(plan_.summary, platform::OpenMode::Replace);
+}
+
+void SheetWriter::WriteSummary(const BatchReport& report) {
+  OpenSummary();
+  if (!summary_) return;
+  summary_->Write(SummaryJson(report));
+  summary_->Close();
 }
 
 std::string SheetWriter::TextOf(const clsTeskReader& engine, const SheetRecord& record) const {

@@ -1,9 +1,10 @@
-// Writes a batch's sheets in the chosen format to the chosen place. Knows the platform.
+// Writes a batch's sheets in the chosen format to the chosen place, and its summary. Knows the platform.
 #pragma once
 
 #include <memory>
 #include <string>
 
+#include "cli/BatchReport.h"
 #include "cli/Output.h"
 #include "cli/ResultFiles.h"
 #include "cli/ScanPlan.h"
@@ -22,10 +23,13 @@ class SheetWriter : public SheetTaker {
   void Settle(const clsTeskReader& engine, const SheetRecord& record) override;
   // After the batch: everything is brought to the disk; a file without a sheet goes. Throws CommandFailure.
   void End();
+  // Without effect where the plan has none. Throws CommandFailure.
+  void WriteSummary(const BatchReport& report);
 
  private:
   Output& Target() { return file_ ? *file_ : standardOutput_; }
   std::string TextOf(const clsTeskReader& engine, const SheetRecord& record) const;
+  void OpenSummary();
 
   const ScanPlan& plan_;
   Output& standardOutput_;
@@ -33,6 +37,7 @@ class SheetWriter : public SheetTaker {
   bool color_;
   SheetsSoFar soFar_;
   std::unique_ptr<Output> file_;
+  std::unique_ptr<Output> summary_;
   std::string header_;  // what stands before the first sheet, until it has been written
 };
 

@@ -141,24 +141,21 @@ Source SourceOf(const ScanPlan& plan) {
                                             platform::CreateClock())};
 }
 
-// Also after a batch that failed: what was read is brought to the disk, and scripts learn what came of it.
-void EndFiles(const ScanPlan& plan, SheetWriter& writer, BatchReport& report, Console& console) {
-  const auto end = [&](auto action) {
+// Also after a batch that failed: what was read is brought to the disk, and scripts learn what came of it. What
+// ended the batch before stays the reason.
+void EndFiles(SheetWriter& writer, BatchReport& report, Console& console) {
+  const auto end = [&](const std::string& title, auto action) {
     try {
       action();
     } catch (const CommandFailure& failure) {
-      console.Message("Results Not Written", failure.what());
+      console.Message(title, failure.what());
+      if (report.end == BatchEnd::Message || report.end == BatchEnd::SilentFault) return;
       report.end = BatchEnd::Message;
-      report.message = {"Results Not Written", failure.what()};
+      report.message = {title, failure.what()};
     }
   };
-  end([&] { writer.End(); });
-  if (plan.summary.empty()) return;
-  end([&] {
-    const auto file = OpenOutput(plan.summary, platform::OpenMode::Replace);
-    file->Write(SummaryJson(report));
-    file->Close();
-  });
+  end("Results Not Written", [&] { writer.End(); });
+  end("Summary Not Written", [&] { writer.WriteSummary(report); });
 }
 
 int RunScanCommand(const ScanOptions& options, Program& program) {
@@ -169,7 +166,7 @@ int RunScanCommand(const ScanOptions& options, Program& program) {
   Source source = SourceOf(plan);
   BatchReport report =
       RunScan(plan, std::move(source.serial), program.console, writer, std::move(source.omrLoader));
-  EndFiles(plan, writer, report, *program.console);
+  EndFiles(writer, report, *program.console);
   program.console->Message("teskread scan", ClosingText(report));
   return StatusOf(report);
 }

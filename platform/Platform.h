@@ -56,8 +56,8 @@ void ReserveStandardStreams();
 std::vector<std::string> CommandLineTexts(int argc, char** argv);
 
 // From now on an interrupt (Ctrl-C, a terminal that hangs up, or the request to end) is noted and ends the wait
-// that it meets, instead of ending the program; a reader of our output that goes away is a failed write. A
-// hang-up that was ignored at the start stays so.
+// that it meets, instead of ending the program; a reader of our output that goes away and a file that may not
+// grow are failed writes. A hang-up that was ignored at the start stays so.
 void InstallInterruptHandler();
 // The first interrupt by its signal's number: 1 hang-up, 2 Ctrl-C, 15 the request to end; 0: none yet.
 int InterruptSignal();
@@ -70,7 +70,8 @@ class OutputFile {
   virtual ~OutputFile() = default;
   // Throws where nothing can be written; as far as that can be told without writing.
   virtual void Check() = 0;
-  // One write; what was written of a record that failed is taken back.
+  // What was written of a record that failed is taken back. A pipe or a terminal is waited for, but behind an
+  // interrupt no longer than three seconds.
   virtual void Append(std::string_view record) = 0;
   // A record whose last words are known later: a file holds it from Keep on and Settle replaces it where it has
   // become another; a pipe or a terminal gets it with Settle, and Keep only checks that somebody takes it.

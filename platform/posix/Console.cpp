@@ -64,8 +64,9 @@ void InstallInterruptHandler() {
   ::sigaction(SIGINT, &action, nullptr);
   ::sigaction(SIGTERM, &action, nullptr);
   if (!IsIgnored(SIGHUP)) ::sigaction(SIGHUP, &action, nullptr);
+  // What is written reports it: a reader that is gone, a file that may not grow.
   action.sa_handler = SIG_IGN;
-  ::sigaction(SIGPIPE, &action, nullptr);
+  for (const int failure : {SIGPIPE, SIGXFSZ}) ::sigaction(failure, &action, nullptr);
 }
 
 int InterruptSignal() { return interrupt.load(); }

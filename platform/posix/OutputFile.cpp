@@ -4,7 +4,9 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <utility>
 
 #include "platform/Platform.h"
@@ -64,12 +66,16 @@ class PosixOutputFile : public OutputFile {
     return ::ftruncate(file_.Get(), end) == 0 && ::lseek(file_.Get(), end, SEEK_SET) == end;
   }
   RunTimeError Failure(int error) const {
-    const std::string reason = error == EBADF ? "it was closed" : SystemReason(error);
+    const std::string reason = error == EBADF       ? "it was closed"
+                               : error == ETIMEDOUT ? "its reader has stopped reading"
+                                                    : SystemReason(error);
     return {error == ENOSPC || error == EDQUOT ? kErrorDiskFull : kErrorFileAccess,
             failure_ + ": " + reason + (advice_.empty() ? "" : "."),
             {},
             advice_};
   }
+
+  void AwaitRoom() const;
 
   std::string failure_;
   std::string advice_;
@@ -93,13 +99,27 @@ void PosixOutputFile::Check() {
   if ((place.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) throw Failure(EPIPE);
 }
 
+// A reader may be slow, but must not keep a program from ending that was asked to.
+void PosixOutputFile::AwaitRoom() const {
+  constexpr int kTurn = 100;  // milliseconds
+  constexpr int kMostTurns = 30;
+  pollfd place{file_.Get(), POLLOUT, 0};
+  for (int turns = 0; ::poll(&place, 1, kTurn) <= 0;) {
+    if (Interrupted() && ++turns >= kMostTurns) throw Failure(ETIMEDOUT);
+  }
+}
+
 // A write that was cut short (disk full) is continued, which either works or gives the reason.
 void PosixOutputFile::Append(std::string_view record) {
+  // A stream that has room takes so much without waiting.
+  const std::size_t most = kind_ == Kind::Stream ? PIPE_BUF : record.size();
   std::size_t written = 0;
   // Who shares the place may have written behind the last record.
   if (kind_ == Kind::File) end_ = ::lseek(file_.Get(), 0, SEEK_END);
   while (written < record.size()) {
-    const ssize_t count = ::write(file_.Get(), record.data() + written, record.size() - written);
+    if (kind_ == Kind::Stream) AwaitRoom();
+    const ssize_t count =
+        ::write(file_.Get(), record.data() + written, std::min(most, record.size() - written));
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
       const auto failure = Failure(errno);
@@ -161,23 +181,32 @@ bool IsOther(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
+struct Opened {
+  Descriptor file;
+  bool made = false;
+};
+
 // Opening a pipe waits for nobody; writing to it does.
-Descriptor Open(const std::string& path, OpenMode mode) {
+Opened Open(const std::string& path, OpenMode mode) {
   constexpr int kAlways = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY;
-  const int made = IsOther(path) ? O_NONBLOCK : mode == OpenMode::New ? O_CREAT | O_EXCL : O_CREAT;
-  Descriptor file(::open(path.c_str(), kAlways | made, 0666));
-  if (!file.Open()) throw OpenFailure(path, errno);
-  if (made == O_NONBLOCK) ::fcntl(file.Get(), F_SETFL, ::fcntl(file.Get(), F_GETFL) & ~O_NONBLOCK);
-  return file;
+  const auto open = [&](int more) { return Descriptor(::open(path.c_str(), kAlways | more, 0666)); };
+  const bool other = IsOther(path);
+  Opened opened{open(other ? O_NONBLOCK : O_CREAT | O_EXCL), !other};
+  if (!opened.file.Open() && errno == EEXIST && mode != OpenMode::New) opened = {open(O_CREAT), false};
+  if (!opened.file.Open()) throw OpenFailure(path, errno);
+  const int descriptor = opened.file.Get();
+  if (other) ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+  return opened;
 }
 
 }  // namespace
 
 std::unique_ptr<OutputFile> OpenOutputFile(const std::string& path, OpenMode mode) {
+  Opened opened = Open(path, mode);
   auto file = std::make_unique<PosixOutputFile>("The file \"" + path + "\" cannot be written", kAdvice,
-                                                Open(path, mode));
+                                                std::move(opened.file));
   if (!file->Lock()) throw OpenFailure(path, EWOULDBLOCK);
-  if (mode == OpenMode::New && !IsOther(path)) file->MadeAt(path);
+  if (opened.made) file->MadeAt(path);
   if (mode == OpenMode::Replace) file->Empty();
   return file;
 }

@@ -99,7 +99,8 @@ void WindowsOutputFile::Close() {
 }
 
 void WindowsOutputFile::Discard() {
-  if (path_.empty() || !file_.Open() || SeekEnd() != 0) return;
+  LARGE_INTEGER size{};
+  if (path_.empty() || !file_.Open() || !::GetFileSizeEx(file_.Get(), &size) || size.QuadPart != 0) return;
   file_.Close();
   ::DeleteFileW(Utf8ToWide(path_).c_str());
 }
@@ -128,13 +129,15 @@ constexpr DWORD Disposition(OpenMode mode) {
 }  // namespace
 
 std::unique_ptr<OutputFile> OpenOutputFile(const std::string& path, OpenMode mode) {
+  ::SetLastError(ERROR_SUCCESS);
   // Nobody else may write meanwhile.
   Handle handle(::CreateFileW(Utf8ToWide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                               Disposition(mode), FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!handle.Open()) throw OpenFailure(path, ::GetLastError());
+  const DWORD error = ::GetLastError();
+  if (!handle.Open()) throw OpenFailure(path, error);
   auto file = std::make_unique<WindowsOutputFile>("The file \"" + path + "\" cannot be written", kAdvice,
                                                   std::move(handle));
-  if (mode == OpenMode::New) file->MadeAt(path);
+  if (error != ERROR_ALREADY_EXISTS) file->MadeAt(path);
   return file;
 }
 

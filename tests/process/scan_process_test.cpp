@@ -1,5 +1,8 @@
 // teskread as people run it: the program against its own simulated scanner over real pseudo-terminals.
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
@@ -54,6 +57,13 @@ class Scanner {
 
 Texts ScanArguments(const std::string& reader, const std::string& port, const Texts& more = {}) {
   return Teskread(Joined({"scan", "--reader", reader, "--port", port, "--side1", "50x48"}, more));
+}
+
+// For a shell, with a blank at the end.
+std::string Words(const Texts& arguments) {
+  std::string words;
+  for (const auto& word : arguments) words += "'" + word + "' ";
+  return words;
 }
 
 std::vector<json> Sheets(const std::string& text) {
@@ -351,10 +361,13 @@ TEST(ProcessScan, WhatWasReadIsNeverDestroyedAndGoesOnWithItsNumbers) {
     const std::string behind = FileText(file).substr(before.size());
     EXPECT_THAT(behind, StartsWith(*format == 'c' ? "3,1," : "{\"sheet\":3,"));
     EXPECT_THAT(behind, HasSubstr(*format == 'c' ? "\n4,1," : "\n{\"sheet\":4,"));
-    WriteFile(file, before.substr(0, before.size() - 3));
-    Process torn(ScanArguments("15", "sim", Joined(arguments, {"--append"})));
-    EXPECT_EQ(torn.Wait(), 2);
-    EXPECT_THAT(torn.Error(), HasSubstr("does not end with a whole sheet"));
+    for (const auto& unfit : {before.substr(0, before.size() - 3), before + "\n"}) {
+      WriteFile(file, unfit);
+      Process refused(ScanArguments("15", "sim", Joined(arguments, {"--append"})));
+      EXPECT_EQ(refused.Wait(), 2);
+      EXPECT_THAT(refused.Error(), testing::ContainsRegex("--append: .* (does not end with|ends with) a"));
+      EXPECT_EQ(FileText(file), unfit);
+    }
     std::filesystem::remove(file);
   }
 }
@@ -363,10 +376,12 @@ TEST(ProcessScan, AScanThatReadNothingLeavesNoFile) {
   const TemporaryDirectory directory;
   const std::string file = directory / "class";
   Scanner empty({"--reader", "15", "--count", "0"});
-  for (const std::string& port : {std::string("/nonexistent/tty"), empty.Device()}) {
-    Process scan(ScanArguments("15", port, {"--output", file}));
-    EXPECT_EQ(scan.Wait(), 1) << scan.Error();
-    EXPECT_FALSE(std::filesystem::exists(file)) << port;
+  for (const Texts& more : {Texts{}, Texts{"--append"}, Texts{"--summary", "/nonexistent/end.json"}}) {
+    for (const std::string& port : {std::string("/nonexistent/tty"), empty.Device()}) {
+      Process scan(ScanArguments("15", port, Joined({"--output", file}, more)));
+      EXPECT_EQ(scan.Wait(), 1) << scan.Error();
+      EXPECT_FALSE(std::filesystem::exists(file)) << port;
+    }
   }
 }
 
@@ -421,14 +436,27 @@ TEST(ProcessScan, WhatCannotGoWellIsRefusedBeforeAnythingMoves) {
   Process port(ScanArguments("15", directory / "letter", {"--trace", directory / "letter"}));
   EXPECT_EQ(port.Wait(), 2);
   EXPECT_THAT(port.Error(), HasSubstr("is what --port names too"));
+  Process redirected(ScanArguments("15", "sim", {"--trace", one}), one);
+  EXPECT_EQ(redirected.Wait(), 2);
+  EXPECT_THAT(redirected.Error(), HasSubstr("is what standard output names too"));
+}
+
+TEST(ProcessScan, AHostileFileIsRefusedWithoutTakingAllMemory) {
+  const TemporaryDirectory directory;
+  WriteFile(directory / "deep", std::string(20'000'000, '[') + '\n');
+  Process scan(ScanArguments("15", "sim", {"--append", "--output", directory / "deep"}));
+  EXPECT_EQ(scan.Wait(), 2);
+  EXPECT_THAT(scan.Error(), HasSubstr("does not end with a sheet"));
+  rusage ended{};
+  ASSERT_EQ(::getrusage(RUSAGE_CHILDREN, &ended), 0);
+  EXPECT_LT(ended.ru_maxrss, 800'000) << "KiB, of the largest program";
 }
 
 // The shell closes the descriptors before it becomes the program.
 TEST(ProcessScan, ClosedDescriptorsSendNothingToTheScannerOrIntoTheResults) {
   const TemporaryDirectory directory;
   Scanner scanner({"--reader", "15", "--count", "3"});
-  std::string command;
-  for (const auto& word : ScanArguments("15", scanner.Device())) command += "'" + word + "' ";
+  const std::string command = Words(ScanArguments("15", scanner.Device()));
   Process closed({"/bin/sh", "-c", "exec " + command + ">&-"});
   EXPECT_EQ(closed.Wait(), 1);
   EXPECT_THAT(closed.Error(), HasSubstr("standard output takes nothing more: it was closed"));
@@ -450,6 +478,36 @@ TEST(ProcessScan, AFullDiskLeavesTheUnsafeSheetInTheScanner) {
   EXPECT_THAT(TracedBytes(FileText(directory / "trace"), '>'), testing::Not(HasSubstr("EJCT")));
 }
 
+TEST(ProcessScan, ALimitOnTheSizeOfFilesEndsTheBatchWithWholeSheets) {
+  const TemporaryDirectory directory;
+  const Texts more = {"--output", directory / "class", "--max-sheets", "5"};
+  Process scan({"/bin/sh", "-c", "ulimit -f 16; exec " + Words(ScanArguments("15", "sim", more))});
+  EXPECT_EQ(scan.Wait(), 1);
+  EXPECT_THAT(scan.Error(),
+              AllOf(HasSubstr("File too large"), HasSubstr("The last sheet that is safe is sheet 1"),
+                    HasSubstr("go on with it (--append)")));
+  EXPECT_EQ(Sheets(FileText(directory / "class")).size(), 1U);
+}
+
+TEST(ProcessScan, AReaderThatStopsReadingDoesNotKeepTheScanFromEnding) {
+  const TemporaryDirectory directory;
+  ASSERT_EQ(::mkfifo((directory / "pipe").c_str(), 0600), 0);
+  const int reader = ::open((directory / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_EQ(::fcntl(reader, F_SETPIPE_SZ, 4096), 4096);
+  Scanner scanner({"--reader", "15", "--count", "3"});
+  Process scan(ScanArguments("15", scanner.Device(), {"--trace", directory / "trace"}), directory / "pipe");
+  WaitForFile(directory / "trace", "|.EJCT A .|");
+  std::this_thread::sleep_for(Seconds(0.3));
+  scan.Signal(SIGTERM);
+  EXPECT_EQ(scan.Wait(Seconds(10)), 1);
+  EXPECT_THAT(scan.Error(),
+              AllOf(HasSubstr("its reader has stopped reading"), HasSubstr("No sheet was handed on"),
+                    HasSubstr("Sheet 1 has left the scanner: scan it again")));
+  EXPECT_THAT(FileText(directory / "trace"), HasSubstr(" close\n"));
+  EXPECT_EQ(scanner.End(), 0);
+  ::close(reader);
+}
+
 TEST(ProcessScan, TheSummarySaysForScriptsWhatTheBlockSaysForPeople) {
   const TemporaryDirectory directory;
   Scanner scanner({"--reader", "15", "--count", "4", "--fault", "too-dark@2", "--fault", "jam@4"});
@@ -463,6 +521,13 @@ TEST(ProcessScan, TheSummarySaysForScriptsWhatTheBlockSaysForPeople) {
       "message":"Paper Jam: The Scantron scanner reports a paper jam. Please clear the jam and try again."})"));
   EXPECT_THAT(scan.Error(), AllOf(HasSubstr("marks go from 0 to 15"), HasSubstr("teskread scan: 2 sheets, "),
                                   HasSubstr(" 1 rejected, 0 warnings\n  ended because: Paper Jam\n")));
+  const std::pair<const char*, const char*> unwritten[] = {{"/dev/full", "Summary Not Written"},
+                                                           {"/nonexistent/end", "No sheet was fed"}};
+  for (const auto& [place, told] : unwritten) {
+    Process refused(ScanArguments("15", "sim", {"--summary", place, "--max-sheets", "1"}));
+    EXPECT_EQ(refused.Wait(), 1);
+    EXPECT_THAT(refused.Error(), HasSubstr(told));
+  }
 }
 
 TEST(ProcessScan, WhatALineCannotCarryOfAnImprintIsSaidAndPrintedAsAQuestionMark) {

@@ -502,7 +502,7 @@ TEST(OutputFile, ARecordCutShortIsTakenBack) {
   const Folder folder;
   const std::string path = folder.File("out");
   const auto attempt = [&] {
-    ::signal(SIGXFSZ, SIG_IGN);
+    InstallInterruptHandler();
     const rlimit limit{10, 10};
     ::setrlimit(RLIMIT_FSIZE, &limit);
     const auto file = OpenOutputFile(path, OpenMode::Replace);
@@ -527,9 +527,13 @@ TEST(OutputFile, NothingThatIsThereIsDestroyed) {
   file->Append("two\n");
   file->Discard();
   EXPECT_EQ(Content(path), "one\ntwo\n");
-  const auto fresh = OpenOutputFile(folder.File("new"), OpenMode::New);
-  fresh->Discard();
-  EXPECT_FALSE(std::filesystem::exists(folder.File("new")));
+  for (const OpenMode mode : {OpenMode::New, OpenMode::Append}) {
+    OpenOutputFile(folder.File("new"), mode)->Discard();
+    EXPECT_FALSE(std::filesystem::exists(folder.File("new")));
+  }
+  std::ofstream(folder.File("empty")).flush();
+  OpenOutputFile(folder.File("empty"), OpenMode::Append)->Discard();
+  EXPECT_TRUE(std::filesystem::exists(folder.File("empty"))) << "it was there before";
 }
 
 TEST(OutputFile, ARecordThatTurnsOutOtherwiseIsReplacedUnlessSomebodyWroteBehindIt) {

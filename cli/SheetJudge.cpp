@@ -61,8 +61,11 @@ std::vector<std::string> SheetJudge::Warnings(const clsTeskReader& engine) const
   WarnOfRows(1, engine.Side1TimingMarks(), side1_, warnings);
   if (engine.TwoSided()) WarnOfRows(2, engine.Side2TimingMarks(), side2_, warnings);
   const std::int32_t missing = engine.MissingPositions();
-  const std::int32_t left =
+  std::int32_t left =
       LeftOut(engine.Side1TimingMarks(), engine.Side1RowExtent(), engine.Side1Array().Columns());
+  if (engine.TwoSided()) {
+    left += LeftOut(engine.Side2TimingMarks(), engine.Side2RowExtent(), engine.Side2Array().Columns());
+  }
   // A whole sheet of another definition misses nothing.
   if (missing > 0 && (!warnings.empty() || missing != left)) {
     warnings.push_back(

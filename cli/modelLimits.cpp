@@ -58,6 +58,7 @@ class Limits {
   void CheckSides() const {
     if (plan_.side1) CheckSizes("--side1", *plan_.side1);
     if (plan_.side2) CheckSizes("--side2", *plan_.side2);
+    if (plan_.side1 && plan_.side2) CheckSideEnd(*plan_.side1, *plan_.side2);
     if (plan_.side1 && !plan_.side2 && engine_.TwoSided()) {
       throw UsageError(
           "--side2: is required: Duplex and DuplexForm are set, so both sides are read|write ROWSxCOLUMNS, "
@@ -107,6 +108,20 @@ class Limits {
   void CheckSizes(std::string_view option, const SheetSizes& sizes) const {
     for (std::size_t i = 0; i < sizes.rows.size(); ++i) {
       if (sizes.rows[i] > 0) CheckSize(option, sizes.rows[i], sizes.columns[i]);
+    }
+  }
+
+  // Nothing marks where the front ends and the back begins: the largest front decides for all sheets.
+  void CheckSideEnd(const SheetSizes& front, const SheetSizes& back) const {
+    const bool page = engine_.RecognitionMode() == teskRecognitionTypePage;
+    if (!grid_.wholeRows || !page || !engine_.TwoSided()) return;
+    const std::int16_t largest = *std::ranges::max_element(front.rows);
+    for (std::size_t i = 0; i < front.rows.size(); ++i) {
+      if (front.rows[i] == largest || back.rows[i] == 0) continue;
+      throw UsageError(
+          fmt::format("--side1: the {} sends both sides in one piece, which is parted behind the rows of the "
+                      "largest front; sheets with backs need the same number of rows there, {}",
+                      engine_.ReaderName(), largest));
     }
   }
 

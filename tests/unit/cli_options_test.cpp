@@ -281,6 +281,8 @@ TEST_F(CliScanPlan, WhatTheModelCannotReadIsRefusedBeforePaperMoves) {
            {kScanMark, [](O& o) { o.side1 = "50x48,40x49"; }, "40x49"},
            {kScanMark, [](O& o) { o.side1 = "50x48,0x1"; }, ""},
            {kScanMark, [](O& o) { o.side1 = "9999x48"; }, ""},
+           {kScanMark, [](O& o) { o.side1 = o.side2 = "50x48,40x48"; }, "the same number of rows"},
+           {kScanMark, [](O& o) { o.side1 = "50x48,50x48,40x48", o.side2 = "50x48,40x48,0x48"; }, ""},
            {kScanMark, [](O& o) { o.side2 = "50x47"; }, "--side2: 50x47 does not fit"},
            {kScanMark, [](O& o) { o.side1 = "20x12", o.windows = {"1,20,1,1,12,1,1,0"}; }, ""},
            {kScanMark, [](O& o) { o.side1 = "20x49", o.windows = {"1,20,1,1,12,1,1,0"}; },

@@ -41,7 +41,8 @@ class CliScan : public testing::Test, public SheetTaker {
     ScanOptions scan;
     scan.reader = std::to_string(type);
     scan.port = "sim";
-    scan.side1 = scan.side2 = "50x48";
+    scan.side1 = side1_;
+    scan.side2 = side2_;
     scan.assignments = std::move(assignments);
     scan.dispose = dispose_;
     scan.strict = strict_;
@@ -99,6 +100,8 @@ class CliScan : public testing::Test, public SheetTaker {
   std::vector<SheetRecord> records_;
   std::function<void(int)> onMessages_;
   ScanPlan plan_;
+  std::string side1_ = "50x48";
+  std::string side2_ = "50x48";
   std::string dispose_;
   bool strict_ = false;
   std::int32_t maxSheets_ = -1;
@@ -294,6 +297,16 @@ TEST_F(CliScan, WhatIsMissingIsSaidOfItsSheetAlone) {
   EXPECT_THAT(records_[1].warnings,
               testing::Contains(HasSubstr("mark positions that were asked for did not come")));
   EXPECT_TRUE(records_[2].warnings.empty());
+}
+
+TEST_F(CliScan, AWholeSheetOfASmallerDefinitionMissesNothing) {
+  side1_ = "50x48,50x48";
+  side2_ = "30x48,50x48";
+  Start(kHeld, {.count = 1});
+  Read();
+  ASSERT_EQ(records_.size(), 1U);
+  EXPECT_EQ(records_[0].side2->timingMarks, 30);
+  EXPECT_THAT(records_[0].warnings, testing::IsEmpty());
 }
 
 TEST_F(CliScan, MessagesArePrintedByTitleAndCounted) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@
 
 #include "cli/CommandError.h"
 #include "cli/SheetRecord.h"
+#include "platform/Platform.h"
 
 namespace tesk::cli {
 namespace {
@@ -72,12 +74,16 @@ void CheckNew(const ScanPlan& plan) {
                   plan.output));
 }
 
+std::string DeviceOf(const std::optional<PortChoice>& port) {
+  if (!port || port->kind == PortChoice::Kind::Simulated) return {};
+  return port->kind == PortChoice::Kind::Device ? port->device : platform::DeviceOfPort(port->number);
+}
+
 void CheckDifferent(const ScanPlan& plan) {
   using Named = std::pair<std::string_view, std::string>;
-  const std::string port = plan.port && plan.port->kind == PortChoice::Kind::Device ? plan.port->device : "";
   // What the shell has made of it; a terminal or a pipe may well be named twice.
   const std::string standardOutput = plan.output.empty() && IsRegular(kStandardOutput) ? kStandardOutput : "";
-  const std::array<Named, 5> places{{{"--port", port},
+  const std::array<Named, 5> places{{{"--port", DeviceOf(plan.port)},
                                      {"standard output", standardOutput},
                                      {"--output", plan.output},
                                      {"--summary", plan.summary},

@@ -433,9 +433,13 @@ TEST(ProcessScan, WhatCannotGoWellIsRefusedBeforeAnythingMoves) {
     EXPECT_EQ(scan.Output(), "");
   }
   EXPECT_EQ(FileText(directory / "letter"), "Dear all\n");
-  Process port(ScanArguments("15", directory / "letter", {"--trace", directory / "letter"}));
-  EXPECT_EQ(port.Wait(), 2);
-  EXPECT_THAT(port.Error(), HasSubstr("is what --port names too"));
+  ::setenv("TESKREADER_PORT_3", (directory / "letter").c_str(), 1);
+  for (const std::string& named : {directory / "letter", std::string("3")}) {
+    Process port(ScanArguments("15", named, {"--trace", directory / "letter"}));
+    EXPECT_EQ(port.Wait(), 2);
+    EXPECT_THAT(port.Error(), HasSubstr("is what --port names too"));
+  }
+  ::unsetenv("TESKREADER_PORT_3");
   Process redirected(ScanArguments("15", "sim", {"--trace", one}), one);
   EXPECT_EQ(redirected.Wait(), 2);
   EXPECT_THAT(redirected.Error(), HasSubstr("is what standard output names too"));

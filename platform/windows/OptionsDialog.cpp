@@ -282,6 +282,7 @@ void OptionsDialog::ChangeScreen(unsigned dpi, const RECT& proposed) {
 
 // The screen is another, or has less room: nobody wants the dialog where nobody can reach it.
 void OptionsDialog::FitScreen() {
+  NoteMove();  // what was moved until now is forgiven, too
   moved_ = false;
   Refresh();
 }

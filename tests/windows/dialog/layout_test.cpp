@@ -317,8 +317,11 @@ TEST(SetupDialogLayout, TakesTheResolutionOfTheScreenThatItIsDraggedTo) {
     SendMessageW(user.Dialog(), WM_EXITSIZEMOVE, 0, 0);
     user.Choose(cboReaderType, "Scantron EZData");
     ExpectCorner(user, WorkArea().right - 20, 20);
-    SendMessageW(user.Dialog(), WM_DISPLAYCHANGE, 32, 0);
-    EXPECT_TRUE(Contains(WorkArea(), RectangleOf(user.Dialog()))) << "the screen is another";
+    for (const bool movedSince : {false, true}) {
+      if (movedSince) MoveTo(user.Dialog(), WorkArea().right - 40, 60);
+      SendMessageW(user.Dialog(), WM_DISPLAYCHANGE, 32, 0);
+      EXPECT_TRUE(Contains(WorkArea(), RectangleOf(user.Dialog()))) << "the screen is another";
+    }
   });
 }
 

@@ -80,6 +80,11 @@ void Console::ClearProgress() {
   shown_ = 0;
 }
 
+OperatorMessage MessageOf(const ErrorReport& report) {
+  if (report.title == LoadString("Application Error")) return InWordsOfTheTrade(report);
+  return {report.title, report.detail.empty() ? report.message : report.message + '|' + report.detail};
+}
+
 void ConsoleHost::Show(const OperatorMessage& message) {
   ++messages_;
   if (recent_.size() < kMostRecent) recent_.push_back(message);
@@ -92,9 +97,7 @@ bool ConsoleHost::MsgBoxEx(const std::string& title, const std::string& text) {
 }
 
 void ConsoleHost::RaiseError(const ErrorReport& report) {
-  if (silent_) return;
-  if (report.title == LoadString("Application Error")) return Show(InWordsOfTheTrade(report));
-  Show({report.title, report.detail.empty() ? report.message : report.message + '|' + report.detail});
+  if (!silent_) Show(MessageOf(report));
 }
 
 }  // namespace tesk::cli

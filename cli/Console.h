@@ -35,13 +35,16 @@ class Console {
   std::size_t shown_ = 0;  // characters of the progress line
 };
 
+// A report as the operator reads it: one without a title of its own says what may have caused it, and ends with
+// its number and source.
+OperatorMessage MessageOf(const ErrorReport& report);
+
 // The host's side of the engine: its messages and error reports go to the console and are counted.
 class ConsoleHost : public HostServices {
  public:
   explicit ConsoleHost(std::shared_ptr<Console> console) : console_(std::move(console)) {}
 
   bool MsgBoxEx(const std::string& title, const std::string& text) override;
-  // An error without a title of its own is followed by its number and source.
   void RaiseError(const ErrorReport& report) override;
   bool Silent() const override { return silent_; }
   void SetSilent(bool silent) override { silent_ = silent; }

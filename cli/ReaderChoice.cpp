@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "assembly/assembly.h"
+#include "base/RunTimeError.h"
 #include "base/conversions.h"
 #include "base/readerNames.h"
 #include "cli/CommandError.h"
@@ -98,6 +99,15 @@ void RequireLineSimulator(teskReaderType type) {
   throw CommandFailure(fmt::format(
       "the {} has no simulated scanner in this version|\"teskread readers\" is the list of models",
       ReaderName(type)));
+}
+
+void LoadModelDefaults(teskReaderType type, clsTeskReader& engine) {
+  const bool described = Deref(engine.Profiles()).Exists(NumberText(std::int32_t{type}));
+  if (described && engine.LoadDefaults(type)) return;
+  throw CommandFailure(
+      fmt::format("there are no settings for the {} in this version|\"teskread readers\" is the list of "
+                  "models that have some",
+                  ReaderName(type)));
 }
 
 std::string_view SupportOf(teskReaderType type) {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/enumerations.h"
+#include "engine/clsTeskReader.h"
 
 namespace tesk::cli {
 
@@ -21,6 +22,9 @@ void RequireSystem(teskReaderType type);
 
 // Throws CommandFailure for a model that cannot be simulated on a line, and says what can be done instead.
 void RequireLineSimulator(teskReaderType type);
+
+// The engine with what the model's profile proposes. Throws CommandFailure for a model that has no profile.
+void LoadModelDefaults(teskReaderType type, clsTeskReader& engine);
 
 // What the support of a model rests on, as `readers` prints it.
 std::string_view SupportOf(teskReaderType type);

@@ -16,6 +16,8 @@ class SetupScreen {
   // Shows a message where the dialog stands and waits for the operator; lines are joined with "|". False
   // where the message is to go to standard error.
   virtual bool ShowMessage(const std::string& title, const std::string& text) = 0;
+  // Shows a message over the dialog as soon as that stands. False as above.
+  virtual bool Announce(const std::string& title, const std::string& text) = 0;
   // What a wait of the engine's gives way to. True when there was something to do.
   virtual bool RunMessages() = 0;
 };

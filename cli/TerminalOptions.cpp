@@ -63,9 +63,10 @@ TerminalOptions::~TerminalOptions() {
   ClearForm();
 }
 
-bool TerminalOptions::Run() {
+bool TerminalOptions::Run(const std::vector<OperatorMessage>& first) {
   form_.LoadValues();
   opened_ = form_.Controls();
+  for (const OperatorMessage& message : first) ShowInformation(message.title, message.text);
   while (!closed_ && !platform::Interrupted()) {
     Draw();
     const int key = screen_.ReadKey();

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/BatchReport.h"
 #include "cli/TerminalScreen.h"
 #include "setup/frmOptions.h"
 #include "setup/optionsLayout.h"
@@ -21,8 +22,8 @@ class TerminalOptions : public OptionsView {
   TerminalOptions& operator=(const TerminalOptions&) = delete;
   ~TerminalOptions() override;
 
-  // True when the user confirmed; an interrupt is a No.
-  bool Run();
+  // Shows the messages first. True when the user confirmed; an interrupt is a No.
+  bool Run(const std::vector<OperatorMessage>& first = {});
   // For waits of the engine's: Escape and interrupts end a port search.
   bool RunMessages();
 

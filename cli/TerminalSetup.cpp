@@ -1,5 +1,6 @@
 // Systems without windows: the dialog stands in the terminal that the command was typed into.
 #include <optional>
+#include <vector>
 
 #include "cli/CommandError.h"
 #include "cli/SetupScreen.h"
@@ -21,12 +22,17 @@ class TerminalSetup : public SetupScreen,
     return screen_.has_value();
   }
 
+  bool Announce(const std::string& title, const std::string& text) override {
+    announced_.push_back({title, text});
+    return true;
+  }
+
   bool RunMessages() override { return options_ && options_->RunMessages(); }
 
   bool Show(clsTeskReader& reader, std::int32_t, const std::shared_ptr<HostObject>&) override {
     screen_.emplace();
     options_.emplace(*screen_, reader);
-    const bool confirmed = options_->Run();
+    const bool confirmed = options_->Run(announced_);
     options_.reset();
     screen_.reset();
     return confirmed;
@@ -35,6 +41,7 @@ class TerminalSetup : public SetupScreen,
  private:
   std::optional<TerminalScreen> screen_;
   std::optional<TerminalOptions> options_;
+  std::vector<OperatorMessage> announced_;
 };
 
 }  // namespace

@@ -8,6 +8,7 @@ class WindowScreen : public SetupScreen {
  public:
   std::shared_ptr<SetupDialog> Dialog() override { return nullptr; }
   bool ShowMessage(const std::string&, const std::string&) override { return false; }
+  bool Announce(const std::string&, const std::string&) override { return false; }
   bool RunMessages() override { return false; }
 };
 

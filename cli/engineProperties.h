@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "cli/optionValues.h"
 #include "engine/clsTeskReader.h"
 
 namespace tesk::cli {
@@ -15,6 +16,7 @@ struct EngineProperty {
   std::string_view takes;  // "True or False"
   // Throws RunTimeError or UsageError for a text that does not convert.
   void (*set)(clsTeskReader& engine, const std::string& text);
+  std::span<const Enumerator> (*members)() = nullptr;  // of an enumeration
 };
 
 std::span<const EngineProperty> EngineProperties();

@@ -42,6 +42,8 @@ CLI::App& CommandNamed(CLI::App& app, const std::string& name) {
     if (command->get_name() == name) return *command;
     names.push_back(command->get_name());
   }
+  if (names.empty())
+    throw UsageError(fmt::format("\"{}\" is no topic: {} has none of its own", name, app.get_name()));
   throw UsageError(fmt::format("\"{}\" is no topic; the topics are {}", name, AlternativesText(names)));
 }
 

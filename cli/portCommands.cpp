@@ -42,19 +42,15 @@ void AddReaderOption(CLI::App& command, PortOptions& options) {
       ->required();
 }
 
-void LoadDefaults(clsTeskReader& engine, teskReaderType type) {
-  if (!engine.LoadDefaults(type)) throw CommandFailure("there are no defaults for this reader");
-}
-
 bool ProfileOffers(clsTeskReader& engine, bool (clsTeskReaderProfile::*offers)() const) {
   const auto profile = engine.Profiles()->Item(NumberText(engine.ReaderType()));
   return profile && (*profile.*offers)();
 }
 
 // The end of a command that found nothing.
-int NotFound(int messages, Program& program, const std::string& text) {
+int NotFound(int messages, Program& program, const char* title, const std::string& text) {
   if (platform::Interrupted()) return kStatusBySignal + platform::InterruptSignal();
-  if (messages == 0) program.console->Message("teskread", text);
+  if (messages == 0) program.console->Message(title, text);
   return kStatusFailed;
 }
 
@@ -164,7 +160,7 @@ bool Search(teskReaderType type, const std::vector<Asked>& asked, std::int16_t s
             Program& program) {
   const auto ports = std::make_shared<SearchedPorts>(asked);
   const EngineSession session(ports, program.console);
-  LoadDefaults(session.Engine(), type);
+  LoadModelDefaults(type, session.Engine());
   const bool found = session.Engine().Locate(start);
   messages += session.Messages();
   TellUnopened(*ports, *program.console);
@@ -175,11 +171,11 @@ bool Search(teskReaderType type, const std::vector<Asked>& asked, std::int16_t s
 void RequireLocatable(teskReaderType type) {
   const auto profile = clsTeskReaderProfiles().Item(NumberText(std::int32_t{type}));
   if (profile && profile->LocateEnabled()) return;
+  RequireDriver(type);
   throw CommandFailure(
       fmt::format("the {} cannot be searched for: it does not say who it is|\"teskread ports\" lists the "
-                  "serial ports; try "
-                  "them with --port",
-                  ReaderName(type)));
+                  "serial ports; try them with \"teskread scan --reader {} --port P\"",
+                  ReaderName(type), std::int32_t{type}));
 }
 
 int Locate(const PortOptions& options, Program& program) {
@@ -202,9 +198,11 @@ int Locate(const PortOptions& options, Program& program) {
     const auto end = begin + std::min<std::ptrdiff_t>(others.end() - begin, kLastPort);
     if (Search(type, std::vector<Asked>(begin, end), 0, messages, program)) return kStatusDone;
   }
-  return NotFound(messages, program,
+  return NotFound(messages, program, "teskread locate",
                   chosen
-                      ? "no scanner answered on these ports|check that it has power and is connected"
+                      ? "no scanner answered on these ports|check that it has power and is connected; "
+                        "\"teskread ports\" lists "
+                        "the ports that there are"
                       : "no scanner answered on ports 1 to 16 or on any other serial port|check that it has "
                         "power and is connected");
 }
@@ -223,14 +221,14 @@ int Firmware(const PortOptions& options, Program& program) {
   const PortChoice port = ParsePort(options.port);
   const EngineSession session(SerialOf(port, type), program.console);
   clsTeskReader& engine = session.Engine();
-  LoadDefaults(engine, type);
+  LoadModelDefaults(type, engine);
   engine.SetPort(port.number);
   if (!ProfileOffers(engine, &clsTeskReaderProfile::FirmwareEnabled)) {
     throw CommandFailure(fmt::format("the {} cannot be asked for its firmware", engine.ReaderName()));
   }
   std::string text;
   if (!engine.Firmware(text)) {
-    return NotFound(session.Messages(), program,
+    return NotFound(session.Messages(), program, "teskread firmware",
                     "the scanner did not answer|check the port, that the scanner has power and is connected");
   }
   program.output->Write(text + "\n");

@@ -13,6 +13,7 @@
 #include "base/conversions.h"
 #include "cli/CommandError.h"
 #include "cli/optionValues.h"
+#include "setup/optionControls.h"
 
 namespace tesk::cli {
 namespace {
@@ -26,13 +27,10 @@ struct Range {
 };
 
 constexpr Range kRanges[] = {
-    {"DataBits", 4, 8, ""},
-    {"FlowControl", 0, 3, ""},
     {"Port", 1, 16, ""},
-    {"ColorDepth", 0, 2, ""},
-    {"TimeOut", 1, 600, " seconds"},
-    {"SleepTime", 0, 60'000, " milliseconds"},
-    {"ReaderType", 1, 46, ""},
+    {"TimeOut", kLeastTimeOut, kMostTimeOut, " seconds"},
+    {"SleepTime", 0, kMostPause, " milliseconds"},
+    {"ReaderType", 1, teskReaderTypeDatawinHemeraC, ""},
     {"Resolution", 50, 1200, " dots per inch"},
 };
 
@@ -42,7 +40,6 @@ struct Choice {
 };
 
 constexpr Choice kChoices[] = {
-    {"BaudRate", "110 300 600 1200 2400 9600 14400 19200 28800 38400 56000 128000 256000"},
     {"StopBits", "1 1.5 2"},
     {"Parity", "N E O M S"},
 };
@@ -74,24 +71,42 @@ constexpr Option kOptions[] = {
   throw UsageError(fmt::format("--set {}={}: {}", assignment.property->name, assignment.value, why));
 }
 
-// Names of members and Booleans are no numbers, and were checked when they were converted.
-std::optional<double> NumberOf(const std::string& text) {
+std::optional<double> NumberOf(std::string_view text) {
+  if (text.starts_with('+')) text.remove_prefix(1);
   double value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return std::nullopt;
   return value;
 }
 
+// Of a member the value. Booleans are no numbers, and were checked when they were converted.
+std::optional<double> NumberOf(const Assignment& assignment) {
+  const auto members = assignment.property->members;
+  return members ? ParseEnumeration("", assignment.value, members()) : NumberOf(assignment.value);
+}
+
+void CheckMember(const Assignment& assignment) {
+  const auto& [property, value] = assignment;
+  if (!property->members) return;
+  const std::int32_t number = ParseEnumeration("", value, property->members());
+  if (std::ranges::find(property->members(), number, &Enumerator::value) != property->members().end()) return;
+  Refuse(assignment, fmt::format("{} takes {}", property->name, property->takes));
+}
+
 void CheckRange(const Assignment& assignment, double least, double most, const std::string& unit) {
-  const auto number = NumberOf(assignment.value);
+  const auto number = NumberOf(assignment);
   if (!number || (*number >= least && *number <= most)) return;
   Refuse(assignment, fmt::format("{} takes {} to {}{}", assignment.property->name, least, most, unit));
 }
 
 void CheckChoice(const Assignment& assignment, const Choice& choice) {
-  if (LowerCase(assignment.value).starts_with("tesk")) return;
-  const auto values = SplitText(choice.values, ' ');
-  if (std::ranges::find(values, assignment.value) != values.end()) return;
+  constexpr std::string_view kSpaceParity = " ";  // as hosts store it
+  const std::string& text = assignment.value;
+  const auto means = [&](const std::string& value) {
+    const auto number = NumberOf(value);
+    return LowerCase(value) == LowerCase(text) || (number && number == NumberOf(text));
+  };
+  if (text == kSpaceParity || std::ranges::any_of(SplitText(choice.values, ' '), means)) return;
   Refuse(assignment, fmt::format("{} takes one of {}", choice.property, choice.values));
 }
 
@@ -125,6 +140,7 @@ std::string LimitsText(std::string_view property) {
 }
 
 void CheckSaved(const Assignment& assignment, const clsTeskReader& engine) {
+  CheckMember(assignment);
   for (const Range& range : kRanges) {
     if (range.property == assignment.property->name) {
       CheckRange(assignment, range.least, range.most, std::string(range.unit));

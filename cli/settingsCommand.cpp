@@ -84,8 +84,7 @@ int Show(const SettingsOptions& options, Program& program) {
 }
 
 void BeginWithDefaults(const std::string& reader, clsTeskReader& engine) {
-  const teskReaderType type = ParseReader(reader);
-  if (!engine.LoadDefaults(type)) throw CommandFailure("there are no defaults for this reader");
+  LoadModelDefaults(ParseReader(reader), engine);
   engine.SetPort(1);
 }
 

@@ -44,15 +44,22 @@ void AddSettingsKeyOptions(CLI::App& command, SettingsKeyOptions& options, bool 
 }
 
 std::string ShellWord(const std::string& text) {
+  constexpr std::string_view kSpecialInQuotes = "\"$`!\n";
   const bool plain = std::ranges::all_of(text, [](unsigned char c) {
     return std::isalnum(c) != 0 || c == '/' || c == '-' || c == '_' || c == '.';
   });
-  return plain ? text : "\"" + text + "\"";
+  if (plain) return text;
+  if (text.find_first_of(kSpecialInQuotes) == std::string::npos && !text.ends_with('\\'))
+    return '"' + text + '"';
+  return "'" + Replace(text, "'", "'\\''") + "'";
 }
 
 SettingsKey ParseSettingsKey(const SettingsKeyOptions& options) {
   if (options.key.find_first_not_of("\\/ ") == std::string::npos) {
     throw UsageError("--key: takes a path such as School\\Lab");
+  }
+  if (std::ranges::any_of(options.key, [](unsigned char c) { return std::iscntrl(c) != 0; })) {
+    throw UsageError("--key: may hold no control characters; it takes a path such as School\\Lab");
   }
   return {.root = ParseSettingsRoot(options.root), .path = options.key};
 }

@@ -4,7 +4,10 @@
 #include <string>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "assembly/assembly.h"
+#include "base/conversions.h"
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/ReaderChoice.h"
@@ -32,8 +35,8 @@ class SetupHost : public ConsoleHost {
     return screen_->ShowMessage(title, text) || ConsoleHost::MsgBoxEx(title, text);
   }
   void RaiseError(const ErrorReport& report) override {
-    const std::string text = report.message + (report.detail.empty() ? "" : "|" + report.detail);
-    if (!Silent() && !screen_->ShowMessage(report.title, text)) ConsoleHost::RaiseError(report);
+    const OperatorMessage message = MessageOf(report);
+    if (!Silent()) MsgBoxEx(message.title, message.text);
   }
 
  private:
@@ -52,9 +55,7 @@ class InstalledHost {
 std::optional<LoadedSettings> Begin(const SetupOptions& options, const SettingsKey& key,
                                     clsTeskReader& engine) {
   if (!options.reader.empty()) {
-    if (!engine.LoadDefaults(ParseReader(options.reader))) {
-      throw CommandFailure("there are no defaults for this reader");
-    }
+    LoadModelDefaults(ParseReader(options.reader), engine);
     engine.SetPort(1);
     return std::nullopt;
   }
@@ -63,6 +64,29 @@ std::optional<LoadedSettings> Begin(const SetupOptions& options, const SettingsK
     throw UsageError("--reader: is required: nothing is saved under this key yet");
   }
   return LoadedSettings(key, engine);
+}
+
+// What the dialog cannot show.
+void TellStored(const LoadedSettings& loaded, const SettingsKey& key, SetupScreen& screen, Console& console) {
+  const auto tell = [&](const std::string& title, const std::string& text) {
+    if (!screen.Announce(title, text)) console.Message(title, text);
+  };
+  if (!loaded.Unusable().empty()) {
+    std::string text = "What is saved here cannot be used:";
+    for (const StoredValue& value : loaded.Unusable()) {
+      text += fmt::format("|{}: \"{}\"", PropertyOf(value.name), Replace(value.text, "|", "?"));
+    }
+    tell("Saved Settings",
+         text +
+             "|The dialog shows what the scanner model proposes instead. OK saves that, Cancel "
+             "changes nothing.");
+  }
+  if (const std::string device = StoredDevice(key); !device.empty()) {
+    tell("Scanner Port",
+         fmt::format("Scans with this key use {}, not the number of the port. Another port that is "
+                     "chosen here takes its place.",
+                     device));
+  }
 }
 
 int RunSetup(const SetupOptions& options, Program& program) {
@@ -76,6 +100,7 @@ int RunSetup(const SetupOptions& options, Program& program) {
                     .clock = platform::CreateClock(),
                     .setupDialog = screen->Dialog()});
   const auto loaded = Begin(options, key, *engine);
+  if (loaded) TellStored(*loaded, key, *screen, *program.console);
   const bool confirmed = engine->ShowOptions(nullptr);
   if (platform::Interrupted()) return kStatusBySignal + platform::InterruptSignal();
   if (!confirmed) {

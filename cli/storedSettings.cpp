@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 
 #include "base/HostServices.h"
+#include "base/RunTimeError.h"
+#include "base/conversions.h"
 #include "cli/CommandError.h"
 #include "platform/SettingsStores.h"
 
@@ -100,15 +102,30 @@ bool SaveAssigned(const SettingsKey& key, const std::vector<Assignment>& assignm
 }
 
 LoadedSettings::LoadedSettings(const SettingsKey& key, clsTeskReader& engine) : key_(key), engine_(engine) {
-  if (!engine.LoadSettings(key.root, key.path)) {
-    throw CommandFailure(fmt::format("the settings under the key {} cannot be read", key.path));
+  const auto stored = ReadStored(key);
+  for (const StoredValue& value : stored) {
+    if (value.name != kDevice && Attempt([&] { AssignSetting(engine, value); })) unusable_.push_back(value);
   }
-  for (const StoredValue& value : ReadStored(key)) {
+  Load(stored);
+  for (const StoredValue& value : stored) {
     if (value.name != "ColorDepth" && value.name != "Resolution") continue;
     // What is no number here stays as it was loaded, and is not saved either.
     static_cast<void>(Attempt([&] { FindEngineProperty(value.name)->set(engine, value.text); }));
   }
   loaded_ = SettingTexts(engine);
+  for (const StoredValue& value : unusable_)
+    *std::ranges::find(loaded_, value.name, &StoredValue::name) = value;
+}
+
+void LoadedSettings::Load(const std::vector<StoredValue>& stored) {
+  if (unusable_.empty() && engine_.LoadSettings(key_.root, key_.path)) return;
+  const auto type = engine_.ReaderType();
+  if (Deref(engine_.Profiles()).Exists(NumberText(type))) engine_.LoadDefaults(type);
+  engine_.SetPort(1);
+  // The imprinter's setting comes behind the type in any case.
+  for (const StoredValue& value : stored) {
+    static_cast<void>(Attempt([&] { AssignSetting(engine_, value); }));
+  }
 }
 
 bool LoadedSettings::SaveChanges() const {

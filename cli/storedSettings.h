@@ -34,15 +34,20 @@ bool SaveAssigned(const SettingsKey& key, const std::vector<Assignment>& assignm
 // Settings that were loaded into an engine to be changed there.
 class LoadedSettings {
  public:
-  // Loads them. ColorDepth and Resolution come as they are stored, not as LoadSettings makes them. Throws
-  // CommandFailure where they cannot be read.
+  // Loads them. ColorDepth and Resolution come as they are stored, not as LoadSettings makes them. Where a stored text
+  // is nothing that its setting can be, the reader's proposal stands instead, and is a change.
   LoadedSettings(const SettingsKey& key, clsTeskReader& engine);
-  // Saves what the engine holds otherwise than it did then.
+  // What could not be used, as it is stored.
+  const std::vector<StoredValue>& Unusable() const { return unusable_; }
+  // Saves what the engine holds otherwise than is stored.
   bool SaveChanges() const;
 
  private:
+  void Load(const std::vector<StoredValue>& stored);
+
   const SettingsKey& key_;
   clsTeskReader& engine_;
+  std::vector<StoredValue> unusable_;
   std::vector<StoredValue> loaded_;
 };
 

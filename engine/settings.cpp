@@ -143,6 +143,13 @@ std::vector<StoredValue> SettingTexts(const clsTeskReader& reader) {
   return texts;
 }
 
+void AssignSetting(clsTeskReader& reader, const StoredValue& value) {
+  for (const Setting& setting : kSettings) {
+    if (setting.name == value.name) return setting.assign(reader, value.text);
+  }
+  throw InvalidCall();
+}
+
 bool clsTeskReader::LoadDefaults(teskReaderType type) {
   const auto self = shared_from_this();
   return Guarded("clsTeskReader.LoadDefaults", [&] {

@@ -135,8 +135,8 @@ struct FixedBounds {
 };
 
 constexpr FixedBounds kBounds[] = {
-    {ControlId::txtReaderTimeout, 1, 600},   // seconds; what the engine takes
-    {ControlId::txtSystemPause, 0, 10'000},  // milliseconds
+    {ControlId::txtReaderTimeout, kLeastTimeOut, kMostTimeOut},
+    {ControlId::txtSystemPause, 0, kMostPause},
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -75,6 +76,11 @@ class OptionControls {
 
 // The controls with their translated captions, the lists filled but for the readers, nothing chosen.
 OptionControls CreateOptionControls();
+
+// What the engine takes, in seconds, and what nobody waits longer than, in milliseconds.
+inline constexpr std::int32_t kLeastTimeOut = 1;
+inline constexpr std::int32_t kMostTimeOut = 600;
+inline constexpr std::int32_t kMostPause = 60'000;
 
 // The name of a control ("cboPort").
 std::string_view ControlName(ControlId id);

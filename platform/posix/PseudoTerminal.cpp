@@ -60,7 +60,9 @@ void CheckMayReplace(const std::string& link) {
                        "Remove that file, or choose another path for the link.");
   }
   const std::string target = fs::read_symlink(link, error).string();
-  if (target.starts_with(kTerminals)) return;
+  const bool terminal = target.starts_with(kTerminals) &&
+                        target.find_first_not_of("0123456789", kTerminals.size()) == std::string::npos;
+  if (terminal) return;
   throw RunTimeError(kErrorFileExists, "\"" + link + "\" is a link to \"" + target + "\".", {},
                      "Only a link to a simulated scanner (" + std::string(kTerminals) +
                          "...) is replaced.|Remove the link, or choose another path.");

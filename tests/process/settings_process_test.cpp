@@ -57,15 +57,27 @@ TEST_F(ProcessSettings, SavedSettingsAreShownChangedScannedWithAndDeleted) {
   EXPECT_THAT(error, AllOf(HasSubstr("nothing is saved"), HasSubstr("settings list")));
 }
 
-// The example that the help shows, given to a shell as it stands there.
-TEST_F(ProcessSettings, KeysInTheHelpSurviveAShell) {
+// The example that the help shows, and what the list prints, given to a shell as they stand there.
+TEST_F(ProcessSettings, KeysInTheHelpAndTheListSurviveAShell) {
+  const auto shell = [](const std::string& line) {
+    Process process({"/bin/sh", "-c", Teskread({}).front() + " " + line});
+    EXPECT_EQ(process.Wait(), 0) << line << process.Error();
+  };
   ASSERT_EQ(Run({"settings", "save", "--help"}), 0);
   const std::size_t at = output.find("settings save --key");
-  const std::string line = output.substr(at, output.find('\n', at) - at);
-  Process shell({"/bin/sh", "-c", Teskread({}).front() + " " + line});
-  EXPECT_EQ(shell.Wait(), 0) << line << shell.Error();
+  shell(output.substr(at, output.find('\n', at) - at));
   EXPECT_THAT(FileText(folder_ / "config/teskreader99/settings.conf"),
               HasSubstr("[CurrentUser\\School\\Lab]"));
+  ASSERT_EQ(Run({"settings", "delete", "--key", "School\\Lab"}), 0);
+  for (const char* key : {"a b",
+                          "\xC3\x89"
+                          "cole\\$HOME",
+                          "it's \"7\"", "`x`!", "$(x)'"}) {
+    ASSERT_EQ(Run({"settings", "save", "--key", key, "--reader", "13"}), 0);
+    ASSERT_EQ(Run({"settings", "list"}), 0);
+    shell("settings delete --key " + output.substr(0, output.find(" Scantron Scanmark 2500")));
+    EXPECT_EQ(Run({"settings", "show", "--key", key}), 1) << key;
+  }
 }
 
 TEST_F(ProcessSettings, ADevicePathStandsBesideThePortUntilAPortIsChosen) {
@@ -107,17 +119,25 @@ TEST_F(ProcessSettings, WhatNoLineAndNotThisModelCanDoIsNotSaved) {
   for (const auto& [reader, set, says] :
        {Case{"11", "Port=17", "Port takes 1 to 16"},
         {"11", "Port=16", ""},
+        {"11", "Port=+17", "Port takes 1 to 16"},
         {"11", "TimeOut=0", "1 to 600 seconds"},
+        {"11", "TimeOut=+601", "1 to 600 seconds"},
         {"11", "TimeOut=600", ""},
         {"11", "SleepTime=-1", "0 to 60000 milliseconds"},
-        {"11", "BaudRate=4800", "one of 110 300"},
+        {"11", "SleepTime=60000", ""},
+        {"11", "BaudRate=4800", "a bit rate: 110 300"},
         {"11", "BaudRate=teskReaderBaudRate300", ""},
         {"11", "DataBits=9", "4 to 8"},
         {"11", "Parity=Even", "one of N E O M S"},
+        {"11", "Parity=e", ""},
+        {"11", "Parity= ", ""},
+        {"11", "Parity=", "one of N E O M S"},
         {"11", "StopBits=3", "one of 1 1.5 2"},
-        {"11", "FlowControl=4", "0 to 3"},
-        {"11", "ColorDepth=3", "0 to 2"},
-        {"11", "ReaderType=47", "1 to 46"},
+        {"11", "StopBits=2.0", ""},
+        {"11", "FlowControl=4", "0 none, 1 XON/XOFF"},
+        {"11", "ColorDepth=3", "0 monochrome"},
+        {"11", "ReaderType=47", "a number of the list of models"},
+        {"11", "ReaderType=teskReaderTypeNone", "1 to 46"},
         {"11", "RecognitionThreshold=16", "0 to 15, the darkness scale of the Scantron Scanmark 2000"},
         {"24", "RecognitionThreshold=191", "192 to 254"},
         {"24", "RecognitionThreshold=254", ""},
@@ -220,7 +240,8 @@ TEST_F(ProcessSettings, ScannerIsLocatedAndSaysItsFirmware) {
   EXPECT_EQ(Run({"locate", "--reader", "20", "--port", "4", "--port", folder_ / "gone"}), 1);
   EXPECT_THAT(error, AllOf(HasSubstr("\n  4 (" + (folder_ / "missing): The device cannot")),
                            HasSubstr("\n  " + (folder_ / "gone: The device cannot")),
-                           HasSubstr("no scanner answered on these ports")));
+                           HasSubstr("teskread locate: no scanner answered on these ports"),
+                           HasSubstr("\"teskread ports\" lists")));
   EXPECT_EQ(Run({"locate", "--reader", "20", "--start", "3"}), 0);
   EXPECT_EQ(error, "");
   EXPECT_EQ(Run({"locate", "--reader", "20"}), 0);

@@ -249,6 +249,38 @@ TEST_F(ProcessSetup, NoTextOfOthersReachesTheTerminalAsAControlCharacter) {
   }
 }
 
+TEST_F(ProcessSetup, WhatTheDialogCannotShowOfTheSavedSettingsIsToldFirst) {
+  const struct {
+    const char* sound;
+    const char* stored;
+    const char* told;
+    const char* afterwards;  // what OK saves
+  } cases[] = {
+      {"\"ScannerPort\" = \"3\"", "\"ScannerPort\" = \"99999\"", "Port: \"99999\"", "Port +1\n"},
+      {"\"Duplex\" = \"True\"", "\"Duplex\" = \"yes\"", "Duplex: \"yes\"", "Duplex +True\n"},
+      {"\"ScannerBaud\" = \"19200\"", "\"ScannerBaud\" = \"1e300\"", "BaudRate: \"1e300\"", "Baud +19200\n"},
+      {"\"ScannerPort\"", "\"ScannerDevice\" = \"/dev/ttyACM0\"\n\"ScannerPort\"", "use /dev/ttyACM0,",
+       "ScannerDevice +/dev/ttyACM0\n"},
+  };
+  const std::string file = Path("config/teskreader99/settings.conf");
+  for (const auto& [sound, stored, told, afterwards] : cases) {
+    Save({"--reader", "15", "--set", "Port=3", "--set", "TimeOut=77"});
+    std::string text = FileText(file);
+    ASSERT_NE(text.find(sound), std::string::npos) << text;
+    WriteFile(file, text.replace(text.find(sound), std::string(sound).size(), stored));
+    for (const bool confirmed : {false, true}) {
+      TerminalProcess setup(SetupLine());
+      setup.WaitFor(told);
+      setup.WaitFor("Enter: OK");
+      setup.Press({T::kEnter, confirmed ? T::kF10 : T::kEscape});
+      EXPECT_EQ(setup.Wait(), 0) << setup.Output();
+      EXPECT_THAT(setup.Output(), AllOf(HasSubstr("Scantron Scanmark 5500"), Not(HasSubstr("Error"))));
+      EXPECT_TRUE(confirmed || FileText(file) == text) << told;
+    }
+    EXPECT_THAT(Saved(), AllOf(ContainsRegex(afterwards), ContainsRegex("TimeOut +77\n")));
+  }
+}
+
 TEST_F(ProcessSetup, ATerminalThatIsTooSmallSaysSoUntilItIsLarger) {
   TerminalProcess setup(SetupLine(), "xterm", 40, 10);
   setup.WaitFor("This terminal is too small");

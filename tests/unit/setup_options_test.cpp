@@ -104,7 +104,7 @@ TEST_P(EveryReader, ShowsAndBoundsItsThresholds) {
   ExpectField(dialog, txtMarkDiscrimination, p->MarkDiscrimination(), 0, high);
   ExpectField(dialog, txtMarkCutOff, p->MarkCutOff(), low, high);
   ExpectField(dialog, txtReaderTimeout, p->TimeOut(), 1, 600);
-  ExpectField(dialog, txtSystemPause, p->SleepTime(), 0, 10'000);
+  ExpectField(dialog, txtSystemPause, p->SleepTime(), 0, 60'000);
   for (const ControlId id : {txtRecognitionThreshold, txtErasureThreshold}) {
     ExpectState(dialog, id, p->RecognitionThresholdEnabled(), p->RecognitionThresholdVisible());
   }
@@ -153,7 +153,7 @@ TEST_P(EveryReader, LosesWhatIsOutOfBoundsWhenConfirmedThoughNobodyTyped) {
     EXPECT_EQ(dialog.reader->MarkDiscrimination(), !scale ? stored
                                                    : high ? p->RecognitionThresholdMaximum()
                                                           : 0);
-    EXPECT_EQ(dialog.reader->SleepTime(), high ? 10'000 : 0);
+    EXPECT_EQ(dialog.reader->SleepTime(), high ? 60'000 : 0);
     EXPECT_EQ(dialog.reader->TimeOut(), high ? 600 : 1);
     EXPECT_THAT(dialog.host.Sources(), IsEmpty());
   }

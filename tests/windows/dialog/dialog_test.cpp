@@ -113,7 +113,7 @@ TEST(SetupDialog, WhatIsOutOfBoundsBecomesTheBoundAndReachesTheEngine) {
   EXPECT_EQ(reader->RecognitionThreshold(), 15);
   EXPECT_EQ(reader->MarkCutOff(), 15) << "nobody typed there";
   EXPECT_EQ(reader->TimeOut(), 600);
-  EXPECT_EQ(reader->SleepTime(), 10'000);
+  EXPECT_EQ(reader->SleepTime(), 60'000);
 }
 
 TEST(SetupDialog, EveryControlReachesTheEngine) {

@@ -23,6 +23,7 @@ namespace {
 struct Grid {
   std::string_view driver;
   std::int16_t rows;              // at most
+  bool sized;                     // as large as the form says, on either side
   bool wholeRows;                 // a page comes in rows of MaxCols values, whatever the form says
   std::int32_t barcodes;          // definitions, at most
   std::int16_t lastWindowNumber;  // the largest start, count or gap of a window
@@ -30,9 +31,11 @@ struct Grid {
 };
 
 constexpr Grid kGrids[] = {
-    {"basNCS", 150, false, INT32_MAX, 0, false},      {"basPeripheralDynamics", 500, false, 0, 0, false},
-    {"basScanningSystems", 999, false, 8, 99, false}, {"basScantron", INT16_MAX, true, 0, INT16_MAX, true},
-    {"basSekonicSR", 200, false, 99, 0, false},
+    {"basNCS", 150, false, false, INT32_MAX, 0, false},
+    {"basPeripheralDynamics", 500, false, false, 0, 0, false},
+    {"basScanningSystems", 999, true, false, 8, 99, false},
+    {"basScantron", INT16_MAX, true, true, 0, INT16_MAX, true},
+    {"basSekonicSR", 200, false, false, 99, 0, false},
 };
 
 // One direction of a window.
@@ -56,10 +59,16 @@ class Limits {
   }
 
   void CheckSides() const {
+    if (grid_.sized && !plan_.side1) {
+      throw UsageError(
+          fmt::format("--side1: is required: the {} reads the rows and columns that it is told; write "
+                      "ROWSxCOLUMNS, for example --side1 50x48",
+                      engine_.ReaderName()));
+    }
     if (plan_.side1) CheckSizes("--side1", *plan_.side1);
     if (plan_.side2) CheckSizes("--side2", *plan_.side2);
     if (plan_.side1 && plan_.side2) CheckSideEnd(*plan_.side1, *plan_.side2);
-    if (plan_.side1 && !plan_.side2 && engine_.TwoSided()) {
+    if (grid_.sized && plan_.side1 && !plan_.side2 && engine_.TwoSided()) {
       throw UsageError(
           "--side2: is required: Duplex and DuplexForm are set, so both sides are read|write ROWSxCOLUMNS, "
           "for example --side2 50x48, or --set DuplexForm=False");

@@ -17,13 +17,6 @@
 namespace tesk::cli {
 namespace {
 
-// The drivers that dimension their arrays by the sheet sizes; the others read a fixed grid.
-constexpr std::string_view kSizedByTheHost[] = {"basScantron", "basScanningSystems"};
-
-bool NeedsSizes(const clsTeskReader& engine) {
-  return std::ranges::find(kSizedByTheHost, DriverModule(engine.ReaderType())) != std::end(kSizedByTheHost);
-}
-
 bool IsSerial(const clsTeskReader& engine) {
   const auto profile = engine.Profiles()->Item(std::to_string(std::int32_t{engine.ReaderType()}));
   return profile && profile->InterfaceType() == teskReaderInterfaceTypeSerial;
@@ -111,12 +104,6 @@ void CheckWhole(const ScanPlan& plan, const clsTeskReader& engine) {
   RequireDriver(engine.ReaderType());
   if (!plan.port && !plan.key && !plan.Assigns("Port") && IsSerial(engine)) {
     throw UsageError("--port: is required; it takes 1 to 16, a device path or \"sim\"");
-  }
-  if (!plan.side1 && NeedsSizes(engine)) {
-    throw UsageError(
-        fmt::format("--side1: is required: the {} reads the rows and columns that it is told; write "
-                    "ROWSxCOLUMNS, for example --side1 50x48",
-                    engine.ReaderName()));
   }
 }
 

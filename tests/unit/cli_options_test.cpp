@@ -301,6 +301,12 @@ TEST_F(CliScanPlan, WhatTheModelCannotReadIsRefusedBeforePaperMoves) {
            {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x15"; }, "at most 14 columns"},
            {kOpScan, [](O& o) { o.side1 = "150x48"; }, ""},
            {kOpScan, [](O& o) { o.side1 = "151x48"; }, "at most 150 rows"},
+           {kOpScan,
+            [](O& o) {
+              o.assignments = {"Duplex=True", "DuplexForm=True"};
+            },
+            ""},
+           {kSekonic, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
            {kOpScan, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; }, "reads whole pages only"},
            {teskReaderTypeSekonicSR3500, [](O& o) { o.side1 = "201x48"; }, "at most 200 rows"},
            {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, ""},

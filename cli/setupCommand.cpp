@@ -77,9 +77,7 @@ void TellStored(const LoadedSettings& loaded, const SettingsKey& key, SetupScree
       text += fmt::format("|{}: \"{}\"", PropertyOf(value.name), Replace(value.text, "|", "?"));
     }
     tell("Saved Settings",
-         text +
-             "|The dialog shows what the scanner model proposes instead. OK saves that, Cancel "
-             "changes nothing.");
+         text + "|The dialog shows a proposal instead. OK saves that, Cancel changes nothing.");
   }
   if (const std::string device = StoredDevice(key); !device.empty()) {
     tell("Scanner Port",

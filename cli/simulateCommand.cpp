@@ -36,6 +36,21 @@ struct SimulateOptions {
   std::vector<std::string> faults;
 };
 
+// Generated sheets are of one size, front and back.
+void ParseSizes(const SimulateOptions& options, StockOptions& stock) {
+  if (!options.side1.empty()) stock.side1 = ParseSheetSizes("--side1", options.side1);
+  if (!options.side2.empty()) stock.side2 = ParseSheetSizes("--side2", options.side2);
+  if (!stock.side1) stock.side1 = stock.side2;
+  if (stock.side1 && stock.side1->rows.size() > 1) {
+    throw UsageError("--side1: generated sheets are of one size|--sheets takes sheets of any");
+  }
+  if (stock.side2 &&
+      (stock.side2->rows != stock.side1->rows || stock.side2->columns != stock.side1->columns)) {
+    throw UsageError(
+        fmt::format("--side2: a generated back is as large as the front; write --side2 {}", options.side1));
+  }
+}
+
 StockOptions ParseStock(const SimulateOptions& options) {
   StockOptions stock;
   stock.sheetFile = options.sheets;
@@ -53,8 +68,7 @@ StockOptions ParseStock(const SimulateOptions& options) {
           fmt::format("--seed: \"{}\" is no whole number from 0 to {}", options.seed, UINT64_MAX));
     }
   }
-  if (!options.side1.empty()) stock.side1 = ParseSheetSizes("--side1", options.side1);
-  if (!options.side2.empty()) stock.side2 = ParseSheetSizes("--side2", options.side2);
+  ParseSizes(options, stock);
   return stock;
 }
 

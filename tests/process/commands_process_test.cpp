@@ -65,6 +65,8 @@ TEST(ProcessCommandLine, WhatIsWrongIsNamedWithStatus2AndNothingOnStandardOutput
       {{"simulate", "--reader", "15", "--fault", "cut@3"}, "two numbers, not 1; write cut@BYTE@SHEET"},
       {{"simulate", "--reader", "15", "--count", "-1"}, "--count"},
       {{"simulate", "--reader", "15", "--seed", "-1"}, "--seed"},
+      {{"simulate", "--reader", "15", "--side1", "50x48", "--side2", "40x48"}, "write --side2 50x48"},
+      {{"simulate", "--reader", "15", "--side1", "50x48,40x48"}, "--side1: generated sheets are of one size"},
       {{"simulate", "--reader", "15", "--sheets", "x", "--count", "3"}, "--sheets"},
       {{"simulate"}, "--reader: is required"},
       {{"simulate", "--replay", "x", "--reader", "15"}, "--replay"},

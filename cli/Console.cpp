@@ -25,16 +25,15 @@ struct Cause {
 const std::array<Cause, 5>& Causes() {
   static const std::array<Cause, 5> causes{{
       {SubscriptOutOfRange(), "Data Error",
-       "The scanner sent marks beyond the end of the sheet.|Check that the model is the right one, and where "
-       "the form's sizes and windows are given (--side1, --side2, --window), that they are the form's."},
+       "The scanner sent what the sheet cannot hold: a mark outside it, or a value that is none.|Check that "
+       "the model is the right one, the cable and the line's settings, and where they are given the form's "
+       "sizes and windows (--side1, --side2, --window)."},
       {Overflow(), "Data Error",
-       "A setting or an answer of the scanner is larger than the scanner's protocol can say.|Check what "
-       "--set, "
-       "--window and --imprint-position give."},
+       "A setting or an answer of the scanner is larger than the scanner's protocol can say.|Check that the "
+       "model is the right one, and what --set, --window and --imprint-position give."},
       {TypeMismatch(), "Data Error",
        "The scanner sent a text where a number belongs.|Check that the model is the right one, and the "
-       "line's "
-       "settings."},
+       "line's settings."},
       {InvalidCall(), "Settings Error",
        "The settings do not fit this model.|Check what --set, --side1, --side2 and --window give."},
       {ObjectNotSet(), "Program Error", "The program lacks a part of the reader. Please report this."},

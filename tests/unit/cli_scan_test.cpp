@@ -379,9 +379,9 @@ TEST(CliConsole, AnErrorReportShowsItsLinesAndWhereNothingElseNamesItItsSource) 
   EXPECT_EQ(
       errors.str(),
       "Invalid Port Number: No port.\n  Try this\n  or\n  that\n"
-      "Data Error: The scanner sent marks beyond the end of the sheet.\n"
-      "  Check that the model is the right one, and where the form's sizes and windows are given (--side1, "
-      "--side2, --window), that they are the form's.\n  (error 9 in basScantron.ReadPageST)\n"
+      "Data Error: The scanner sent what the sheet cannot hold: a mark outside it, or a value that is none.\n"
+      "  Check that the model is the right one, the cable and the line's settings, and where they are given "
+      "the form's sizes and windows (--side1, --side2, --window).\n  (error 9 in basScantron.ReadPageST)\n"
       "Title: bell?\n");
   EXPECT_EQ(host.Messages(), 3);
 }

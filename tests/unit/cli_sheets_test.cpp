@@ -17,8 +17,13 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 SheetRecord ThreeMarks() {
-  SheetRecord record{
-      .sheet = 1, .reader = 15, .side1 = {}, .side2 = {}, .barcodes = {"12345"}, .disposed = "ejected", .warnings = {}};
+  SheetRecord record{.sheet = 1,
+                     .reader = 15,
+                     .side1 = {},
+                     .side2 = {},
+                     .barcodes = {"12345"},
+                     .disposed = "ejected",
+                     .warnings = {}};
   record.side1.timingMarks = 10;
   record.side1.marks = SideArray(2, 3);
   record.side1.marks.At(1, 3) = 7;

@@ -638,9 +638,8 @@ TEST(OpScanDispose, SendsTheImprintAndTheSheetWhereTheHostWantsIt) {
   EXPECT_EQ(b.Sent(), "");
 
   EXPECT_EQ(b.scanner->ImprintPosition(), "07");
-  EXPECT_THAT(b.scanner->Disposals(),
-              ElementsAre(simulator::Disposal{1, Exit::Accepted, true, "B?r 1", true},
-                          simulator::Disposal{2, Exit::Rejected, true, "", false}));
+  EXPECT_THAT(b.scanner->Disposals(), ElementsAre(simulator::Disposal{1, Exit::Accepted, true, "B?r 1", true},
+                                                  simulator::Disposal{2, Exit::Rejected, true, "", false}));
   EXPECT_THAT(b.scanner->Complaints(), IsEmpty());
 }
 

@@ -1,6 +1,7 @@
 // The names of the scanner models: enumerator and display name of each reader type.
 #include "base/readerNames.h"
 
+#include <algorithm>
 #include <array>
 
 #include "base/HostServices.h"
@@ -65,6 +66,11 @@ constexpr std::array<ReaderTypeName, 47> kNames{{
 }  // namespace
 
 std::span<const ReaderTypeName> ReaderTypeNames() { return kNames; }
+
+bool IsReader(teskReaderType type) {
+  return type != teskReaderTypeNone &&
+         std::ranges::find(ReaderTypeNames(), type, &ReaderTypeName::type) != ReaderTypeNames().end();
+}
 
 std::string ReaderName(teskReaderType type) {
   if (type == teskReaderTypeNone) return LoadString("None");

@@ -18,6 +18,9 @@ struct ReaderTypeName {
 // All 47 members of teskReaderType in the order of their values.
 std::span<const ReaderTypeName> ReaderTypeNames();
 
+// Whether a type is a scanner's: every member but teskReaderTypeNone.
+bool IsReader(teskReaderType type);
+
 // The display name that hosts see: for teskReaderTypeNone the host's localised "None", for every other
 // model the literal name, for a value that is no member an empty text.
 std::string ReaderName(teskReaderType type);

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "base/conversions.h"
+#include "base/readerNames.h"
 #include "cli/CommandError.h"
 #include "cli/optionValues.h"
 #include "setup/optionControls.h"
@@ -150,7 +151,7 @@ void CheckSaved(const Assignment& assignment, const clsTeskReader& engine) {
     if (choice.property == assignment.property->name) CheckChoice(assignment, choice);
   }
   const auto profile = engine.Profiles()->Item(NumberText(engine.ReaderType()));
-  if (profile && engine.ReaderType() != teskReaderTypeNone) CheckModel(assignment, engine, *profile);
+  if (profile && IsReader(engine.ReaderType())) CheckModel(assignment, engine, *profile);
 }
 
 }  // namespace tesk::cli

@@ -7,6 +7,7 @@
 #include "base/HostServices.h"
 #include "base/RunTimeError.h"
 #include "base/conversions.h"
+#include "base/readerNames.h"
 #include "setup/optionValues.h"
 #include "setup/optionsLayout.h"
 #include "setup/spinField.h"
@@ -206,7 +207,7 @@ void frmOptions::ValidateAll() {
 
 bool frmOptions::PortIsMissing() const {
   const auto profile = ChosenProfile();
-  const bool isReader = profile && profile->ReaderType() != teskReaderTypeNone;
+  const bool isReader = profile && IsReader(profile->ReaderType());
   return isReader && controls_[cboPort].enabled && ChosenEntry(controls_[cboPort]) == nullptr;
 }
 

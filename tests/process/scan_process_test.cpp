@@ -310,33 +310,20 @@ TEST(ProcessScan, CtrlCWhileASheetIsAwaitedClosesThePort) {
   EXPECT_EQ(scanner.End(), 0);
 }
 
-TEST(ProcessScan, CtrlCInMidSheetSendsTheSheetOnFirst) {
-  const TemporaryDirectory directory;
-  Scanner scanner({"--reader", "15", "--count", "9", "--paced"});
-  Process scan(ScanArguments("15", scanner.Device(), {"--trace", directory / "trace"}));
-  // A paced sheet takes about a second and a half.
-  WaitForFile(directory / "trace", "|.READ 5 Y E.|");
-  std::this_thread::sleep_for(Seconds(0.3));
-  scan.Signal(SIGINT);
-  EXPECT_EQ(scan.Wait(Seconds(10)), 130);
-  EXPECT_EQ(Told(scan), "");
-  EXPECT_EQ(Sheets(scan.Output()).size(), 1U);
-  const std::string sent = TracedBytes(FileText(directory / "trace"), '>');
-  EXPECT_THAT(sent.substr(sent.rfind("READ")), HasSubstr("EJCT A \r"));
-  EXPECT_THAT(FileText(directory / "trace"), HasSubstr(" close\n"));
-  EXPECT_EQ(scanner.End(), 0);
-}
-
-TEST(ProcessScan, AHangUpOrARequestToEndKeepsTheSheetThatIsUnderWay) {
-  for (const int signal : {SIGHUP, SIGTERM}) {
+TEST(ProcessScan, AnInterruptInMidSheetSendsTheSheetOnFirst) {
+  for (const int signal : {SIGINT, SIGHUP, SIGTERM}) {
     const TemporaryDirectory directory;
     Scanner scanner({"--reader", "15", "--count", "9", "--paced"});
     Process scan(ScanArguments("15", scanner.Device(), {"--trace", directory / "trace"}));
+    // A paced sheet takes about a second and a half.
     WaitForFile(directory / "trace", "|.READ 5 Y E.|");
-    std::this_thread::sleep_for(Seconds(0.2));
+    std::this_thread::sleep_for(Seconds(0.3));
     scan.Signal(signal);
     EXPECT_EQ(scan.Wait(Seconds(10)), 128 + signal);
+    EXPECT_EQ(Told(scan), "");
     EXPECT_EQ(Sheets(scan.Output()).size(), 1U);
+    const std::string sent = TracedBytes(FileText(directory / "trace"), '>');
+    EXPECT_THAT(sent.substr(sent.rfind("READ")), HasSubstr("EJCT A \r"));
     EXPECT_THAT(FileText(directory / "trace"), HasSubstr(" close\n"));
     EXPECT_EQ(scanner.End(), 0);
   }

@@ -7,7 +7,7 @@
 set -euo pipefail
 
 readonly native_packages=(
-  g++ cmake ninja-build ccache clang-format
+  g++ cmake ninja-build ccache mold clang-format
   libcli11-dev nlohmann-json3-dev libfmt-dev libncurses-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev)
 readonly cross_packages=(g++-mingw-w64-i686-posix mingw-w64-tools xvfb xauth)

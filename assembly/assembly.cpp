@@ -6,10 +6,10 @@
 #include "drivers/Driver.h"
 #include "platform/OmrLibrary.h"
 #include "platform/SettingsStores.h"
-#include "platform/SetupDialog.h"
+#include "setup/SetupScreen.h"
 #include "setup/portSearch.h"
 #include "transport/SerialPort.h"
-#include "transport/basRead.h"
+#include "transport/dispatch/basRead.h"
 
 namespace tesk {
 
@@ -18,7 +18,7 @@ std::shared_ptr<clsTeskReader> CreateReader(ReaderParts parts) {
   auto comm = std::make_shared<frmComm>(std::make_shared<SerialPort>(parts.serial), std::move(timer));
   auto omrLoader = parts.omrLoader ? std::move(parts.omrLoader) : platform::CreateOmrLibraryLoader();
   auto settings = parts.settings ? std::move(parts.settings) : platform::CreateSettingsStore();
-  auto setupDialog = parts.setupDialog ? std::move(parts.setupDialog) : platform::CreateSetupDialog();
+  auto setupDialog = parts.setupDialog ? std::move(parts.setupDialog) : CreateSetupDialog();
   return std::make_shared<clsTeskReader>(EngineSeams{.comm = std::move(comm),
                                                      .loop = std::move(parts.loop),
                                                      .clock = std::move(parts.clock),

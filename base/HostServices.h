@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "base/RunTimeError.h"
 
@@ -38,6 +39,11 @@ class HostServices {
   virtual std::string ApplicationName() const { return "TeskReader99"; }
 };
 
+struct OperatorMessage {
+  std::string title;
+  std::string text;  // lines joined with "|"
+};
+
 // The message box of the platform, used where the host has none.
 class MessageBox {
  public:
@@ -49,6 +55,15 @@ class MessageBox {
 // Installs the process-wide host object (empty: back to the pass-through default). True when not empty. A call
 // that another thread is making ends on the object that it began with.
 bool SetError(std::shared_ptr<HostServices> host);
+// A host object that is installed for as long as this lives.
+class InstalledHost {
+ public:
+  explicit InstalledHost(std::shared_ptr<HostServices> host) { SetError(std::move(host)); }
+  InstalledHost(const InstalledHost&) = delete;
+  InstalledHost& operator=(const InstalledHost&) = delete;
+  ~InstalledHost() { SetError(nullptr); }
+};
+
 // Installs the platform's message box; empty: the standard error stream.
 void SetMessageBox(std::shared_ptr<MessageBox> box);
 

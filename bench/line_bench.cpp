@@ -17,7 +17,7 @@
 #include <benchmark/benchmark.h>
 
 #include "assembly/assembly.h"
-#include "cli/SimulatedScanner.h"
+#include "cli/simulated/SimulatedScanner.h"
 #include "platform/Platform.h"
 #include "simulator/Simulators.h"
 

@@ -7,8 +7,8 @@
 #include <fmt/format.h>
 
 #include "base/RunTimeError.h"
+#include "base/ShownText.h"
 #include "base/conversions.h"
-#include "cli/ShownText.h"
 
 namespace tesk::cli {
 namespace {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "base/HostServices.h"
-#include "cli/BatchReport.h"
+#include "cli/scan/BatchReport.h"
 
 namespace tesk::cli {
 

@@ -2,12 +2,19 @@
 # alone (warnings, the system's headers) travels with the target tesk_options.
 find_program(TESKREAD_CCACHE ccache)
 if(TESKREAD_CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${TESKREAD_CCACHE}")
+  # The cache takes files with precompiled headers only when told to.
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${TESKREAD_CCACHE}")
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)
 endif()
 
 if(TESKREAD_SANITIZE)
-  add_compile_options(-O1 -g1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_compile_options(-g1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+endif()
+
+find_program(TESKREAD_MOLD mold)
+if(TESKREAD_MOLD AND NOT WIN32)
+  add_link_options(-fuse-ld=mold)
 endif()
 
 # An exported program must run where no run-time library of the compiler is installed.
@@ -15,6 +22,7 @@ if(WIN32)
   add_link_options(-static -static-libgcc -static-libstdc++)
 endif()
 
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 find_package(Threads REQUIRED)
 
 add_library(tesk_options INTERFACE)

@@ -1,3 +1,21 @@
+# The code of tests is compiled fast instead of fast code: not optimised, not sanitized, common headers only once.
+# What it tests is compiled as ever.
+function(tesk_test_code target)
+  target_compile_options(${target} PRIVATE -O0 -g0)
+  if(TESKREAD_SANITIZE)
+    target_compile_options(${target} PRIVATE -fno-sanitize=all)
+  endif()
+  get_property(owner GLOBAL PROPERTY tesk_test_headers)
+  if(owner)
+    target_precompile_headers(${target} REUSE_FROM ${owner})
+  else()
+    target_precompile_headers(
+      ${target} PRIVATE <algorithm> <array> <chrono> <cstdint> <functional> <map> <memory> <optional> <span> <string>
+      <string_view> <utility> <vector> <gmock/gmock.h> <gtest/gtest.h>)
+    set_property(GLOBAL PROPERTY tesk_test_headers ${target})
+  endif()
+endfunction()
+
 # The test programs: unit_tests on every system, process_tests where there are pseudo-terminals.
 function(tesk_test_program name folder)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp")
@@ -13,6 +31,7 @@ function(tesk_test_program name folder)
   endif()
   add_executable(${name} ${sources} ${support})
   target_link_libraries(${name} PRIVATE tesk_cli tesk_options GTest::gmock_main)
+  tesk_test_code(${name})
   target_compile_definitions(${name} PRIVATE TESKREAD_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
   add_test(NAME ${name} COMMAND ${name})
 endfunction()

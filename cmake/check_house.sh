@@ -8,19 +8,21 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 readonly folders=(base profiles transport engine drivers setup platform assembly automation cli simulator)
 
-# What a layer may include. transport/basRead.* is the layer "dispatch".
+# What a layer may include; a file belongs to the layer with the longest folder that it stands in.
 readonly may_include='
 base: base
 profiles: base profiles
 transport: base transport
 engine: base profiles transport engine
 drivers: base profiles transport engine drivers
-dispatch: base profiles transport engine drivers dispatch
-setup: base profiles transport engine drivers dispatch setup
-platform: base transport engine setup platform
-assembly: base profiles transport engine drivers dispatch setup platform assembly
-automation: base profiles transport engine drivers dispatch setup platform assembly automation
-cli: base profiles transport engine drivers dispatch setup platform assembly simulator cli
+transport/dispatch: base profiles transport engine drivers transport/dispatch
+setup: base profiles transport engine drivers setup
+platform: base transport engine platform
+setup/windows: base engine setup platform setup/windows
+setup/terminal: base engine setup platform setup/terminal
+assembly: base profiles transport transport/dispatch engine drivers setup platform assembly
+automation: base profiles transport engine drivers setup platform assembly automation
+cli: base profiles transport engine drivers setup platform assembly simulator cli
 simulator: base simulator
 '
 
@@ -40,8 +42,8 @@ quoted_includes() {
 check_includes() {
   quoted_includes "${folders[@]}" | awk -v table="$may_include" '
     function layer(path) {
-      if (path ~ /^transport\/basRead/) return "dispatch"
-      return substr(path, 1, index(path, "/") - 1)
+      while (path ~ /\// && !(path in known)) sub(/\/[^\/]*$/, "", path)
+      return path in known ? path : ""
     }
     function exists(path,   line, found) {
       found = (getline line < path) >= 0
@@ -52,6 +54,7 @@ check_includes() {
       count = split(table, lines, "\n")
       for (i = 1; i <= count; ++i) {
         words = split(lines[i], word, /:? /)
+        known[word[1]]
         for (j = 2; j <= words; ++j) allowed[word[1], word[j]] = 1
       }
     }

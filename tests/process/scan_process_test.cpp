@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "cli/SheetRecord.h"
+#include "cli/scan/SheetRecord.h"
 #include "simulator/Sheet.h"
 #include "tests/process/Process.h"
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/ScanPlan.h"
-#include "cli/TraceFile.h"
+#include "cli/scan/ScanPlan.h"
+#include "cli/trace/TraceFile.h"
 
 namespace tesk::test {
 

@@ -6,9 +6,9 @@
 #include "cli/NearestNames.h"
 #include "cli/PortChoice.h"
 #include "cli/ReaderChoice.h"
-#include "cli/ScanPlan.h"
 #include "cli/engineProperties.h"
 #include "cli/optionValues.h"
+#include "cli/scan/ScanPlan.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::cli {

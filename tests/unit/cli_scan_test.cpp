@@ -7,10 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/BatchHost.h"
 #include "cli/CommandError.h"
-#include "cli/SimulatedSerial.h"
-#include "cli/Trace.h"
+#include "cli/scan/BatchHost.h"
+#include "cli/simulated/SimulatedSerial.h"
+#include "cli/trace/Trace.h"
 #include "simulator/Simulators.h"
 #include "tests/support/TestBench.h"
 

@@ -6,9 +6,9 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandError.h"
-#include "cli/GridText.h"
-#include "cli/SheetFile.h"
-#include "cli/SheetRecord.h"
+#include "cli/scan/GridText.h"
+#include "cli/scan/SheetRecord.h"
+#include "cli/simulated/SheetFile.h"
 
 namespace tesk::cli {
 namespace {

@@ -1,7 +1,7 @@
 // What of other people's texts reaches a terminal.
 #include <gtest/gtest.h>
 
-#include "cli/ShownText.h"
+#include "base/ShownText.h"
 
 namespace tesk::cli {
 namespace {

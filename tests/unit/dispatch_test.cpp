@@ -9,7 +9,7 @@
 #include "profiles/families.h"
 #include "simulator/Simulators.h"
 #include "tests/support/TestBench.h"
-#include "transport/basRead.h"
+#include "transport/dispatch/basRead.h"
 
 namespace tesk::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/SimulatedScanner.h"
+#include "cli/simulated/SimulatedScanner.h"
 #include "drivers/basPeripheralDynamics.h"
 #include "simulator/PeripheralDynamics.h"
 #include "simulator/Simulators.h"

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "base/conversions.h"
-#include "cli/SimulatedOmr.h"
+#include "cli/simulated/SimulatedOmr.h"
 #include "drivers/basSekonicSR.h"
 #include "simulator/SekonicUsbScript.h"
 #include "tests/support/TestBench.h"

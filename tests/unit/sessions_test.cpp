@@ -9,9 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/BatchHost.h"
 #include "cli/CommandError.h"
-#include "cli/SimulatedSerial.h"
+#include "cli/scan/BatchHost.h"
+#include "cli/simulated/SimulatedSerial.h"
 #include "tests/support/Session.h"
 #include "tests/support/TestBench.h"
 

@@ -102,8 +102,8 @@ HWND DialogUser::Item(int command) const {
   const HWND button = GetDlgItem(dialog_, command);
   return button != nullptr ? button : GetDlgItem(Pane(), command);
 }
-HWND DialogUser::Pane() const { return GetDlgItem(dialog_, platform::kPaneCommand); }
-HWND DialogUser::Window(ControlId id) const { return Item(platform::CommandOf(id)); }
+HWND DialogUser::Pane() const { return GetDlgItem(dialog_, kPaneCommand); }
+HWND DialogUser::Window(ControlId id) const { return Item(CommandOf(id)); }
 std::string DialogUser::Text(ControlId id) const { return TextOf(Window(id)); }
 bool DialogUser::Visible(ControlId id) const { return IsWindowVisible(Window(id)) != FALSE; }
 bool DialogUser::Enabled(ControlId id) const { return IsWindowEnabled(Window(id)) != FALSE; }
@@ -114,7 +114,7 @@ bool DialogUser::HasFocus(ControlId id) const { return FocusWindow() == Window(i
 
 std::string DialogUser::FocusName() const {
   const HWND focus = FocusWindow();
-  const auto id = platform::ControlOfCommand(GetDlgCtrlID(focus));
+  const auto id = ControlOfCommand(GetDlgCtrlID(focus));
   if (focus == nullptr) return "nothing";
   return id ? std::string(ControlName(*id)) : focus == dialog_ ? "the dialog itself" : "another window";
 }
@@ -128,7 +128,7 @@ HWND DialogUser::FocusWindow() const {
 
 void DialogUser::Choose(ControlId list, int position) {
   SendMessageW(Window(list), CB_SETCURSEL, static_cast<WPARAM>(position), 0);
-  const auto parameter = MAKEWPARAM(platform::CommandOf(list), CBN_SELCHANGE);
+  const auto parameter = MAKEWPARAM(CommandOf(list), CBN_SELCHANGE);
   SendMessageW(dialog_, WM_COMMAND, parameter, reinterpret_cast<LPARAM>(Window(list)));
 }
 
@@ -169,7 +169,7 @@ void DialogUser::AccessKey(char character) {
 }
 
 void DialogUser::ClickArrow(ControlId field, bool up) {
-  const HWND arrows = Item(platform::ArrowsCommandOf(field));
+  const HWND arrows = Item(ArrowsCommandOf(field));
   RECT area{};
   GetClientRect(arrows, &area);
   const auto at = MAKELPARAM(area.right / 2, up ? area.bottom / 4 : area.bottom * 3 / 4);

@@ -9,8 +9,8 @@
 
 #include "base/HostServices.h"
 #include "engine/clsTeskReader.h"
-#include "platform/windows/OptionsWindows.h"
 #include "platform/windows/WindowsApi.h"
+#include "setup/windows/OptionsWindows.h"
 
 namespace tesk::test {
 

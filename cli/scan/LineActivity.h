@@ -1,0 +1,41 @@
+// What the wire says about the engine's doing: whether it waits for a sheet or one is under way. Knows no
+// protocol.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "cli/trace/LineObserver.h"
+#include "transport/HostLoop.h"
+
+namespace tesk::cli {
+
+// A host that polls sends the same bytes again and again; a host that works sends something else or takes
+// bytes. Models without a serial line never show any activity.
+class LineActivity : public LineObserver {
+ public:
+  explicit LineActivity(std::shared_ptr<const Clock> clock) : clock_(std::move(clock)) {}
+
+  void Sent(std::string_view bytes) override;
+  void Received(std::string_view bytes) override;
+  void Closed() override { *this = LineActivity(clock_); }
+
+  // The same command goes out over and over: the scanner has no sheet yet.
+  bool Polling() const { return repeated_; }
+  // A command was sent or bytes came no longer than `quiet` ago, and it was no repeated poll.
+  bool Working(Milliseconds quiet) const;
+  // Bytes since the last command.
+  std::size_t AnswerLength() const { return answerLength_; }
+
+ private:
+  std::shared_ptr<const Clock> clock_;
+  std::string lastSent_;
+  bool repeated_ = false;
+  bool active_ = false;
+  std::size_t answerLength_ = 0;
+  TimePoint lastActivity_{};
+};
+
+}  // namespace tesk::cli

@@ -1,0 +1,79 @@
+// The line "settings" of a trace.
+#include "cli/trace/traceSettings.h"
+
+#include <fmt/format.h>
+
+#include "cli/trace/TraceFile.h"
+
+namespace tesk::cli {
+namespace {
+
+constexpr std::string_view kNone = "none";
+
+std::string SizesText(const Int16Array& rows, const Int16Array& columns) {
+  std::string text;
+  for (std::size_t i = 0; i < rows.Elements().size() && i < columns.Elements().size(); ++i) {
+    text += fmt::format("{}{}x{}", i == 0 ? "" : ",", rows.Elements()[i], columns.Elements()[i]);
+  }
+  return text.empty() ? std::string(kNone) : text;
+}
+
+std::string WindowsText(const clsTeskReader& engine) {
+  std::string text;
+  for (std::int32_t i = 1; i <= engine.Windows()->Count(); ++i) {
+    const clsTeskReaderWindow& window = *engine.Windows()->Item(i);
+    text += fmt::format("{}{},{},{},{},{},{},{},{}", i == 1 ? "" : ";", window.StartRow(), window.NumRows(),
+                        window.RowGap(), window.StartCol(), window.NumCols(), window.ColGap(), window.Page(),
+                        window.Orientation());
+  }
+  return text.empty() ? std::string(kNone) : text;
+}
+
+std::string BarcodesText(const clsTeskReader& engine) {
+  std::string text;
+  for (std::int32_t i = 1; i <= engine.Barcodes()->Count(); ++i) {
+    const clsTeskReaderBarcode& barcode = *engine.Barcodes()->Item(AtPosition(i));
+    text += fmt::format("{}{},{},{},{},{},{}", i == 1 ? "" : ";", barcode.Page(), barcode.Field(),
+                        barcode.Distance(), barcode.Length(), std::int32_t{barcode.Symbology()},
+                        std::int32_t{barcode.Orientation()});
+  }
+  return text.empty() ? std::string(kNone) : text;
+}
+
+std::string ImprintText(const clsTeskReader& engine) {
+  const clsTeskReaderPrinter& printer = *engine.Printer();
+  if (!printer.Active()) return " Imprint=none";
+  return fmt::format(" Imprint={};{};{} ImprintPosition={}", EscapedSetting(printer.Buffer1()),
+                     EscapedSetting(printer.Buffer2()), EscapedSetting(printer.Buffer3()),
+                     printer.Distance());
+}
+
+std::string_view DisposalText(Disposal disposal) {
+  switch (disposal) {
+    case Disposal::Eject:
+      return "eject";
+    case Disposal::Reject:
+      return "reject";
+    case Disposal::None:
+      break;
+  }
+  return kNone;
+}
+
+}  // namespace
+
+std::string TraceSettingsText(const clsTeskReader& engine, const ScanPlan& plan) {
+  return fmt::format(
+             "Side1={} Side2={} Duplex={} DuplexForm={} Feeder={} Rejecter={} ReaderGrade={} "
+             "RecognitionMode={} RecognitionThreshold={} MarkDiscrimination={} TimeOut={} SleepTime={} "
+             "Barcode={} Windows={} Barcodes={}",
+             SizesText(engine.Side1Rows(), engine.Side1Cols()),
+             SizesText(engine.Side2Rows(), engine.Side2Cols()), engine.Duplex(), engine.DuplexForm(),
+             engine.Feeder(), engine.Rejecter(), engine.ReaderGrade(), std::int32_t{engine.RecognitionMode()},
+             engine.RecognitionThreshold(), engine.MarkDiscrimination(), engine.TimeOut(), engine.SleepTime(),
+             engine.Barcode(), WindowsText(engine), BarcodesText(engine)) +
+         ImprintText(engine) +
+         fmt::format(" Dispose={} MaxSheets={}", DisposalText(plan.disposal), plan.maxSheets);
+}
+
+}  // namespace tesk::cli

@@ -1,7 +1,7 @@
 # The code of tests is compiled fast instead of fast code: not optimised, not sanitized, common headers only once.
 # What it tests is compiled as ever.
 function(tesk_test_code target)
-  target_compile_options(${target} PRIVATE -O0 -g0)
+  target_compile_options(${target} PRIVATE -Og -g0)
   if(TESKREAD_SANITIZE)
     target_compile_options(${target} PRIVATE -fno-sanitize=all)
   endif()

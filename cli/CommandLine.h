@@ -6,10 +6,12 @@
 #include <string>
 #include <string_view>
 
-#include <CLI/CLI.hpp>
-
 #include "cli/Console.h"
 #include "cli/Output.h"
+
+namespace CLI {
+class App;
+}  // namespace CLI
 
 namespace tesk::cli {
 

@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <cctype>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/conversions.h"
 #include "cli/CommandError.h"
+#include "cli/CommandLine.h"
 
 namespace tesk::cli {
 namespace {

@@ -4,7 +4,10 @@
 #include <string>
 
 #include "base/enumerations.h"
-#include "cli/CommandLine.h"
+
+namespace CLI {
+class App;
+}  // namespace CLI
 
 namespace tesk::cli {
 

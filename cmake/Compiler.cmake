@@ -8,7 +8,7 @@ if(TESKREAD_CCACHE)
 endif()
 
 if(TESKREAD_SANITIZE)
-  add_compile_options(-g1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_compile_options(-Og -g1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
 

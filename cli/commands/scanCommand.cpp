@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include <CLI/CLI.hpp>
+
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/ReaderChoice.h"

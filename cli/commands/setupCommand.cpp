@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "assembly/assembly.h"

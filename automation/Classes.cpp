@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "assembly/assembly.h"
+#include "automation/HelperObject.h"
 #include "automation/Wire.h"
 #include "platform/Platform.h"
 #include "platform/windows/DialogBox.h"
@@ -39,24 +40,9 @@ constexpr CreatableClass kClasses[] = {
 
 #undef TESK_CLASS
 
-class Factory final : public IClassFactory, private Living {
+class Factory final : public HelperObject<IClassFactory> {
  public:
   explicit Factory(const CreatableClass& creatable) : creatable_(creatable) {}
-  virtual ~Factory() = default;
-
-  STDMETHODIMP QueryInterface(REFIID id, void** object) override {
-    if (object == nullptr) return E_POINTER;
-    *object = id == IID_IUnknown || id == IID_IClassFactory ? static_cast<IClassFactory*>(this) : nullptr;
-    if (*object == nullptr) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
-    return static_cast<ULONG>(left);
-  }
 
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
     if (object == nullptr) return E_POINTER;
@@ -73,7 +59,6 @@ class Factory final : public IClassFactory, private Living {
 
  private:
   const CreatableClass& creatable_;
-  LONG references_ = 0;
 };
 
 // Hosts may ask for classes on several threads at once.

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "automation/Com.h"
-#include "automation/Module.h"
+#include "automation/HelperObject.h"
 #include "base/HostServices.h"
 
 namespace tesk::automation {
@@ -16,24 +16,9 @@ namespace tesk::automation {
 // Interface: IEnumVARIANT and its like. Kept owns one item, in clones too; Item is what Next hands out;
 // `void HandOut(const Kept&, Item&)` makes the caller's copy.
 template <class Interface, class Kept, class Item, void (*HandOut)(const Kept&, Item&)>
-class Enumerator final : public Interface, private Living {
+class Enumerator final : public HelperObject<Interface> {
  public:
   explicit Enumerator(std::vector<Kept> items) : items_(std::move(items)) {}
-  virtual ~Enumerator() = default;
-
-  STDMETHODIMP QueryInterface(REFIID id, void** object) override {
-    if (object == nullptr) return E_POINTER;
-    *object = id == IID_IUnknown || id == __uuidof(Interface) ? static_cast<Interface*>(this) : nullptr;
-    if (*object == nullptr) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
-    return static_cast<ULONG>(left);
-  }
 
   STDMETHODIMP Next(ULONG wanted, Item* items, ULONG* fetched) override {
     if (items == nullptr || (fetched == nullptr && wanted != 1)) return E_POINTER;
@@ -67,7 +52,6 @@ class Enumerator final : public Interface, private Living {
  private:
   std::vector<Kept> items_;
   std::size_t next_ = 0;
-  LONG references_ = 0;
 };
 
 inline void HandOutVariant(const ComPtr<IDispatch>& kept, VARIANT& item) {

@@ -12,7 +12,7 @@
 namespace tesk::automation {
 
 // A reference to an object of the host's, released with it.
-class HostReference : public HostObject, private Living {
+class HostReference : public HostObject, private LivingObject {
  public:
   explicit HostReference(IDispatch* object) : object_(object) {}
   ~HostReference() override;
@@ -26,7 +26,7 @@ class HostReference : public HostObject, private Living {
 
 // A reference to an object of the host's that engines on several threads call: every call goes to the
 // apartment that the object came from.
-class SharedReference : private Living {
+class SharedReference : private LivingObject {
  public:
   // Error 51 where the system cannot pass the object on.
   explicit SharedReference(IDispatch* object);

@@ -21,9 +21,9 @@ Process process;
 
 }  // namespace
 
-Living::Living() { ++process.objects; }
+LivingObject::LivingObject() { ++process.objects; }
 
-Living::~Living() { --process.objects; }
+LivingObject::~LivingObject() { --process.objects; }
 
 LONG LivingObjects() { return process.objects; }
 

@@ -10,14 +10,14 @@ namespace tesk::automation {
 
 // An object of the server, or a reference that it keeps to an object of a host's. The server stays loaded
 // while there is one.
-class Living {
+class LivingObject {
  public:
-  Living(const Living&) = delete;
-  Living& operator=(const Living&) = delete;
+  LivingObject(const LivingObject&) = delete;
+  LivingObject& operator=(const LivingObject&) = delete;
 
  protected:
-  Living();
-  ~Living();
+  LivingObject();
+  ~LivingObject();
 };
 
 LONG LivingObjects();

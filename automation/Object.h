@@ -40,7 +40,7 @@ class Object : public Described<Native>::Interface,
                public ISupportErrorInfo,
                public IProvideClassInfo2,
                public IWrapper,
-               private Living {
+               private LivingObject {
  public:
   using Interface = typename Described<Native>::Interface;
 

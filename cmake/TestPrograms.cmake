@@ -1,4 +1,8 @@
-# The code of tests is compiled fast instead of fast code: not optimised, not sanitized, common headers only once.
+# The test programs, and the tests that CTest runs. Every program runs alone, too, from any folder; those of the
+# Windows build need Wine then, and windows_tests its scanners: `tests/fixtures.sh` starts both.
+set(TESKREAD_RUN_TEST "${CMAKE_SOURCE_DIR}/tests/run_test.sh")
+
+# The code of tests is compiled fast instead of fast code: hardly optimised, not sanitized, common headers only once.
 # What it tests is compiled as ever.
 function(tesk_test_code target)
   target_compile_options(${target} PRIVATE -Og -g0)
@@ -16,7 +20,6 @@ function(tesk_test_code target)
   endif()
 endfunction()
 
-# The test programs: unit_tests on every system, process_tests where there are pseudo-terminals.
 function(tesk_test_program name folder)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp")
   file(GLOB_RECURSE support CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/support/*.cpp")
@@ -25,36 +28,68 @@ function(tesk_test_program name folder)
   else()
     list(FILTER sources EXCLUDE REGEX "_windows_test\\.cpp$")
   endif()
-  if(NOT sources)
-    message(STATUS "tests/${folder}/ has no sources: no ${name}")
-    return()
-  endif()
   add_executable(${name} ${sources} ${support})
   target_link_libraries(${name} PRIVATE tesk_cli tesk_options GTest::gmock_main)
   tesk_test_code(${name})
   target_compile_definitions(${name} PRIVATE TESKREAD_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
-  add_test(NAME ${name} COMMAND ${name})
+endfunction()
+
+# tesk_add_cases(PROGRAM SHARDS n [LABELS labels...] [PREFIX folder] [FIXTURES fixtures...])
+# The program's test cases as n tests that may run beside each other; PREFIX is the Wine prefix of a Windows program.
+function(tesk_add_cases program)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "SHARDS;PREFIX" "LABELS;FIXTURES")
+  set(launcher "")
+  if(arg_PREFIX)
+    set(launcher "${CMAKE_SOURCE_DIR}/cmake/wine.sh" "${CMAKE_BINARY_DIR}/${arg_PREFIX}")
+  endif()
+  math(EXPR last "${arg_SHARDS} - 1")
+  foreach(shard RANGE ${last})
+    set(name ${program}.${shard})
+    add_test(NAME ${name} COMMAND "${TESKREAD_RUN_TEST}" cases "${CMAKE_BINARY_DIR}/reports/${name}.json" ${launcher}
+                                  "$<TARGET_FILE:${program}>")
+    set_tests_properties(
+      ${name} PROPERTIES LABELS "${arg_LABELS}" FIXTURES_REQUIRED "${arg_FIXTURES}" TIMEOUT 900
+                         ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${shard}"
+                         ENVIRONMENT_MODIFICATION "DISPLAY=unset:")
+  endforeach()
+endfunction()
+
+# tesk_add_check(NAME COMMAND...): one test that passes when the command's status is 0.
+function(tesk_add_check name)
+  add_test(NAME ${name} COMMAND "${TESKREAD_RUN_TEST}" check ${ARGN} WORKING_DIRECTORY "${CMAKE_SOURCE_DIR}")
+  set_tests_properties(${name} PROPERTIES LABELS check TIMEOUT 300)
+endfunction()
+
+# tesk_add_fixture(NAME [needed fixtures...]): started before the tests that need it, ended after them.
+function(tesk_add_fixture name)
+  foreach(action start stop)
+    add_test(NAME ${name}.${action} COMMAND "${CMAKE_SOURCE_DIR}/tests/fixtures.sh" ${action} ${name} "${CMAKE_BINARY_DIR}")
+    set_tests_properties(${name}.${action} PROPERTIES LABELS fixture TIMEOUT 600)
+  endforeach()
+  set_tests_properties(${name}.start PROPERTIES FIXTURES_SETUP ${name} FIXTURES_REQUIRED "${ARGN}")
+  set_tests_properties(${name}.stop PROPERTIES FIXTURES_CLEANUP ${name} FIXTURES_REQUIRED "${ARGN}")
 endfunction()
 
 tesk_test_program(unit_tests unit)
-if(NOT WIN32 AND TARGET teskread)
-  tesk_test_program(process_tests process)
-  if(TARGET process_tests)
-    target_compile_definitions(process_tests PRIVATE TESKREAD_BINARY="$<TARGET_FILE:teskread>")
-    add_dependencies(process_tests teskread)
-  endif()
-endif()
-if(EXISTS "${CMAKE_SOURCE_DIR}/tests/windows/CMakeLists.txt")
-  add_subdirectory("${CMAKE_SOURCE_DIR}/tests/windows")
-endif()
-
-# Tests that need the scanner maker's library take it from here.
 if(WIN32)
-  add_subdirectory("${CMAKE_SOURCE_DIR}/tests/omrapi" "${CMAKE_BINARY_DIR}/tests/omrapi")
-  foreach(program unit_tests windows_tests)
-    if(TARGET ${program})
-      target_compile_definitions(${program} PRIVATE TESKREAD_OMRAPI="${CMAKE_BINARY_DIR}/tests/omrapi")
-      add_dependencies(${program} omrapi_whole omrapi_decorated omrapi_half)
-    endif()
-  endforeach()
+  add_subdirectory("${CMAKE_SOURCE_DIR}/tests/windows" "${CMAKE_BINARY_DIR}/tests/windows")
+  tesk_add_fixture(wine)
+  tesk_add_fixture(scanners wine)
+  tesk_add_fixture(desktop)
+  tesk_add_cases(unit_tests SHARDS 2 LABELS unit PREFIX wine-prefix FIXTURES wine)
+  tesk_add_cases(windows_tests SHARDS 1 LABELS long PREFIX wine-prefix FIXTURES wine scanners)
+  tesk_add_cases(dialog_tests SHARDS 1 LABELS long PREFIX desktop-prefix FIXTURES desktop)
+  tesk_add_check(server_is_small cmake/check_server.sh size "$<TARGET_FILE:TeskReader99>")
+  tesk_add_check(server_needs_only_windows cmake/check_server.sh imports "$<TARGET_FILE:TeskReader99>")
+else()
+  tesk_test_program(process_tests process)
+  target_compile_definitions(process_tests PRIVATE TESKREAD_BINARY="$<TARGET_FILE:teskread>")
+  add_dependencies(process_tests teskread)
+  tesk_add_cases(unit_tests SHARDS 2 LABELS unit)
+  if(NOT TESKREAD_SANITIZE)
+    tesk_add_cases(process_tests SHARDS 4 LABELS process)
+    foreach(rule includes cycles systems format)
+      tesk_add_check(house_${rule} cmake/check_house.sh ${rule})
+    endforeach()
+  endif()
 endif()

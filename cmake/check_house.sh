@@ -2,6 +2,7 @@
 # Checks the rules of the house that no compiler checks. Prints each fault; the status is 1 if any.
 #   check_house.sh includes   an include points down the house, from the repository root
 #   check_house.sh cycles     no two files include each other by any road
+#   check_house.sh format    the sources stand as clang-format sets them
 #   check_house.sh systems    the question "which system?" is asked in platform/ and automation/ only
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -79,9 +80,14 @@ check_systems() {
   [ -z "$guarded" ] || { printf '%s\n' "$guarded" && return 1; }
 }
 
+check_format() {
+  sources_in "${folders[@]}" bench fuzz tests | tr '\n' '\0' | xargs -0 -r clang-format --dry-run -Werror
+}
+
 case "${1:-}" in
+  format) check_format ;;
   includes) check_includes ;;
   cycles) check_cycles ;;
   systems) check_systems ;;
-  *) sed -n '2,5s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
+  *) sed -n '2,6s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
 esac

@@ -238,7 +238,7 @@ bool ChangeToReadingMode(clsTeskReader& reader) {
   std::int16_t mode = 0;
   for (int polls = 0; mode != kReadingMode; ++polls) {
     if (!GetScanModeNCS(reader, mode)) return false;
-    // Kept: a report beyond the last one that counts is a failure whatever it says.
+    // Compatibility: a report beyond the last one that counts is a failure whatever it says.
     if (polls >= kMostPolls) return Show(kStatusSilence), false;
   }
   return true;

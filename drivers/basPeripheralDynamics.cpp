@@ -291,7 +291,7 @@ bool TakeSheet(clsTeskReader& reader, SerialExchange& line, bool begun, VmrRecor
     if (line.Take(first, kForPerson) != Wait::Arrived) return false;
     const bool ends = first.Text()[0] == kCarriageReturn;
     if (ends ? line.Follows() : first.Text()[0] != kLineFeed) return Refuse(reader, line);
-    // Kept: an ending alone is a sheet, of which no rows were counted.
+    // Compatibility: an ending alone is a sheet, of which no rows were counted.
     if (ends) return reader.SetSide1TimingMarks(-1), true;
   }
   line.Rest(5);

@@ -150,7 +150,7 @@ std::vector<std::shared_ptr<clsTeskReaderWindow>> WindowsOf(const clsTeskReader&
 void DownloadWindows(const clsTeskReader& reader, SerialExchange& line) {
   line.Tell(kForgetWindows);
   for (const auto& window : WindowsOf(reader)) {
-    // Kept: the host's own window is rewritten, so that its next start sends the same.
+    // Compatibility: the host's own window is rewritten, so that its next start sends the same.
     Normalise(Deref(window));
     line.Tell(WindowCommand(*window));
   }
@@ -176,7 +176,7 @@ bool SetUpPageReader(clsTeskReader& reader, SerialExchange& line) {
     reader.SetRejecter(reply.size() > kRejecterPosition && reply[kRejecterPosition] == '1');
   }
   line.Tell(ThresholdCommand(readingMode, reader.RecognitionThreshold()));
-  // Kept: the first character of whichever reply came last.
+  // Compatibility: the first character of whichever reply came last.
   if (reply.front() == '1') line.Tell(DiscriminationCommand(reader.MarkDiscrimination()));
   if (reader.RecognitionMode() == teskRecognitionTypeWindow) DownloadWindows(reader, line);
   return true;
@@ -248,7 +248,7 @@ bool SheetFed(clsTeskReader& reader) {
   const std::string status = AskStatus(reader);
   if (status.empty()) return false;
   const std::string back = status.substr(0, 2);
-  // Kept: two characters, so the last two digits of a code of three.
+  // Compatibility: two characters, so the last two digits of a code of three.
   const std::string front = status.substr(status.size() - std::min<std::size_t>(status.size(), 2));
   if (front != kNoError) return ShowStatus(reader, front);
   if (reader.TwoSided() && back != kNoError) return ShowStatus(reader, back);
@@ -449,7 +449,7 @@ std::optional<Sheet> ReadPageSS(clsTeskReader& reader) {
 std::optional<Sheet> ReadEntirePageSS(clsTeskReader& reader) {
   return Guarded("basScanningSystems.ReadEntirePageSS", [&]() -> std::optional<Sheet> {
     SerialExchange line = Exchange(reader);
-    // Kept: the names of the card's columns hold for side 1 alone.
+    // Compatibility: the names of the card's columns hold for side 1 alone.
     auto side1 = ReadSide(reader, line, "", reader.Side1RowExtent(), NamesOfSide1(reader.ReaderType()));
     if (!side1) return std::nullopt;
     std::optional<SideArray> side2 = SideArray();

@@ -103,7 +103,7 @@ constexpr const char* kFormStartRefused =
 constexpr const char* kFormEndRefused =
     "An error occurred trying to download the form definition to the Scantron scanner while issuing the end "
     "of form command.";
-// Kept: the three differ in blanks and the final full stop.
+// Compatibility: the three differ in blanks and the final full stop.
 constexpr const char* kSide1Refused =
     "An error occurred trying to download the form definition to the Scantron scanner.  Invalid sheet "
     "definition.";
@@ -310,7 +310,7 @@ std::int32_t DecodeStatus(const std::string& record) {
   if (statusClass == '0') return DecodeFlags(static_cast<unsigned char>(record[8]));
   if (statusClass == '1' && record[2] == ' ') Show(kTimingLine);
   if (statusClass == '2') {
-    // Kept: the number is the code of the class character itself, so it is always 50.
+    // Compatibility: the number is the code of the class character itself, so it is always 50.
     ShowComposedMessage(kCommandError.title, LoadString(kCommandError.text) + NumberText(statusClass));
   }
   return -1;
@@ -360,7 +360,7 @@ class Values : public Shape {
     } else if (!Full()) {
       Store(byte);
     } else {
-      // Kept: side 2 of a page has no limit of its own; a row beyond its extent is an error.
+      // Compatibility: side 2 of a page has no limit of its own; a row beyond its extent is an error.
       if (pageMode_ && !places_.empty() && places_.back().side == 2) throw SubscriptOutOfRange();
       surplus_ = true;
     }
@@ -451,7 +451,7 @@ std::vector<Place> PlacesOfWindows(const clsTeskReader& reader) {
   std::vector<Place> places;
   int side = 1;
   for (const clsTeskReaderWindow& window : WindowsOf(reader)) {
-    // Kept: from the first window of a page above 1 on, every window is stored in side 2.
+    // Compatibility: from the first window of a page above 1 on, every window is stored in side 2.
     if (window.Page() > 1) side = 2;
     AddWindow(places, side, window);
   }

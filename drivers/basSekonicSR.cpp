@@ -44,7 +44,7 @@ constexpr std::int32_t kMostBarcodes = 99;       // on one sheet; a library that
 
 // What the set-up wants.
 constexpr std::int32_t kReadingMethod = 3;
-constexpr std::int32_t kOtherReadingMethod = 0;  // kept: deliberately left alone
+constexpr std::int32_t kOtherReadingMethod = 0;  // Compatibility: deliberately left alone
 constexpr std::int32_t kFeedMode = 0;
 constexpr std::int32_t kBarcodeUnitOff = 0;
 constexpr std::int32_t kBarcodeReadType = 23;
@@ -229,7 +229,7 @@ OmrBarcodeArea AreaOf(const clsTeskReaderBarcodes& barcodes) {
 }
 
 void SetUpBarcodes(const clsTeskReader& reader, OmrLibrary& library) {
-  // Kept: here, unlike elsewhere, not 0 means that the call was taken.
+  // Compatibility: here, unlike elsewhere, not 0 means that the call was taken.
   if (library.OMR_SetBarCodeArea(AreaOf(Deref(reader.Barcodes()))) == 0) return;
   library.OMR_SetBarCodeReadType(kBarcodeReadType);
   for (const std::uint8_t code : kUncheckedCodes) library.OMR_SetBarCodeCheckDigit(code, 0);
@@ -341,7 +341,7 @@ Sheet SheetOf(Page page) {
   Sheet sheet;
   sheet.side1 = std::move(page.front.marks);
   sheet.side1TimingMarks = page.front.rows;
-  // Kept: hosts get a second array of full size also where the back was not read.
+  // Compatibility: hosts get a second array of full size also where the back was not read.
   sheet.side2 = page.back ? std::move(page.back->marks) : SideArray(kRows, kColumns);
   if (page.back) sheet.side2TimingMarks = page.back->rows;
   if (page.barcodes) sheet.texts = std::move(*page.barcodes);

@@ -55,7 +55,7 @@ std::optional<WrongLength> OpScanRecord::TakeInMarks(std::uint8_t byte) {
   return std::nullopt;
 }
 
-// Kept: the line that a marker ends is reported under the marker's side, so that the first "b" reports the
+// Compatibility: the line that a marker ends is reported under the marker's side, so that the first "b" reports the
 // last line of side 1 as one of side 2.
 std::optional<WrongLength> OpScanRecord::TakeMarker(std::int32_t side) {
   std::int16_t& lines = lines_[side - 1];
@@ -133,7 +133,7 @@ void OpScanRecord::StoreMark(std::uint8_t character) {
   if (character <= '9') side.At(at.row, at.column) = static_cast<std::int16_t>(character - '0');
   if (character >= 'A') side.At(at.row, at.column) = static_cast<std::int16_t>(character - 'A' + 10);
   if (++at.column <= kColumns) return;
-  side.At(at.row, kColumns) = 0;  // kept: the last column is blank whatever was sent for it
+  side.At(at.row, kColumns) = 0;  // Compatibility: the last column is blank whatever was sent for it
   at.column = 1;
   ++at.row;
 }

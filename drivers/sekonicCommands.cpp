@@ -21,7 +21,7 @@ struct CardReader {
   std::string_view afterwards;  // empty: nothing
 };
 
-// Kept: the SR-410 takes its set-up data without STX and its threshold behind a 0.
+// Compatibility: the SR-410 takes its set-up data without STX and its threshold behind a 0.
 constexpr CardReader kCardReaders[] = {
     {teskReaderTypeScanningSystemsSR410, "\020T\r1\r", "\020DL0", 1, ""},
     {teskReaderTypeSekonicSR430, "\020T\r\0022\r", "\020DL", 2, "\02315\r"},

@@ -9,7 +9,7 @@ struct ErrorText {
   std::string_view text;
 };
 
-// Kept: the wording ("there paper feed jam", "No data read was read") and the double blanks; they are the
+// Compatibility: the wording ("there paper feed jam", "No data read was read") and the double blanks; they are the
 // keys of translations.
 constexpr ErrorText kErrors[] = {
     {0x01020005,

@@ -53,7 +53,7 @@ constexpr StatusText kCardReaders[] = {
     {81, kCommunicationsError},
     {112, kHardware},
     {113, kHardware},
-    // Kept: 114 has no message.
+    // Compatibility: 114 has no message.
     {115, kHardware},
     {116, kHardware},
     {117, kHardware},

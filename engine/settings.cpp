@@ -55,7 +55,7 @@ constexpr Setting Whole32(const char* name, const char* missing) {
           [](W& r, T& t) { (r.*kSet)(static_cast<ValueOf<kGet>>(ToInt32(Val(t)))); }};
 }
 
-// Kept: hosts rely on two numbers going through the Boolean rule, so every number but 0 becomes -1.
+// Compatibility: hosts rely on two numbers going through the Boolean rule, so every number but 0 becomes -1.
 template <auto kGet, auto kSet>
 constexpr Setting NumberReadAsBoolean(const char* name, const char* missing) {
   return {name, missing, kBoolean, [](R& r) { return NumberText((r.*kGet)()); },

@@ -22,7 +22,7 @@ std::optional<std::string> StoredText(std::uint32_t type, std::string_view bytes
   if (type == kTypeText || type == kTypeExpandableText) return text;
   if (type != kTypeNumber) return std::nullopt;
   if (text.empty()) return text;
-  // Kept: each byte becomes hexadecimal without a leading zero, and the zero that ends the text ends the
+  // Compatibility: each byte becomes hexadecimal without a leading zero, and the zero that ends the text ends the
   // number too, so numbers above 255 do not come back as they were.
   std::string digits;
   for (auto c = text.rbegin(); c != text.rend(); ++c) digits += HexText(static_cast<unsigned char>(*c));

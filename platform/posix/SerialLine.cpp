@@ -30,28 +30,8 @@ namespace {
 
 using Steady = std::chrono::steady_clock;
 
+constexpr const char* kNoun = "device";
 constexpr std::size_t kReadLimit = std::size_t{64} * 1024;  // bytes
-constexpr Milliseconds kPoll(5);
-// Closing waits for what was written to leave the line: so long without progress, and so long in all.
-constexpr Milliseconds kDrainPatience(1000);
-constexpr Milliseconds kDrainLimit(10000);
-
-RunTimeError Gone(std::int32_t number, const std::string& device, const std::string& reason) {
-  return {number,
-          "The device " + device + " is gone.",
-          {},
-          "The system says: " + reason +
-              ".|Check the scanner's power, its cable and the adaptor, then start the reader again."};
-}
-
-RunTimeError NotTaken(const std::string& device) {
-  return {kErrorLineWrite,
-          "The scanner on " + device + " does not take what is sent to it.",
-          {},
-          "Check that the handshaking of reader and scanner agree, and that the cable has the handshaking "
-          "lines.|Check that the scanner is switched on and not paused."};
-}
-
 // Advisory lock first: it is released with the descriptor, however the program ends.
 void Claim(int descriptor, const std::string& device) {
   if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
@@ -84,7 +64,9 @@ class PosixSerialLine : public SerialLine {
         descriptor_(OpenDevice(device)),
         claim_(descriptor_.Get(), device),
         mode_(descriptor_.Get(), device) {}
-  ~PosixSerialLine() override { Drain(); }
+  ~PosixSerialLine() override {
+    Drain([this] { return Unsent(); }, [this] { ::ioctl(descriptor_.Get(), TCFLSH, TCOFLUSH); });
+  }
 
   // What came while nobody listened belongs to no conversation.
   void Start(const LineSettings& settings) {
@@ -116,7 +98,6 @@ class PosixSerialLine : public SerialLine {
   std::size_t WriteSome(std::string_view bytes);
   void WaitForRoom(Steady::time_point deadline);
   int Unsent() const;
-  void Drain();
 
   std::string device_;
   Milliseconds patience_;
@@ -143,8 +124,8 @@ std::string PosixSerialLine::Read() {
     if (count < 0 && errno == EINTR) continue;
     // Bytes that came before the end are handed over first; the next call finds the end again.
     if (!bytes.empty()) break;
-    if (count == 0) throw Gone(kErrorLineRead, device_, "End of file");
-    if (errno != EAGAIN) throw Gone(kErrorLineRead, device_, SystemReason(errno));
+    if (count == 0) throw Gone(kErrorLineRead, kNoun, device_, "End of file");
+    if (errno != EAGAIN) throw Gone(kErrorLineRead, kNoun, device_, SystemReason(errno));
     CheckAlive();
     // The last bytes of an answer may be the lost ones, and silence would pass for its end.
     CheckDamage();
@@ -164,7 +145,8 @@ void PosixSerialLine::CheckDamage() {
 void PosixSerialLine::CheckAlive() {
   pollfd state{descriptor_.Get(), POLLIN, 0};
   if (::poll(&state, 1, 0) <= 0 || (state.revents & POLLIN) != 0) return;
-  if ((state.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) throw Gone(kErrorLineRead, device_, "Hung up");
+  if ((state.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0)
+    throw Gone(kErrorLineRead, kNoun, device_, "Hung up");
 }
 
 void PosixSerialLine::Write(std::string_view bytes) {
@@ -184,7 +166,7 @@ std::size_t PosixSerialLine::WriteSome(std::string_view bytes) {
   const ssize_t count = ::write(descriptor_.Get(), bytes.data(), bytes.size());
   if (count >= 0) return static_cast<std::size_t>(count);
   if (errno == EAGAIN || errno == EINTR) return 0;
-  throw Gone(kErrorLineWrite, device_, SystemReason(errno));
+  throw Gone(kErrorLineWrite, kNoun, device_, SystemReason(errno));
 }
 
 // The device may promise room and then take nothing; the pause keeps that from being a spin.
@@ -202,23 +184,6 @@ int PosixSerialLine::Unsent() const {
   unsigned state = TIOCSER_TEMT;
   if (::ioctl(descriptor_.Get(), TIOCSERGETLSR, &state) != 0) state = TIOCSER_TEMT;
   return queued + ((state & TIOCSER_TEMT) == 0 ? 1 : 0);
-}
-
-// The last command must still reach the scanner; what a held line does not take is thrown away, since
-// closing would wait for it.
-void PosixSerialLine::Drain() {
-  const auto start = Steady::now();
-  auto progress = start;
-  int before = Unsent();
-  while (before > 0) {
-    std::this_thread::sleep_for(kPoll);
-    const int now = Unsent();
-    if (now < before) progress = Steady::now();
-    before = now;
-    if (Steady::now() - progress < kDrainPatience && Steady::now() - start < kDrainLimit) continue;
-    ::ioctl(descriptor_.Get(), TCFLSH, TCOFLUSH);
-    break;
-  }
 }
 
 }  // namespace
@@ -250,9 +215,7 @@ PosixSerialSystem::PosixSerialSystem(DevicePaths paths, Milliseconds patience, C
     : paths_(std::move(paths)), patience_(patience), counters_(std::move(counters)) {}
 
 std::unique_ptr<SerialLine> PosixSerialSystem::Open(std::int16_t port, const LineSettings& settings) {
-  if (port < 1 || port > 16) {
-    throw RunTimeError(kErrorPort, "Invalid port number", {}, "Ports are numbered 1 to 16.");
-  }
+  CheckPortNumber(port);
   auto line = std::make_unique<PosixSerialLine>(paths_(port), patience_, counters_);
   line->Start(settings);
   return line;

@@ -8,14 +8,12 @@
 #include <optional>
 #include <string>
 
+#include "platform/LineCommon.h"
 #include "platform/posix/LineCounters.h"
 #include "transport/HostLoop.h"
 #include "transport/SerialLine.h"
 
 namespace tesk::platform {
-
-// The device path of a port 1..16.
-using DevicePaths = std::function<std::string(std::int16_t port)>;
 
 // Ports 1 to 8 are /dev/ttyS0 to 7, 9 to 16 /dev/ttyUSB0 to 7; TESKREADER_PORT_<N> overrides one, and
 // `explicitPort`, where not empty, is Port 1 whatever else is said.
@@ -26,8 +24,7 @@ using CounterSource = std::function<std::optional<LineCounters>(int descriptor)>
 
 class PosixSerialSystem : public SerialSystem {
  public:
-  // patience: how long a write waits without progress.
-  explicit PosixSerialSystem(DevicePaths paths, Milliseconds patience = std::chrono::seconds(5),
+  explicit PosixSerialSystem(DevicePaths paths, Milliseconds patience = kWritePatience,
                              CounterSource counters = CountersOf);
   std::unique_ptr<SerialLine> Open(std::int16_t port, const LineSettings& settings) override;
 

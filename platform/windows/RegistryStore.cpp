@@ -7,32 +7,13 @@
 
 #include "base/RunTimeError.h"
 #include "base/conversions.h"
+#include "platform/Platform.h"
 #include "platform/SettingsStores.h"
+#include "platform/windows/Text.h"
 #include "platform/windows/WindowsApi.h"
 
 namespace tesk::platform {
 namespace {
-
-constexpr std::int32_t kErrorFileAccess = 75;
-
-std::string Convert(std::string_view text, UINT from, UINT to) {
-  if (text.empty()) return {};
-  const int length = static_cast<int>(text.size());
-  std::wstring wide(static_cast<std::size_t>(MultiByteToWideChar(from, 0, text.data(), length, nullptr, 0)),
-                    L'\0');
-  MultiByteToWideChar(from, 0, text.data(), length, wide.data(), static_cast<int>(wide.size()));
-  const int wideLength = static_cast<int>(wide.size());
-  std::string converted(static_cast<std::size_t>(WideCharToMultiByte(to, 0, wide.data(), wideLength, nullptr,
-                                                                     0, nullptr, nullptr)),
-                        '\0');
-  WideCharToMultiByte(to, 0, wide.data(), wideLength, converted.data(), static_cast<int>(converted.size()),
-                      nullptr, nullptr);
-  return converted;
-}
-
-std::string Ansi(std::string_view utf8) { return Convert(utf8, CP_UTF8, CP_ACP); }
-
-std::string Utf8(std::string_view ansi) { return Convert(ansi, CP_ACP, CP_UTF8); }
 
 // The roots have the values of the predefined handles.
 HKEY Root(teskReaderRegistryKey root) {
@@ -69,13 +50,13 @@ class RegistryStore : public SettingsStore {
                   const std::vector<StoredValue>& values) override {
     std::string keyClass = "1";
     Key opened;
-    LONG error = RegCreateKeyExA(Root(root), Ansi(key).c_str(), 0, keyClass.data(), 0, KEY_WRITE, nullptr,
-                                 opened.Place(), nullptr);
+    LONG error = RegCreateKeyExA(Root(root), Utf8ToAnsi(key).c_str(), 0, keyClass.data(), 0, KEY_WRITE,
+                                 nullptr, opened.Place(), nullptr);
     if (error != ERROR_SUCCESS) throw Refused(key, error);
     for (const auto& [name, text] : values) {
-      const std::string bytes = Ansi(text);
-      // Kept: the length counts no terminating zero.
-      error = RegSetValueExA(opened.Get(), Ansi(name).c_str(), 0, REG_SZ,
+      const std::string bytes = Utf8ToAnsi(text);
+      // Compatibility: the length counts no terminating zero.
+      error = RegSetValueExA(opened.Get(), Utf8ToAnsi(name).c_str(), 0, REG_SZ,
                              reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
       if (error != ERROR_SUCCESS) throw Refused(key, error);
     }
@@ -85,20 +66,20 @@ class RegistryStore : public SettingsStore {
   std::optional<std::string> LoadValue(teskReaderRegistryKey root, const std::string& key,
                                        const std::string& name) override {
     Key opened;
-    if (RegOpenKeyExA(Root(root), Ansi(key).c_str(), 0, KEY_READ, opened.Place()) != ERROR_SUCCESS) {
+    if (RegOpenKeyExA(Root(root), Utf8ToAnsi(key).c_str(), 0, KEY_READ, opened.Place()) != ERROR_SUCCESS) {
       return std::nullopt;
     }
     std::array<BYTE, kLongestValue> buffer{};
     DWORD type = 0;
     auto length = static_cast<DWORD>(buffer.size());
-    if (RegQueryValueExA(opened.Get(), Ansi(name).c_str(), nullptr, &type, buffer.data(), &length) !=
+    if (RegQueryValueExA(opened.Get(), Utf8ToAnsi(name).c_str(), nullptr, &type, buffer.data(), &length) !=
         ERROR_SUCCESS) {
       return std::nullopt;
     }
     const auto* bytes = reinterpret_cast<const char*>(buffer.data());
     const auto text = StoredText(type, std::string_view(bytes, std::min<std::size_t>(length, buffer.size())));
     if (!text) return std::nullopt;
-    return Utf8(*text);
+    return AnsiToUtf8(*text);
   }
 
   bool DeleteValues(teskReaderRegistryKey root, const std::string& key,
@@ -106,16 +87,16 @@ class RegistryStore : public SettingsStore {
     bool removed = false;
     {
       Key opened;
-      if (RegOpenKeyExA(Root(root), Ansi(key).c_str(), 0, KEY_READ | KEY_WRITE, opened.Place()) !=
+      if (RegOpenKeyExA(Root(root), Utf8ToAnsi(key).c_str(), 0, KEY_READ | KEY_WRITE, opened.Place()) !=
           ERROR_SUCCESS) {
         return false;
       }
       for (const std::string& name : names) {
-        removed = RegDeleteValueA(opened.Get(), Ansi(name).c_str()) == ERROR_SUCCESS || removed;
+        removed = RegDeleteValueA(opened.Get(), Utf8ToAnsi(name).c_str()) == ERROR_SUCCESS || removed;
       }
       if (!IsEmpty(opened.Get())) return removed;
     }
-    if (!key.empty()) RegDeleteKeyA(Root(root), Ansi(key).c_str());
+    if (!key.empty()) RegDeleteKeyA(Root(root), Utf8ToAnsi(key).c_str());
     return removed;
   }
 
@@ -134,7 +115,7 @@ constexpr int kDeepest = 16;  // levels below the root that are looked through
 // Keys that may not be read hold nothing of ours.
 void AddKeys(HKEY parent, const std::string& path, int level, std::vector<std::string>& keys) {
   if (RegQueryValueExA(parent, "ScannerType", nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS) {
-    keys.push_back(Utf8(path));
+    keys.push_back(AnsiToUtf8(path));
   }
   std::array<char, 256> name{};
   auto size = static_cast<DWORD>(name.size());

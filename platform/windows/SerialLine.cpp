@@ -17,31 +17,12 @@
 namespace tesk::platform {
 namespace {
 
-using Steady = std::chrono::steady_clock;
-
+constexpr const char* kNoun = "port";
 constexpr DWORD kReadLimit = 64 * 1024;    // bytes; more than the longest record
 constexpr DWORD kSendQueue = 4 * 1024;     // bytes
 constexpr std::size_t kWriteChunk = 1024;  // bytes that one operation sends
 constexpr std::int64_t kBitsPerByte = 12;  // start, 8 data, parity and 2 stop bits
 constexpr DWORD kReadPatience = 1000;      // milliseconds; a read takes only what is there already
-constexpr Milliseconds kDrainPatience(1000);
-constexpr Milliseconds kDrainLimit(10000);
-
-RunTimeError Gone(std::int32_t number, const std::string& device, DWORD error) {
-  return {number,
-          "The port " + device + " is gone.",
-          {},
-          "The system says: " + SystemReason(error) +
-              ".|Check the scanner's power, its cable and the adaptor, then start the reader again."};
-}
-
-RunTimeError NotTaken(const std::string& device) {
-  return {kErrorLineWrite,
-          "The scanner on " + device + " does not take what is sent to it.",
-          {},
-          "Check that the handshaking of reader and scanner agree, and that the cable has the handshaking "
-          "lines.|Check that the scanner is switched on and not paused."};
-}
 
 // Only in the device namespace are port numbers above 9 names of ports.
 std::wstring DeviceName(const std::string& device) {
@@ -91,7 +72,7 @@ class WindowsSerialLine : public SerialLine {
   void WatchArrival();
   std::size_t WriteSome(std::string_view bytes);
   DWORD ChunkPatience(std::size_t size) const;
-  void Drain();
+  std::int64_t Unsent() const;
 
   std::string device_;
   Milliseconds patience_;
@@ -107,13 +88,14 @@ class WindowsSerialLine : public SerialLine {
 
 WindowsSerialLine::~WindowsSerialLine() {
   ::SetCommMask(port_.Get(), 0);
-  Drain();
+  Drain([this] { return Unsent(); }, [this] { ::PurgeComm(port_.Get(), PURGE_TXABORT | PURGE_TXCLEAR); });
 }
 
 COMSTAT WindowsSerialLine::Status(std::int32_t errorNumber) {
   DWORD errors = 0;
   COMSTAT status{};
-  if (!::ClearCommError(port_.Get(), &errors, &status)) throw Gone(errorNumber, device_, ::GetLastError());
+  if (!::ClearCommError(port_.Get(), &errors, &status))
+    throw Gone(errorNumber, kNoun, device_, SystemReason(::GetLastError()));
   if (const auto damage = DamageIn(errors)) throw Damaged(device_, *damage);
   return status;
 }
@@ -145,7 +127,8 @@ std::string WindowsSerialLine::Read() {
   reading_.Begin(::ReadFile(port_.Get(), buffer.data(), waiting, nullptr, &reading_.Shared().overlapped));
   auto outcome = reading_.Wait(kReadPatience);
   if (!outcome) outcome = reading_.Cancel();
-  if (outcome->error != ERROR_SUCCESS) throw Gone(kErrorLineRead, device_, outcome->error);
+  if (outcome->error != ERROR_SUCCESS)
+    throw Gone(kErrorLineRead, kNoun, device_, SystemReason(outcome->error));
   return reading_.Shared().buffer.substr(0, outcome->bytes);
 }
 
@@ -167,7 +150,7 @@ std::size_t WindowsSerialLine::WriteSome(std::string_view bytes) {
     Status(kErrorLineWrite);
     throw NotTaken(device_);
   }
-  throw Gone(kErrorLineWrite, device_, outcome->error);
+  throw Gone(kErrorLineWrite, kNoun, device_, SystemReason(outcome->error));
 }
 
 // Patience begins where the line's own time for the bytes ends.
@@ -176,23 +159,11 @@ DWORD WindowsSerialLine::ChunkPatience(std::size_t size) const {
   return static_cast<DWORD>(line + patience_.count());
 }
 
-// The last command must still reach the scanner; what a held line does not take is thrown away, since
-// closing would wait for it.
-void WindowsSerialLine::Drain() {
-  const auto start = Steady::now();
-  auto progress = start;
-  DWORD before = MAXDWORD;
+// Bytes that were written and have not left yet; none of a port that is gone.
+std::int64_t WindowsSerialLine::Unsent() const {
   DWORD errors = 0;
   COMSTAT status{};
-  while (::ClearCommError(port_.Get(), &errors, &status) && status.cbOutQue > 0) {
-    if (status.cbOutQue < before) progress = Steady::now();
-    before = status.cbOutQue;
-    if (Steady::now() - progress > kDrainPatience || Steady::now() - start > kDrainLimit) {
-      ::PurgeComm(port_.Get(), PURGE_TXABORT | PURGE_TXCLEAR);
-      return;
-    }
-    ::Sleep(5);
-  }
+  return ::ClearCommError(port_.Get(), &errors, &status) ? std::int64_t{status.cbOutQue} : 0;
 }
 
 // "com23:" is how some write COM23.
@@ -222,9 +193,7 @@ WindowsSerialSystem::WindowsSerialSystem(DevicePaths paths, Milliseconds patienc
     : paths_(std::move(paths)), patience_(patience) {}
 
 std::unique_ptr<SerialLine> WindowsSerialSystem::Open(std::int16_t port, const LineSettings& settings) {
-  if (port < 1 || port > 16) {
-    throw RunTimeError(kErrorPort, "Invalid port number", {}, "Ports are numbered 1 to 16.");
-  }
+  CheckPortNumber(port);
   auto line = std::make_unique<WindowsSerialLine>(paths_(port), patience_);
   line->Start(settings);
   return line;

@@ -7,13 +7,11 @@
 #include <memory>
 #include <string>
 
+#include "platform/LineCommon.h"
 #include "transport/HostLoop.h"
 #include "transport/SerialLine.h"
 
 namespace tesk::platform {
-
-// The name ("COM3") or device path of a port 1..16.
-using DevicePaths = std::function<std::string(std::int16_t port)>;
 
 // Port N is COMN; TESKREADER_PORT_<N> overrides one, and `explicitPort`, where not empty, is Port 1
 // whatever else is said.
@@ -21,8 +19,7 @@ DevicePaths DefaultDevicePaths(std::string explicitPort);
 
 class WindowsSerialSystem : public SerialSystem {
  public:
-  // patience: how long a write waits without progress.
-  explicit WindowsSerialSystem(DevicePaths paths, Milliseconds patience = std::chrono::seconds(5));
+  explicit WindowsSerialSystem(DevicePaths paths, Milliseconds patience = kWritePatience);
   std::unique_ptr<SerialLine> Open(std::int16_t port, const LineSettings& settings) override;
 
  private:

@@ -24,7 +24,7 @@ struct Model {
   bool bothSides;
   SHORT side2TimingMarks;  // as reported: -1 not at all, 0 of a side that was not read
   simulator::Sheet (*reads)(const simulator::Sheet& paper);  // a sheet as the reader is to hold it
-  bool endSaysTrue;  // kept: the VMR138 says False however well it ended
+  bool endSaysTrue;  // Compatibility: the VMR138 says False however well it ended
 };
 
 inline constexpr std::int16_t kVmrThreshold = 200;  // some steps above where the scanner starts

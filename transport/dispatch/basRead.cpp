@@ -23,7 +23,7 @@ constexpr struct {
   CloseYields yields;
 } kClosing[] = {
     {Family::Chatsworth, CloseYields::True},           // has no close routine
-    {Family::PeripheralDynamics, CloseYields::False},  // kept: its result never reaches the host
+    {Family::PeripheralDynamics, CloseYields::False},  // Compatibility: its result never reaches the host
 };
 
 const Driver* DriverOf(teskReaderType type) {

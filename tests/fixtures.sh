@@ -42,12 +42,14 @@ wait_for() { # PATTERN FILE
   done
 }
 
-# One run of the loader beforehand: programs then start in milliseconds.
-start_wine() {
-  [ -f "$build/wine-prefix/system.reg" ] || in_wine wine-prefix wineboot -i
-  in_wine wine-prefix wineserver -p
-  in_wine wine-prefix cmd /c exit
+# A server that stays, and one run of the loader beforehand: programs then start in milliseconds.
+start_prefix() { # PREFIX
+  in_wine "$1" wineserver -p || true # one that stays already is as good
+  [ -f "$build/$1/system.reg" ] || in_wine "$1" wineboot -i
+  in_wine "$1" cmd /c exit
 }
+
+start_wine() { start_prefix wine-prefix; }
 
 end_wine() { # PREFIX
   in_wine "$1" wineserver -k || true
@@ -61,8 +63,7 @@ start_desktop() {
   mkdir -p -- "$prefix"
   keep_running screen sh -c 'exec Xvfb -displayfd 3 -screen 0 2560x1600x24 3>"$1"' sh "$prefix/screen"
   wait_for '[0-9]' "$prefix/screen"
-  [ -f "$prefix/system.reg" ] || in_wine desktop-prefix wineboot -i
-  in_wine desktop-prefix wineserver -p
+  start_prefix desktop-prefix
   in_wine desktop-prefix reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
 }
 

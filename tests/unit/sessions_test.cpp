@@ -1,9 +1,12 @@
 // The recorded sessions, replayed on virtual time: the same bytes must go out and the same sheets come in.
 // And the reader of traces, which trusts nothing.
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
-#include <ostream>
+#include <set>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -11,8 +14,9 @@
 
 #include "cli/CommandError.h"
 #include "cli/scan/BatchHost.h"
+#include "cli/scan/ScanPlan.h"
 #include "cli/simulated/SimulatedSerial.h"
-#include "tests/support/Session.h"
+#include "cli/trace/TraceFile.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {
@@ -21,9 +25,40 @@ namespace {
 using simulator::Direction;
 using simulator::Milliseconds;
 using simulator::Recorded;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+std::string FileText(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// The scan that the settings of a trace describe.
+cli::ScanPlan PlanOf(const cli::RecordedTrace& trace) {
+  cli::ScanOptions options;
+  options.reader = std::to_string(std::int32_t{trace.reader});
+  options.port = "sim";
+  const std::map<std::string, std::string*> texts = {{"Side1", &options.side1},
+                                                     {"Side2", &options.side2},
+                                                     {"ImprintPosition", &options.imprintPosition},
+                                                     {"Dispose", &options.dispose},
+                                                     {"MaxSheets", &options.maxSheets}};
+  const std::map<std::string, std::vector<std::string>*> lists = {
+      {"Windows", &options.windows}, {"Barcodes", &options.barcodes}, {"Imprint", &options.imprints}};
+  for (const auto& [name, value] : trace.settings) {
+    if (texts.contains(name)) {
+      *texts.at(name) = value == "none" && name.starts_with("Side") ? "" : value;
+    } else if (!lists.contains(name)) {
+      options.assignments.push_back(name + "=" + value);
+    } else if (value != "none") {
+      *lists.at(name) = cli::SplitText(value, ';');
+    }
+  }
+  return cli::ParseScanOptions(options);
+}
 
 // What a scan writes.
 struct Outcome : cli::SheetTaker {
@@ -68,57 +103,38 @@ Outcome ReplaySession(cli::RecordedTrace trace) {
   return outcome;
 }
 
-class Session : public testing::TestWithParam<std::string> {};
+TEST(Sessions, GoOverTheWireByteByByteAsRecordedAndReadTheSameSheets) {
+  std::set<std::string> families;
+  for (const auto& entry : fs::directory_iterator(TESKREAD_TEST_DATA "/../sessions")) {
+    fs::path path = entry.path();
+    if (path.extension() != ".trace") continue;
+    SCOPED_TRACE(path.filename().string());
+    families.insert(path.filename().string().substr(0, path.filename().string().find('-')));
+    cli::RecordedTrace trace = cli::ReadTraceFile(path.string());
+    EXPECT_THAT(trace.comments, ElementsAre(testing::StartsWith("model: "), testing::StartsWith("from: "),
+                                            testing::StartsWith("shows: ")));
+    const Outcome outcome = ReplaySession(trace);
+    EXPECT_THAT(outcome.complaints, IsEmpty());
+    EXPECT_EQ(outcome.sheets, FileText(path.replace_extension(".ndjson")));
+    EXPECT_EQ(outcome.messages, FileText(path.replace_extension(".messages")));
 
-TEST_P(Session, GoesOverTheWireByteByByteAsRecordedAndReadsTheSameSheets) {
-  const Outcome outcome = ReplaySession(SessionTrace(GetParam()));
-  EXPECT_THAT(outcome.complaints, IsEmpty());
-  EXPECT_EQ(outcome.sheets, SessionFile(GetParam(), ".ndjson"));
-  EXPECT_EQ(outcome.messages, SessionFile(GetParam(), ".messages"));
-}
-
-TEST_P(Session, SaysWhereItIsFrom) {
-  const auto comments = SessionTrace(GetParam()).comments;
-  ASSERT_EQ(comments.size(), 3U);
-  EXPECT_THAT(comments[0], testing::StartsWith("model: "));
-  EXPECT_THAT(comments[1], testing::StartsWith("from: "));
-  EXPECT_THAT(comments[2], testing::StartsWith("shows: "));
-}
-
-TEST_P(Session, AHostThatSendsOneOtherByteIsCaughtAtIt) {
-  cli::RecordedTrace trace = SessionTrace(GetParam());
-  const auto last = std::find_if(trace.session.rbegin(), trace.session.rend(), [](const Recorded& record) {
-    return record.direction == Direction::FromHost;
-  });
-  ASSERT_NE(last, trace.session.rend());
-  last->bytes.back() = static_cast<char>(last->bytes.back() ^ 1);
-  const std::string place = "line " + std::to_string(last->line) + " ";
-  const std::string byte = "byte " + std::to_string(last->bytes.size()) + " of ";
-  EXPECT_THAT(ReplaySession(std::move(trace)).complaints,
-              ElementsAre(testing::AllOf(HasSubstr(place), HasSubstr(byte))));
-}
-
-INSTANTIATE_TEST_SUITE_P(Recorded, Session, testing::ValuesIn(SessionNames()), [](const auto& tested) {
-  std::string name = tested.param;
-  std::replace(name.begin(), name.end(), '-', '_');
-  return name;
-});
-
-TEST(Sessions, EverySerialFamilyIsThere) {
-  const auto names = SessionNames();
-  for (const char* family : {"scanmark-", "scantron8000-", "opscan-", "sekonic-", "sr430-", "vmr138-"}) {
-    EXPECT_THAT(names, testing::Contains(testing::StartsWith(family)));
+    // A host that sends one other byte is caught at it.
+    const auto last = std::ranges::find(trace.session.rbegin(), trace.session.rend(), Direction::FromHost,
+                                        &Recorded::direction);
+    ASSERT_NE(last, trace.session.rend());
+    last->bytes.back() = static_cast<char>(last->bytes.back() ^ 1);
+    EXPECT_THAT(ReplaySession(trace).complaints,
+                ElementsAre(AllOf(HasSubstr("line " + std::to_string(last->line) + " "),
+                                  HasSubstr("byte " + std::to_string(last->bytes.size()) + " of "))));
   }
+  EXPECT_THAT(families, ElementsAre("opscan", "scanmark", "sekonic", "vmr138"));
 }
 
 std::vector<Recorded> ShortSession() {
   return {{Direction::FromHost, "READ", Milliseconds(0), 7, "0.1"},
           {Direction::ToHost, "one", Milliseconds(100), 8, "0.2"},
           {Direction::ToHost, "two", Milliseconds(50), 9, "0.25"},
-          {Direction::FromHost,
-           "\x1b"
-           "E\r",
-           Milliseconds(0), 10, "0.3"}};
+          {Direction::FromHost, "\x1bQ\r", Milliseconds(0), 10, "0.3"}};
 }
 
 TEST(Replay, AnswersWithTheRecordedDelays) {
@@ -131,46 +147,35 @@ TEST(Replay, AnswersWithTheRecordedDelays) {
   EXPECT_EQ(replay.Send(start + Milliseconds(100)), "one");
   EXPECT_EQ(replay.Send(start + Milliseconds(149)), "");
   EXPECT_EQ(replay.Send(start + Milliseconds(150)), "two");
-  replay.Receive(
-      "\x1b"
-      "E\r",
-      start);
+  replay.Receive("\x1bQ\r", start);
   replay.End();
   EXPECT_THAT(replay.Complaints(), IsEmpty());
 }
 
-struct Difference {
-  const char* sent;
-  const char* complaint;
-};
-
 TEST(Replay, SaysWhereTheHostPartsAndIsSilentFromThenOn) {
-  const Difference differences[] = {
+  const std::pair<const char*, const char*> differences[] = {
       {"REXD",
        "line 7 (0.1 s), byte 3 of 4: expected \"A\", got \"X\"; the record is \"READ\", the host sent "
        "\"REX\""},
-      {"READ\x1b"
-       "F\r",
-       "line 10 (0.3 s), byte 2 of 3: expected \"E\", got \"F\"; the record is \"<1B>E<0D>\", "
-       "the host sent \"<1B>F\""},
-      {"READ\x1b"
-       "E\rX",
-       "at the end of the session, after line 10 (0.3 s): expected nothing more, got \"X\""},
+      {"READ\x1bR\r",
+       "line 10 (0.3 s), byte 2 of 3: expected \"Q\", got \"R\"; the record is \"<1B>Q<0D>\", "
+       "the host sent \"<1B>R\""},
+      {"READ\x1bQ\rX", "at the end of the session, after line 10 (0.3 s): expected nothing more, got \"X\""},
       {"READ\x1b",
-       "line 10 (0.3 s), byte 2 of 3: expected \"E<0D>\", got nothing more; records of the host's "
+       "line 10 (0.3 s), byte 2 of 3: expected \"Q<0D>\", got nothing more; records of the host's "
        "that were not sent whole: 1"},
       {"",
        "line 7 (0.1 s), byte 1 of 4: expected \"READ\", got nothing more; records of the host's that were "
        "not sent whole: 2"},
   };
-  for (const Difference& difference : differences) {
+  for (const auto& [sent, complaint] : differences) {
     simulator::Replay replay(ShortSession(), {});
-    replay.Receive(difference.sent, {});
+    replay.Receive(sent, {});
     if (!replay.Complaints().empty()) {
       EXPECT_FALSE(replay.NextDue());
     }
     replay.End();
-    EXPECT_THAT(replay.Complaints(), ElementsAre(difference.complaint));
+    EXPECT_THAT(replay.Complaints(), ElementsAre(complaint));
   }
 }
 
@@ -216,14 +221,12 @@ TEST(TraceFile, KeepsADelayThatTheHostWaitedOutAndShortensOthers) {
   EXPECT_EQ(trace.session[2].line, 11U);
 }
 
-struct Spoiled {
-  std::size_t line;  // from 1
-  const char* text;
-  const char* refusal;
-};
-
 TEST(TraceFile, IsRefusedWithTheLineThatIsWrong) {
-  const Spoiled spoiled[] = {
+  const struct {
+    std::size_t line;  // from 1
+    const char* text;
+    const char* refusal;
+  } spoiled[] = {
       {1, "teskread-trace 2", "this is no trace"},
       {2, "version ", "\"version V\" is expected"},
       {3, "reader 99 x", "the reader \"99\""},
@@ -247,11 +250,11 @@ TEST(TraceFile, IsRefusedWithTheLineThatIsWrong) {
       {10, "   0.500000 < 42 |B|", "the time is before"},
       {12, "  99.100000 open 1 9600,N,8,1 none", "the port is open already"},
   };
-  for (const Spoiled& one : spoiled) {
+  for (const auto& [line, text, refusal] : spoiled) {
     auto lines = GoodTrace();
-    lines[one.line - 1] = one.text;
-    EXPECT_THAT(RefusalOf(Joined(lines)), HasSubstr("t, line " + std::to_string(one.line) + ": "));
-    EXPECT_THAT(RefusalOf(Joined(lines)), HasSubstr(one.refusal));
+    lines[line - 1] = text;
+    EXPECT_THAT(RefusalOf(Joined(lines)),
+                AllOf(HasSubstr("t, line " + std::to_string(line) + ": "), HasSubstr(refusal)));
   }
 }
 

@@ -1,7 +1,6 @@
 // The sheets that simulated scanners generate, and the faults as a person orders them.
 #include <algorithm>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -46,52 +45,6 @@ TEST(Faults, ReadsWhatItListsAndRefusesTheRestNamingWhatItTakes) {
   }
   const FaultKind few[] = {FaultKind::Jam};
   EXPECT_FALSE(ParseFault("timing@1", few).fault.has_value());
-}
-
-// How many of the positions hold a mark at least so dark.
-std::int32_t MarksAmong(const SideArray& side, std::int32_t row, std::int32_t column, std::int32_t rowStep,
-                        std::int32_t columnStep, std::int32_t count, std::int32_t dark) {
-  std::int32_t marks = 0;
-  for (std::int32_t i = 0; i < count; ++i)
-    marks += side.At(row + i * rowStep, column + i * columnStep) >= dark;
-  return marks;
-}
-
-TEST(GenerateSheets, LookLikeAnswerSheetsThatPeopleFilled) {
-  struct Case {
-    Geometry geometry;
-    std::int16_t darkest;
-  };
-  for (const Case& c : {Case{{50, 48, true}, 15}, Case{{66, 48, false}, 99}, Case{{40, 12, true}, 9}}) {
-    const std::int32_t dark = c.darkest / 2;
-    std::map<std::int32_t, int> itemsWithMarks;
-    int items = 0;
-    int faint = 0;
-    for (const Sheet& sheet : GenerateSheets(50, 3, c.geometry, c.darkest)) {
-      ASSERT_EQ(sheet.side2.Empty(), !c.geometry.twoSided);
-      const AnswerLayout front = LayoutOf(c.geometry, true);
-      ASSERT_EQ(front.digits, 8);
-      for (std::int32_t i = 0; i < front.digits; ++i) {
-        EXPECT_EQ(MarksAmong(sheet.side1, front.numberRow, front.numberColumn + i, 1, 0, 10, dark), 1);
-      }
-      for (const AnswerLayout::Item& item : front.items) {
-        ++items;
-        ++itemsWithMarks[MarksAmong(sheet.side1, item.row, item.firstColumn, 0, 1, 5, dark)];
-      }
-      for (std::int32_t row = 1; row <= sheet.side1.Rows(); ++row) {
-        for (std::int32_t column = 1; column <= sheet.side1.Columns(); ++column) {
-          const std::int16_t value = sheet.side1.At(row, column);
-          ASSERT_TRUE(value >= 0 && value <= c.darkest);
-          faint += value > 0 && value < dark;
-        }
-      }
-    }
-    EXPECT_GT(itemsWithMarks[1], items * 88 / 100);
-    EXPECT_GT(itemsWithMarks[0], items * 2 / 100);
-    EXPECT_GT(itemsWithMarks[2], items / 100);
-    EXPECT_EQ(itemsWithMarks[0] + itemsWithMarks[1] + itemsWithMarks[2], items);
-    EXPECT_GT(faint, items * 3 / 100);
-  }
 }
 
 std::uint32_t Checksum(const std::vector<Sheet>& sheets) {

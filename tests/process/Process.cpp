@@ -27,6 +27,7 @@ using SteadyClock = std::chrono::steady_clock;
   std::vector<char*> pointers;
   for (const auto& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
   pointers.push_back(nullptr);
+  signal(SIGHUP, SIG_DFL);  // whoever runs the tests may ignore it
   const int empty = open("/dev/null", O_RDONLY);
   dup2(empty, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
@@ -100,16 +101,6 @@ std::string Process::ReadLine(Seconds atMost) {
   return {};
 }
 
-void Process::WaitForError(const std::string& text, Seconds atMost) {
-  const auto end = SteadyClock::now() + atMost;
-  while (error_.text.find(text) == std::string::npos) {
-    if (SteadyClock::now() > end || !Read(Seconds(0.1))) {
-      ADD_FAILURE() << "standard error has no \"" << text << "\": " << error_.text;
-      return;
-    }
-  }
-}
-
 void Process::Signal(int signal) const { kill(pid_, signal); }
 
 int Process::Wait(Seconds atMost) {
@@ -137,9 +128,28 @@ Seconds Process::ProcessorTime() const {
   return Seconds(static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9);
 }
 
-std::vector<std::string> Teskread(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), TESKREAD_BINARY);
-  return arguments;
+Texts Joined(Texts first, const Texts& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+Texts Teskread(const Texts& arguments) { return Joined({TESKREAD_BINARY}, arguments); }
+
+Ran RunTeskread(const Texts& arguments) {
+  Process process(Teskread(arguments));
+  const int status = process.Wait();
+  return {status, process.Output(), process.Error()};
+}
+
+Scanner::Scanner(const Texts& arguments) : process_(Teskread(Joined({"simulate"}, arguments))) {
+  const std::string line = process_.ReadLine();
+  EXPECT_EQ(line.find("listening on /"), 0U) << line;
+  device_ = line.substr(std::string("listening on ").size());
+}
+
+int Scanner::End() {
+  process_.Signal(SIGTERM);
+  return process_.Wait();
 }
 
 TemporaryDirectory::TemporaryDirectory() {

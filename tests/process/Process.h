@@ -23,8 +23,6 @@ class Process {
 
   // The next whole line of standard output without its line feed; fails the test after `atMost`.
   std::string ReadLine(Seconds atMost = Seconds(10));
-  // Reads until standard error holds `text`; fails the test after `atMost`.
-  void WaitForError(const std::string& text, Seconds atMost = Seconds(10));
   void Signal(int signal) const;
   // Nobody reads the standard output from now on.
   void CloseOutput();
@@ -54,8 +52,34 @@ class Process {
   std::optional<int> status_;
 };
 
+using Texts = std::vector<std::string>;
+
+Texts Joined(Texts first, const Texts& second);
+
 // The command line of teskread with these arguments.
-std::vector<std::string> Teskread(std::vector<std::string> arguments);
+Texts Teskread(const Texts& arguments);
+
+struct Ran {
+  int status;
+  std::string output;
+  std::string error;
+};
+// teskread with these arguments, run to its end.
+Ran RunTeskread(const Texts& arguments);
+
+// A simulated scanner that listens.
+class Scanner {
+ public:
+  explicit Scanner(const Texts& arguments);
+  const std::string& Device() const { return device_; }
+  // Ends it; its status, 1 where the host broke the rules of the wire.
+  int End();
+  Process& Program() { return process_; }
+
+ private:
+  Process process_;
+  std::string device_;
+};
 
 // A directory for one test's files, removed with everything in it.
 class TemporaryDirectory {
@@ -64,7 +88,7 @@ class TemporaryDirectory {
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
   ~TemporaryDirectory();
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+  std::string operator/(std::string_view name) const { return path_ + "/" + std::string(name); }
 
  private:
   std::string path_;

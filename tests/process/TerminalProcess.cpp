@@ -42,6 +42,7 @@ TerminalProcess::TerminalProcess(std::vector<std::string> arguments, const std::
   pid_ = forkpty(&terminal_, nullptr, nullptr, &size);
   if (pid_ < 0) throw std::runtime_error("no pseudo-terminal");
   if (pid_ == 0) {
+    signal(SIGHUP, SIG_DFL);
     setenv("TERM", terminal.c_str(), 1);
     unsetenv("COLUMNS");
     unsetenv("LINES");

@@ -205,6 +205,11 @@ Ended RunProgram(const std::wstring& command) {
   return ended;
 }
 
+Ended RunScript(const std::wstring& name, const std::string& words) {
+  return RunProgram(L"cscript //nologo \"" + SourceFolder() + L"scripts\\" + name + L"\" " +
+                    platform::Utf8ToWide(words));
+}
+
 std::wstring ProgramFolder() {
   std::wstring path(32768, L'\0');
   path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));

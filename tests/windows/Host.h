@@ -101,10 +101,12 @@ struct Ended {
   std::string output;
 };
 Ended RunProgram(const std::wstring& command);
+// A script of the folder scripts, by the system's script host.
+Ended RunScript(const std::wstring& name, const std::string& words);
 
 std::wstring ProgramFolder();    // of this program, with a backslash at its end
 std::wstring ServerPath();       // of the DLL beside it
-std::wstring SourceFolder();     // tests/windows
+std::wstring SourceFolder();     // tests/windows, with a backslash at its end
 bool RegisterServer(bool undo);  // by regsvr32
 
 // Runs the thread's messages for a while.

@@ -1,6 +1,5 @@
 // A reader with an error object and a sink, ready to read from a simulated ScanMark 5500 behind a serial
-// port. test.sh starts the scanners: COM3 generated sheets, COM4 an empty hopper, COM5 a jam at its second
-// sheet.
+// port. test.sh starts the scanners: COM3 generated sheets, COM4 an empty hopper.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +16,6 @@ namespace tesk::test {
 
 inline constexpr SHORT kSheetsPort = 3;
 inline constexpr SHORT kEmptyPort = 4;
-inline constexpr SHORT kJamPort = 5;
 
 class Reading : public testing::Test {
  protected:

@@ -64,33 +64,36 @@ class Registration : public testing::Test {
   void TearDown() override { EXPECT_TRUE(RegisterServer(false)); }
 };
 
-TEST_F(Registration, LeavesNothingBehindWhenTakenBack) {
-  EXPECT_LT(8 * 8U, Left().size());
+bool IsRegistered(HKEY root, const std::wstring& name) {
+  HKEY key = nullptr;
+  const std::wstring path = L"Software\\Classes\\TeskReader99." + name;
+  if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+  RegCloseKey(key);
+  return true;
+}
+
+bool RegisterForUser(const wchar_t* undo) {
+  return RunProgram(std::wstring(L"regsvr32 /s /n /i:user ") + undo + L"\"" + ServerPath() + L"\"").status ==
+         0;
+}
+
+TEST_F(Registration, OfTheUserAndOfTheMachineAreTakenBackEachByItselfAndLeaveNothing) {
+  ASSERT_TRUE(RegisterForUser(L""));
+  EXPECT_TRUE(IsRegistered(HKEY_CURRENT_USER, L"clsTeskReader"));
+  ASSERT_TRUE(RegisterForUser(L"/u "));
+  EXPECT_FALSE(IsRegistered(HKEY_CURRENT_USER, L"clsTeskReader"));
+  for (const std::wstring& name : kClassNames) {
+    EXPECT_TRUE(IsRegistered(HKEY_LOCAL_MACHINE, name)) << platform::WideToUtf8(name);
+  }
+  EXPECT_TRUE(NewReader());
   ASSERT_TRUE(RegisterServer(true));
   EXPECT_EQ(std::vector<std::string>(), Left());
   EXPECT_TRUE(RegisterServer(true)) << "taking back what is not there is no error";
-}
-
-TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {
-  ASSERT_TRUE(RegisterServer(true));
-  ASSERT_EQ(0U, RunProgram(L"regsvr32 /s /n /i:user \"" + ServerPath() + L"\"").status);
-  const auto now = Classes();
-  EXPECT_TRUE(now.contains(L"user Software\\Classes\\TeskReader99.clsTeskReader"));
-  EXPECT_FALSE(now.contains(L"Software\\Classes\\TeskReader99.clsTeskReader"));
+  ASSERT_TRUE(RegisterForUser(L""));
+  EXPECT_FALSE(IsRegistered(HKEY_LOCAL_MACHINE, L"clsTeskReader"));
+  EXPECT_LT(8 * 8U, Left().size());
   ASSERT_TRUE(RegisterServer(true));
   EXPECT_EQ(std::vector<std::string>(), Left());
-}
-
-TEST_F(Registration, OfTheUserIsTakenBackAlone) {
-  const auto machine = [](const std::wstring& name) {
-    return Classes().contains(L"Software\\Classes\\TeskReader99." + name);
-  };
-  const std::wstring user = L" /s /n /i:user \"" + ServerPath() + L"\"";
-  ASSERT_EQ(0U, RunProgram(L"regsvr32" + user).status);
-  ASSERT_EQ(0U, RunProgram(L"regsvr32 /u" + user).status);
-  EXPECT_FALSE(Classes().contains(L"user Software\\Classes\\TeskReader99.clsTeskReader"));
-  for (const std::wstring& name : kClassNames) EXPECT_TRUE(machine(name)) << platform::WideToUtf8(name);
-  EXPECT_TRUE(NewReader());
 }
 
 TEST_F(Registration, MakesEveryClassCreatableByItsName) {

@@ -201,15 +201,4 @@ bool DialogUser::WaitForEnd() const {
   return WaitUntil([&] { return !IsWindow(dialog_); });
 }
 
-std::string QuietHost::LoadString(const std::string& text) { return longTexts_ ? text + text : text; }
-
-bool QuietHost::MsgBoxEx(const std::string& title, const std::string& text) {
-  shown.push_back(title + ": " + text);
-  return true;
-}
-
-void QuietHost::RaiseError(const ErrorReport& report) {
-  reports.push_back(report.source + ": " + report.message);
-}
-
 }  // namespace tesk::test

@@ -5,12 +5,13 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
-#include "base/HostServices.h"
+#include <gtest/gtest.h>
+
 #include "engine/clsTeskReader.h"
 #include "platform/windows/WindowsApi.h"
 #include "setup/windows/OptionsWindows.h"
+#include "tests/support/RecordingHost.h"
 
 namespace tesk::test {
 
@@ -63,36 +64,16 @@ class DialogUser {
   HWND dialog_ = nullptr;
 };
 
-// All messages of the library, kept from the screen; texts are doubled where `longTexts` is set.
-class QuietHost : public HostServices {
- public:
-  explicit QuietHost(bool longTexts = false) : longTexts_(longTexts) {}
-  std::string LoadString(const std::string& text) override;
-  bool MsgBoxEx(const std::string& title, const std::string& text) override;
-  void RaiseError(const ErrorReport& report) override;
-  bool Silent() const override { return false; }
-  void SetSilent(bool) override {}
-
-  std::vector<std::string> shown;    // "TITLE: TEXT"
-  std::vector<std::string> reports;  // "SOURCE: TEXT"
-
- private:
-  bool longTexts_;
-};
-
-// Installed for as long as it lives.
-class InstalledHost {
- public:
-  explicit InstalledHost(bool longTexts = false) : host_(std::make_shared<QuietHost>(longTexts)) {
-    SetError(host_);
+// A dialog, its host and its reader.
+class DialogTest : public testing::Test {
+ protected:
+  bool Use(const std::function<void(DialogUser&)>& acts,
+           const std::shared_ptr<HostObject>& parent = nullptr) {
+    return DialogUser::Use(*reader, acts, parent);
   }
-  InstalledHost(const InstalledHost&) = delete;
-  InstalledHost& operator=(const InstalledHost&) = delete;
-  ~InstalledHost() { SetError(nullptr); }
-  QuietHost* operator->() const { return host_.get(); }
 
- private:
-  std::shared_ptr<QuietHost> host_;
+  RecordingHost host;
+  std::shared_ptr<clsTeskReader> reader = NewReader();
 };
 
 }  // namespace tesk::test

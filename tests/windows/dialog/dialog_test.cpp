@@ -14,7 +14,6 @@ namespace {
 
 using enum ControlId;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -53,12 +52,12 @@ void ExpectProfile(const DialogUser& user, const clsTeskReaderProfile& profile) 
   EXPECT_EQ(user.Text(cboBaud), profile.BaudRate() > 0 ? NumberText(profile.BaudRate()) : "");
 }
 
-TEST(SetupDialog, EveryReaderOfTheCatalogueShowsWhatItsProfileProposes) {
-  const InstalledHost host;
-  const auto reader = NewReader();
+using SetupDialog = DialogTest;
+
+TEST_F(SetupDialog, EveryReaderOfTheCatalogueShowsWhatItsProfileProposes) {
   const auto& profiles = *reader->Profiles();
   ASSERT_EQ(profiles.Count(), 46);
-  const bool confirmed = DialogUser::Use(*reader, [&](DialogUser& user) {
+  const bool confirmed = Use([&](DialogUser& user) {
     for (std::int32_t position = 1; position <= profiles.Count(); ++position) {
       user.Choose(cboReaderType, position - 1);
       ExpectProfile(user, *profiles.Item(static_cast<double>(position)));
@@ -68,36 +67,14 @@ TEST(SetupDialog, EveryReaderOfTheCatalogueShowsWhatItsProfileProposes) {
   });
   EXPECT_TRUE(confirmed);
   EXPECT_EQ(reader->ReaderType(), profiles.Item(46.0)->ReaderType());
-  EXPECT_THAT(host->reports, IsEmpty());
+  EXPECT_THAT(host.Sources(), IsEmpty());
 }
 
-TEST(SetupDialog, WhatTheEngineHoldsIsShownAndConfirmedUnchanged) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  reader->SetTimeOut(33);
-  reader->SetSleepTime(44);
-  reader->SetMarkCutOff(3);
-  const bool confirmed = DialogUser::Use(*reader, [](DialogUser& user) {
-    EXPECT_EQ(user.Text(cboReaderType), "Scantron Scanmark 5500");
-    EXPECT_EQ(user.Text(cboPort), "3");
-    EXPECT_EQ(user.Text(txtReaderTimeout), "33");
-    EXPECT_EQ(user.Text(txtSystemPause), "44");
-    EXPECT_EQ(user.Text(txtMarkCutOff), "3");
-    user.Key(VK_RETURN);
-    user.WaitForEnd();
-  });
-  EXPECT_TRUE(confirmed);
-  EXPECT_EQ(reader->TimeOut(), 33);
-  EXPECT_EQ(reader->SleepTime(), 44);
-  EXPECT_EQ(reader->MarkCutOff(), 3);
-}
-
-TEST(SetupDialog, WhatIsOutOfBoundsBecomesTheBoundAndReachesTheEngine) {
-  const InstalledHost host;
-  const auto reader = NewReader(teskReaderTypeNCSOpScan6);
+TEST_F(SetupDialog, WhatIsOutOfBoundsBecomesTheBoundAndReachesTheEngine) {
+  reader = NewReader(teskReaderTypeNCSOpScan6);
   reader->SetReaderGrade(true);  // by a box that is disabled: the thresholds are not its
   reader->SetMarkCutOff(300);
-  const bool confirmed = DialogUser::Use(*reader, [&](DialogUser& user) {
+  const bool confirmed = Use([&](DialogUser& user) {
     user.Type(txtRecognitionThreshold, "40");
     EXPECT_TRUE(user.HasFocus(txtRecognitionThreshold)) << "disabled";
     user.Focus(txtErasureThreshold);
@@ -116,11 +93,9 @@ TEST(SetupDialog, WhatIsOutOfBoundsBecomesTheBoundAndReachesTheEngine) {
   EXPECT_EQ(reader->SleepTime(), 60'000);
 }
 
-TEST(SetupDialog, EveryControlReachesTheEngine) {
-  const InstalledHost host;
-  const auto reader = NewReader();
+TEST_F(SetupDialog, EveryControlReachesTheEngine) {
   reader->SetRejecter(false);
-  const bool confirmed = DialogUser::Use(*reader, [](DialogUser& user) {
+  const bool confirmed = Use([](DialogUser& user) {
     user.Choose(cboPort, "16");
     user.Choose(cboBaud, "38400");
     user.Choose(cboDataBits, "7");
@@ -150,16 +125,14 @@ TEST(SetupDialog, EveryControlReachesTheEngine) {
   EXPECT_EQ(reader->TimeOut(), 6);
 }
 
-TEST(SetupDialog, TheEscapeKeyTheCancelButtonAndTheCloseBoxChangeNothing) {
-  const InstalledHost host;
+TEST_F(SetupDialog, TheEscapeKeyTheCancelButtonAndTheCloseBoxChangeNothing) {
   const std::function<void(DialogUser&)> exits[] = {
       [](DialogUser& user) { user.Key(VK_ESCAPE); },
       [](DialogUser& user) { user.Press(cmdCancel); },
       [](DialogUser& user) { PostMessageW(user.Dialog(), WM_SYSCOMMAND, SC_CLOSE, 0); },
   };
   for (const auto& leave : exits) {
-    const auto reader = NewReader();
-    const bool confirmed = DialogUser::Use(*reader, [&](DialogUser& user) {
+    const bool confirmed = Use([&](DialogUser& user) {
       user.Choose(cboReaderType, 3);
       user.Choose(cboPort, "9");
       user.Type(txtReaderTimeout, "601");
@@ -175,23 +148,8 @@ TEST(SetupDialog, TheEscapeKeyTheCancelButtonAndTheCloseBoxChangeNothing) {
   }
 }
 
-TEST(SetupDialog, TheDefaultsButtonBringsTheProposalsBack) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
-    user.Choose(cboBaud, "300");
-    user.Type(txtReaderTimeout, "77");
-    user.Click(cmdDefaults);
-    EXPECT_EQ(user.Text(cboBaud), "19200");
-    EXPECT_NE(user.Text(txtReaderTimeout), "77");
-    EXPECT_EQ(user.Text(cboPort), "3");
-  });
-}
-
-TEST(SetupDialog, TheSearchSaysThatNoPortAnswersAndLeavesTheEngineAsItWas) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+TEST_F(SetupDialog, TheSearchSaysThatNoPortAnswersAndLeavesTheEngineAsItWas) {
+  Use([](DialogUser& user) {
     user.Choose(cboReaderType, "Chatsworth Data OMR1100");
     user.Press(cmdLocate);
     EXPECT_THAT(user.CloseBox("Scanner Not Located"), StartsWith("The scanner was not located."));
@@ -202,11 +160,10 @@ TEST(SetupDialog, TheSearchSaysThatNoPortAnswersAndLeavesTheEngineAsItWas) {
   EXPECT_EQ(reader->Port(), 3);
 }
 
-TEST(SetupDialog, TickingSelfScoreExplainsItselfAndTakesTheThresholdsAway) {
-  const InstalledHost host;
-  const auto reader = NewReader(teskReaderTypeNCSOpScan4);
+TEST_F(SetupDialog, TickingSelfScoreExplainsItselfAndTakesTheThresholdsAway) {
+  reader = NewReader(teskReaderTypeNCSOpScan4);
   reader->SetReaderGrade(false);
-  DialogUser::Use(*reader, [](DialogUser& user) {
+  Use([](DialogUser& user) {
     EXPECT_EQ(user.Text(chkReaderGrade), "SelfSco&re option installed");
     user.Press(chkReaderGrade);
     EXPECT_THAT(user.CloseBox("Scanner Settings"), StartsWith("Note: SelfScore uses predefined values"));
@@ -219,41 +176,38 @@ TEST(SetupDialog, TickingSelfScoreExplainsItselfAndTakesTheThresholdsAway) {
   });
 }
 
-TEST(SetupDialog, WithoutAPortItStaysOpenWithTheFocusOnThePorts) {
-  const InstalledHost host;
-  const auto reader = NewReader();
+TEST_F(SetupDialog, WithoutAPortItStaysOpenWithTheFocusOnThePorts) {
   reader->SetPort(0);
-  DialogUser::Use(*reader, [](DialogUser& user) {
+  Use([](DialogUser& user) {
     user.Press(cmdOK);
     user.Settle();
     EXPECT_TRUE(user.IsOpen());
     EXPECT_TRUE(user.HasFocus(cboPort));
   });
-  EXPECT_THAT(host->shown, ElementsAre("Scanner Port: Please select a port for your OMR Scanner."));
+  EXPECT_THAT(host.messages, ElementsAre(RecordingHost::Message{
+                                 "Scanner Port", "Please select a port for your OMR Scanner."}));
 }
 
-TEST(SetupDialog, AChoiceInADroppedListIsTakenBackByTheEscapeKey) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+TEST_F(SetupDialog, TheKeyboardReachesEverythingInOrderAndScreenReadersFindItsLabel) {
+  reader->SetRejecter(false);
+  Use([](DialogUser& user) {
     user.Focus(cboReaderType);
-    const std::string before = user.Text(cboReaderType);
-    const bool showedRejecter = user.Visible(chkRejecter);
-    SendMessageW(user.Window(cboReaderType), CB_SHOWDROPDOWN, TRUE, 0);
-    for (int i = 0; i < 5; ++i) user.Key(VK_UP);
-    user.Key(VK_ESCAPE);
-    EXPECT_TRUE(user.IsOpen());
-    EXPECT_EQ(user.Text(cboReaderType), before);
-    EXPECT_EQ(user.Visible(chkRejecter), showedRejecter);
-    user.Key(VK_DOWN);
-    EXPECT_NE(user.Text(cboReaderType), before);
-  });
-}
-
-TEST(SetupDialog, TheKeyboardDoesNotGoAwayWithAControl) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+    for (const ControlId id : TabOrder()) {
+      const auto label = LabelOf(id);
+      EXPECT_TRUE(!label || GetWindow(user.Window(id), GW_HWNDPREV) == user.Window(*label))
+          << ControlName(id);
+      EXPECT_NE(user.Text(label.value_or(id)), "") << ControlName(id);
+      if (!user.Visible(id) || !user.Enabled(id)) continue;
+      EXPECT_TRUE(user.HasFocus(id)) << ControlName(id) << ", not " << user.FocusName();
+      user.Key(VK_TAB);
+    }
+    EXPECT_TRUE(user.HasFocus(cboReaderType));
+    user.AccessKey('b');
+    EXPECT_TRUE(user.HasFocus(cboBaud));
+    user.AccessKey('n');
+    EXPECT_TRUE(user.HasFocus(txtReaderTimeout));
+    user.AccessKey('j');
+    EXPECT_TRUE(user.Checked(chkRejecter));
     user.Focus(cboBaud);
     user.Choose(cboReaderType, "Chatsworth Data ACP-100");
     EXPECT_FALSE(user.Visible(cboBaud));
@@ -261,46 +215,23 @@ TEST(SetupDialog, TheKeyboardDoesNotGoAwayWithAControl) {
   });
 }
 
-TEST(SetupDialog, TheTabKeyVisitsEverythingThatCanBeUsedInOrder) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+TEST_F(SetupDialog, AChoiceIsTakenBackByTheEscapeKeyInItsListAndByTheDefaultsButton) {
+  Use([](DialogUser& user) {
+    user.Choose(cboBaud, "300");
+    user.Type(txtReaderTimeout, "77");
+    user.Click(cmdDefaults);
+    EXPECT_EQ(user.Text(cboBaud) + " " + user.Text(txtReaderTimeout) + " " + user.Text(cboPort),
+              "19200 10 3");
     user.Focus(cboReaderType);
-    for (const ControlId id : TabOrder()) {
-      if (!user.Visible(id) || !user.Enabled(id)) continue;
-      EXPECT_TRUE(user.HasFocus(id)) << ControlName(id) << ", not " << user.FocusName();
-      user.Key(VK_TAB);
-    }
-    EXPECT_TRUE(user.HasFocus(cboReaderType));
-  });
-}
-
-TEST(SetupDialog, AccessKeysReachTheFieldBehindTheLabel) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  reader->SetRejecter(false);
-  DialogUser::Use(*reader, [](DialogUser& user) {
-    user.AccessKey('b');
-    EXPECT_TRUE(user.HasFocus(cboBaud));
-    user.AccessKey('n');
-    EXPECT_TRUE(user.HasFocus(txtReaderTimeout));
-    user.AccessKey('j');
-    EXPECT_TRUE(user.Checked(chkRejecter));
-  });
-}
-
-TEST(SetupDialog, ScreenReadersFindEachFieldsLabelRightBeforeIt) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
-    for (const ControlId id : TabOrder()) {
-      const auto label = LabelOf(id);
-      const HWND before = GetWindow(user.Window(id), GW_HWNDPREV);
-      if (label) {
-        EXPECT_EQ(before, user.Window(*label)) << ControlName(id);
-      }
-      EXPECT_NE(user.Text(label.value_or(id)), "") << ControlName(id);
-    }
+    const std::string before = user.Text(cboReaderType);
+    SendMessageW(user.Window(cboReaderType), CB_SHOWDROPDOWN, TRUE, 0);
+    for (int i = 0; i < 5; ++i) user.Key(VK_UP);
+    user.Key(VK_ESCAPE);
+    EXPECT_TRUE(user.IsOpen());
+    EXPECT_EQ(user.Text(cboReaderType), before);
+    EXPECT_TRUE(user.Visible(chkRejecter));
+    user.Key(VK_DOWN);
+    EXPECT_NE(user.Text(cboReaderType), before);
   });
 }
 
@@ -320,12 +251,9 @@ class OwnerWindow : public HostObject {
   HWND window_;
 };
 
-TEST(SetupDialog, TheHostsWindowOwnsItAndIsDisabledMeanwhile) {
-  const InstalledHost host;
+TEST_F(SetupDialog, TheHostsWindowOwnsItAndIsDisabledMeanwhile) {
   const auto owner = std::make_shared<OwnerWindow>();
-  const auto reader = NewReader();
-  DialogUser::Use(
-      *reader,
+  Use(
       [&](DialogUser& user) {
         EXPECT_EQ(GetWindow(user.Dialog(), GW_OWNER), owner->Get());
         EXPECT_FALSE(IsWindowEnabled(owner->Get()));
@@ -334,11 +262,9 @@ TEST(SetupDialog, TheHostsWindowOwnsItAndIsDisabledMeanwhile) {
   EXPECT_TRUE(IsWindowEnabled(owner->Get()));
 }
 
-TEST(SetupDialog, AProgramThatIsToEndGetsItsRequestBack) {
-  const InstalledHost host;
-  const auto reader = NewReader();
+TEST_F(SetupDialog, AProgramThatIsToEndGetsItsRequestBack) {
   const DWORD thread = GetCurrentThreadId();
-  const bool confirmed = DialogUser::Use(*reader, [&](DialogUser& user) {
+  const bool confirmed = Use([&](DialogUser& user) {
     user.Choose(cboPort, "9");
     PostThreadMessageW(thread, WM_QUIT, 7, 0);
     EXPECT_TRUE(user.WaitForEnd());
@@ -350,18 +276,15 @@ TEST(SetupDialog, AProgramThatIsToEndGetsItsRequestBack) {
   EXPECT_EQ(message.wParam, 7U);
 }
 
-TEST(SetupDialog, HelpThatIsNotThereHarmsNothing) {
-  const InstalledHost host;
-  for (const char* file :
-       {"", "help.chm", "C:\\none\\help.chm", "\\\\server\\share\\help.chm", "C:\\windows"}) {
-    const auto reader = NewReader();
+TEST_F(SetupDialog, HelpThatIsNotThereHarmsNothing) {
+  for (const char* file : {"C:\\none\\help.chm", "C:\\windows"}) {
     reader->SetHelpFile(file);
-    DialogUser::Use(*reader, [](DialogUser& user) {
+    Use([](DialogUser& user) {
       user.Key(VK_F1);
       EXPECT_TRUE(user.IsOpen());
     });
   }
-  EXPECT_THAT(host->reports, IsEmpty());
+  EXPECT_THAT(host.Sources(), IsEmpty());
 }
 
 }  // namespace

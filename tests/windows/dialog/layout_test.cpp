@@ -4,9 +4,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -194,16 +195,22 @@ void ExpectGoodLayout(DialogUser& user, const OptionControls& kinds) {
   }
 }
 
+struct LongTextHost : RecordingHost {
+  std::string LoadString(const std::string& text) override { return text + text; }
+};
+
 // The tallest one, one with the search button, one that hides most rows.
 constexpr const char* kReaders[] = {"Sekonic SR8000 Hybrid (USB)", "Chatsworth Data ALS AccelScan OMR",
                                     "Scantron EZData"};
 
-TEST(SetupDialogLayout, FitsTheScreenUncutInAnyLanguage) {
+using SetupDialogLayout = DialogTest;
+
+TEST(SetupDialogArea, FitsTheScreenUncutInAnyLanguage) {
   const char* wanted = std::getenv(kScreenWanted);
   ASSERT_TRUE(wanted == nullptr || Screen() == wanted) << Screen();
   for (const bool longTexts : {false, true}) {
     SCOPED_TRACE(longTexts ? "long texts" : "short texts");
-    const InstalledHost host(longTexts);
+    const std::unique_ptr<RecordingHost> host(longTexts ? new LongTextHost : new RecordingHost);
     const auto reader = NewReader();
     const OptionControls kinds = CreateOptionControls();
     DialogUser::Use(*reader, [&](DialogUser& user) {
@@ -216,10 +223,8 @@ TEST(SetupDialogLayout, FitsTheScreenUncutInAnyLanguage) {
   }
 }
 
-TEST(SetupDialogLayout, HiddenRowsCloseUpAndTheDialogShrinksWithThem) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+TEST_F(SetupDialogLayout, HiddenRowsCloseUpAndTheDialogShrinksWithThem) {
+  Use([](DialogUser& user) {
     RECT tall{};
     RECT low{};
     GetWindowRect(user.Dialog(), &tall);
@@ -241,10 +246,8 @@ void ExpectCorner(const DialogUser& user, LONG left, LONG top) {
   EXPECT_EQ(now.top, top);
 }
 
-TEST(SetupDialogLayout, StaysWhereAPersonPutItAndGrowsNoLowerThanTheScreen) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+TEST_F(SetupDialogLayout, StaysWhereAPersonPutItAndGrowsNoLowerThanTheScreen) {
+  Use([](DialogUser& user) {
     for (const POINT& corner : {POINT{-150, 40}, POINT{WorkArea().right - 100, WorkArea().bottom - 60}}) {
       MoveTo(user.Dialog(), corner.x, corner.y);
       for (const char* name : {"Scantron EZData", "Sekonic SR8000 Hybrid (USB)", "Scantron OpScan 2"}) {
@@ -267,10 +270,8 @@ TEST(SetupDialogLayout, StaysWhereAPersonPutItAndGrowsNoLowerThanTheScreen) {
   });
 }
 
-TEST(SetupDialogLayout, TheWheelScrollsAndChangesNoSetting) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+TEST_F(SetupDialogLayout, TheWheelScrollsAndChangesNoSetting) {
+  Use([](DialogUser& user) {
     user.Choose(cboReaderType, "Scantron EZData");
     const RECT low = RectangleOf(user.Dialog());
     MoveTo(user.Dialog(), 50, WorkArea().bottom - (low.bottom - low.top) - 20);
@@ -295,10 +296,8 @@ TEST(SetupDialogLayout, TheWheelScrollsAndChangesNoSetting) {
   });
 }
 
-TEST(SetupDialogLayout, TakesTheResolutionOfTheScreenThatItIsDraggedTo) {
-  const InstalledHost host;
-  const auto reader = NewReader();
-  DialogUser::Use(*reader, [](DialogUser& user) {
+TEST_F(SetupDialogLayout, TakesTheResolutionOfTheScreenThatItIsDraggedTo) {
+  Use([](DialogUser& user) {
     const RECT before = RectangleOf(user.Window(cmdOK));
     const auto dpi = static_cast<WORD>(2 * Dpi());
     const auto change = [&](LONG left, LONG top) {
@@ -377,20 +376,17 @@ std::string ReportFromDesktop(const std::string& size) {
   return report.str();
 }
 
-class SetupDialogScreen : public testing::TestWithParam<std::tuple<DWORD, const char*>> {};
-
-TEST_P(SetupDialogScreen, ShowsAllOfTheDialog) {
-  const auto& [dpi, size] = GetParam();
-  const Resolution resolution(dpi);
-  SetEnvironmentVariableA(kScreenWanted, (std::to_string(dpi) + " DPI " + size).c_str());
-  const std::string report = ReportFromDesktop(size);
-  SetEnvironmentVariableA(kScreenWanted, nullptr);
-  EXPECT_THAT(report, testing::HasSubstr("\"tests\": 1,\n  \"failures\": 0")) << dpi << " DPI " << size;
+TEST(SetupDialogScreen, ShowsAllOfTheDialogAtEveryResolution) {
+  const std::pair<DWORD, const char*> screens[] = {{120, "1024x768"}, {144, "1366x768"}, {192, "3840x2160"}};
+  for (const auto& [dpi, size] : screens) {
+    const Resolution resolution(dpi);
+    const std::string name = std::to_string(dpi) + " DPI " + size;
+    SetEnvironmentVariableA(kScreenWanted, name.c_str());
+    const std::string report = ReportFromDesktop(size);
+    SetEnvironmentVariableA(kScreenWanted, nullptr);
+    EXPECT_THAT(report, testing::HasSubstr("\"tests\": 1,\n  \"failures\": 0")) << name;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, SetupDialogScreen,
-                         testing::Combine(testing::Values(96, 120, 144, 192),
-                                          testing::Values("1024x768", "1366x768", "1920x1080", "3840x2160")));
 
 }  // namespace
 }  // namespace tesk::test

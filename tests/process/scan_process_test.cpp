@@ -432,15 +432,5 @@ TEST(ProcessScan, WhatNobodyTakesIsAFailureWithAReason) {
   EXPECT_EQ(Sheets(trace.Output()).size(), 2U) << "the sheets are read all the same";
 }
 
-TEST(ProcessScan, CsvAndGridAreForTablesAndPeople) {
-  Process csv(ScanArguments("15", "sim", {"--format", "csv", "--max-sheets", "1"}));
-  Process grid(ScanArguments("15", "sim", {"--format", "grid", "--max-sheets", "1"}));
-  EXPECT_EQ(csv.Wait(), 0) << csv.Error();
-  EXPECT_THAT(csv.Output(), StartsWith("sheet,side,row,column,value\n1,1,"));
-  EXPECT_EQ(grid.Wait(), 0) << grid.Error();
-  EXPECT_THAT(grid.Output(),
-              AllOf(HasSubstr("Sheet 1, Scantron Scanmark 5500"), HasSubstr("█"), HasSubstr("▀")));
-}
-
 }  // namespace
 }  // namespace tesk::test

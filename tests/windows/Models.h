@@ -1,5 +1,5 @@
 // Readers of the scanners behind the serial ports, family by family, and the sheets that they are to read.
-// test.sh starts the scanners: COM3 a ScanMark 5500, COM6 an OpScan 8, COM7 another whose second sheet is
+// tests/fixtures.sh starts the scanners: COM3 a ScanMark 5500, COM6 an OpScan 8, COM7 another whose second sheet is
 // skewed, COM8 an SR-607, COM9 a VMR138.
 #pragma once
 

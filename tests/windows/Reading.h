@@ -1,5 +1,5 @@
 // A reader with an error object and a sink, ready to read from a simulated ScanMark 5500 behind a serial
-// port. test.sh starts the scanners: COM3 generated sheets, COM4 an empty hopper.
+// port. tests/fixtures.sh starts the scanners: COM3 generated sheets, COM4 an empty hopper.
 #pragma once
 
 #include <cstddef>

@@ -9,15 +9,9 @@ function(tesk_test_code target)
   if(TESKREAD_SANITIZE)
     target_compile_options(${target} PRIVATE -fno-sanitize=all)
   endif()
-  get_property(owner GLOBAL PROPERTY tesk_test_headers)
-  if(owner)
-    target_precompile_headers(${target} REUSE_FROM ${owner})
-  else()
-    target_precompile_headers(
-      ${target} PRIVATE <algorithm> <array> <chrono> <cstdint> <functional> <map> <memory> <optional> <span> <string>
-      <string_view> <utility> <vector> <gmock/gmock.h> <gtest/gtest.h>)
-    set_property(GLOBAL PROPERTY tesk_test_headers ${target})
-  endif()
+  target_precompile_headers(
+    ${target} PRIVATE <algorithm> <array> <chrono> <cstdint> <functional> <map> <memory> <optional> <span> <string>
+    <string_view> <utility> <vector> <gmock/gmock.h> <gtest/gtest.h>)
 endfunction()
 
 function(tesk_test_program name folder)

@@ -30,8 +30,7 @@ std::shared_ptr<clsTeskReader> CreateReader(ReaderParts parts) {
 }
 
 std::string_view DriverModule(teskReaderType type) {
-  const auto family = FamilyOf(type);
-  const Driver* driver = family ? FindDriver(*family) : nullptr;
+  const Driver* driver = DriverOf(type);
   return driver != nullptr ? driver->module : std::string_view();
 }
 

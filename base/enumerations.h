@@ -57,6 +57,7 @@ enum teskReaderType : std::int32_t {
   teskReaderTypeSekonicSR8000Hybrid = 45,
   teskReaderTypeDatawinHemeraC = 46,
 };
+inline constexpr teskReaderType kLastReaderType = teskReaderTypeDatawinHemeraC;  // from 0 without a gap
 
 // Bit flags: which makers' profiles a profile collection holds.
 enum teskProfileType : std::int32_t {

@@ -1,15 +1,15 @@
 // The names of the scanner models: enumerator and display name of each reader type.
 #include "base/readerNames.h"
 
-#include <algorithm>
-#include <array>
+#include <cstddef>
+#include <iterator>
 
 #include "base/HostServices.h"
 
 namespace tesk {
 namespace {
 
-constexpr std::array<ReaderTypeName, 47> kNames{{
+constexpr ReaderTypeName kNames[] = {
     {teskReaderTypeNone, "teskReaderTypeNone", "None"},
     {teskReaderTypeAppersonAdvantageLink, "teskReaderTypeAppersonAdvantageLink", "Apperson Advantage Link"},
     {teskReaderTypeNCSOpScan2, "teskReaderTypeNCSOpScan2", "Scantron OpScan 2"},
@@ -61,23 +61,26 @@ constexpr std::array<ReaderTypeName, 47> kNames{{
     {teskReaderTypeDatawinAXM960, "teskReaderTypeDatawinAXM960", "DATAWIN AXM 960"},
     {teskReaderTypeSekonicSR8000Hybrid, "teskReaderTypeSekonicSR8000Hybrid", "Sekonic SR8000 Hybrid (USB)"},
     {teskReaderTypeDatawinHemeraC, "teskReaderTypeDatawinHemeraC", "DATAWIN HEMERA C"},
-}};
+};
+
+consteval bool EveryTypeHasItsName() {
+  if (std::size(kNames) != std::size_t{kLastReaderType} + 1) return false;
+  for (std::size_t i = 0; i < std::size(kNames); ++i) {
+    if (kNames[i].type != static_cast<teskReaderType>(i)) return false;
+  }
+  return true;
+}
+static_assert(EveryTypeHasItsName(), "one name per reader type, in the order of the types");
 
 }  // namespace
 
 std::span<const ReaderTypeName> ReaderTypeNames() { return kNames; }
 
-bool IsReader(teskReaderType type) {
-  return type != teskReaderTypeNone &&
-         std::ranges::find(ReaderTypeNames(), type, &ReaderTypeName::type) != ReaderTypeNames().end();
-}
+bool IsReader(teskReaderType type) { return type > teskReaderTypeNone && type <= kLastReaderType; }
 
 std::string ReaderName(teskReaderType type) {
   if (type == teskReaderTypeNone) return LoadString("None");
-  for (const ReaderTypeName& name : kNames) {
-    if (name.type == type) return std::string(name.displayName);
-  }
-  return {};
+  return IsReader(type) ? std::string(kNames[type].displayName) : std::string();
 }
 
 }  // namespace tesk

@@ -15,7 +15,7 @@ struct ReaderTypeName {
   std::string_view displayName;  // English; "None" for teskReaderTypeNone
 };
 
-// All 47 members of teskReaderType in the order of their values.
+// All members of teskReaderType in the order of their values.
 std::span<const ReaderTypeName> ReaderTypeNames();
 
 // Whether a type is a scanner's: every member but teskReaderTypeNone.

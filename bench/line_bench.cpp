@@ -19,6 +19,7 @@
 #include "assembly/assembly.h"
 #include "cli/simulated/SimulatedScanner.h"
 #include "platform/Platform.h"
+#include "profiles/models.h"
 #include "simulator/Simulators.h"
 
 namespace {
@@ -99,7 +100,7 @@ std::shared_ptr<clsTeskReader> Reader(teskReaderType type, const std::string& de
 // Milliseconds that the protocol prescribes between an answer and the next command: three pauses of five
 // SleepTimes each of the VMR138.
 double Prescribed(const clsTeskReader& reader) {
-  return DriverModule(reader.ReaderType()) == "basPeripheralDynamics" ? 15.0 * reader.SleepTime() : 0;
+  return ModelOf(reader.ReaderType()).family == Family::PeripheralDynamics ? 15.0 * reader.SleepTime() : 0;
 }
 
 double InMilliseconds(Steady::duration time) {

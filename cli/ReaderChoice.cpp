@@ -13,7 +13,7 @@
 #include "cli/CommandError.h"
 #include "cli/NearestNames.h"
 #include "platform/OmrLibrary.h"
-#include "profiles/families.h"
+#include "profiles/models.h"
 #include "simulator/Simulators.h"
 
 namespace tesk::cli {
@@ -79,7 +79,7 @@ void RequireDriver(teskReaderType type) {
 }
 
 void RequireSystem(teskReaderType type) {
-  if (FamilyOf(type) != Family::SekonicUsb || platform::SystemHasOmrLibrary()) return;
+  if (!FamilyOf(type).byLibrary || platform::SystemHasOmrLibrary()) return;
   throw CommandFailure(fmt::format(
       "the {} needs Windows: it is a USB reader, and only its maker's library (OMRAPI.DLL) can talk to "
       "it|use teskread.exe on a Windows computer with the Sekonic software|\"teskread scan --reader {} "
@@ -90,7 +90,7 @@ void RequireSystem(teskReaderType type) {
 
 void RequireLineSimulator(teskReaderType type) {
   if (!simulator::FaultKinds(type).empty()) return;
-  if (FamilyOf(type) == Family::SekonicUsb) {
+  if (FamilyOf(type).byLibrary) {
     throw CommandFailure(fmt::format(
         "the {} has no serial line that could be simulated: it is a USB reader behind its maker's "
         "library|\"teskread scan --reader {} --port sim\" reads simulated sheets",
@@ -111,7 +111,7 @@ void LoadModelDefaults(teskReaderType type, clsTeskReader& engine) {
 }
 
 std::string_view SupportOf(teskReaderType type) {
-  return DriverModule(type).empty() ? "no driver" : "simulated only";
+  return ModelOf(type).support == Support::NoDriver ? "no driver" : "simulated only";
 }
 
 }  // namespace tesk::cli

@@ -31,7 +31,7 @@ constexpr Range kRanges[] = {
     {"Port", 1, 16, ""},
     {"TimeOut", kLeastTimeOut, kMostTimeOut, " seconds"},
     {"SleepTime", 0, kMostPause, " milliseconds"},
-    {"ReaderType", 1, teskReaderTypeDatawinHemeraC, ""},
+    {"ReaderType", 1, kLastReaderType, ""},
     {"Resolution", 50, 1200, " dots per inch"},
 };
 
@@ -150,7 +150,7 @@ void CheckSaved(const Assignment& assignment, const clsTeskReader& engine) {
   for (const Choice& choice : kChoices) {
     if (choice.property == assignment.property->name) CheckChoice(assignment, choice);
   }
-  const auto profile = engine.Profiles()->Item(NumberText(engine.ReaderType()));
+  const auto profile = engine.Profile();
   if (profile && IsReader(engine.ReaderType())) CheckModel(assignment, engine, *profile);
 }
 

@@ -10,24 +10,26 @@
 #include <string_view>
 
 #include "engine/Sheet.h"
-#include "profiles/families.h"
+#include "profiles/models.h"
 
 namespace tesk {
 
 class clsTeskReader;
 
+// What a driver does. Its file exports one such record, which driverTable.cpp lists.
 struct Driver {
   Family family;
   std::string_view module;                           // "basScantron"
   bool (*initReader)(clsTeskReader&);                // brings the scanner to the ready state
-  bool (*closeReader)(clsTeskReader&);               // empty: nothing to release, which is success
+  bool (*closeReader)(clsTeskReader&);               // releases the scanner; its result is what ending yields
   std::optional<Sheet> (*readPage)(clsTeskReader&);  // feeds and reads one sheet; empty: none was read
   bool (*rejectPage)(clsTeskReader&);                // sends the sheet to the reject exit where there is one
   bool (*ejectPage)(clsTeskReader&);                 // sends the sheet to the normal exit
-  bool (*print)(clsTeskReader&, bool skip);          // empty: no imprinter
+  // Imprints the sheet; asked for models whose row says that they print.
+  bool (*print)(clsTeskReader&, bool skip) = [](clsTeskReader&, bool) { return false; };
 };
 
-// The driver of a family; nullptr where it does not exist.
-const Driver* FindDriver(Family family);
+// The driver of a reader type; nullptr where it has none.
+const Driver* DriverOf(teskReaderType type);
 
 }  // namespace tesk

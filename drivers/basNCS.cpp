@@ -23,6 +23,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Driver.h"
 #include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "drivers/opscanRecord.h"
@@ -370,5 +371,16 @@ void RejectPageNCS(clsTeskReader& reader) {
 void EjectPageNCS(clsTeskReader& reader) {
   Guarded("basNCS.EjectPageNCS", [&] { Exchange(reader).Tell(kEject); });
 }
+
+constinit const Driver kDriver = {
+    .family = Family::OpScan,
+    .module = "basNCS",
+    .initReader = InitReaderNCS,
+    .closeReader = CloseReaderNCS,
+    .readPage = ReadPageNCS,
+    .rejectPage = [](clsTeskReader& r) { return RejectPageNCS(r), true; },
+    .ejectPage = [](clsTeskReader& r) { return EjectPageNCS(r), true; },
+    .print = [](clsTeskReader& r, bool) { return PrintNCS(r); },
+};
 
 }  // namespace tesk::basNCS

@@ -7,10 +7,13 @@
 #include "engine/Sheet.h"
 
 namespace tesk {
+struct Driver;
 class clsTeskReader;
-}
+}  // namespace tesk
 
 namespace tesk::basNCS {
+
+extern const Driver kDriver;
 
 // Remembers the scanner's scan mode, brings the scanner into mode 1 and starts it.
 bool InitReaderNCS(clsTeskReader& reader);

@@ -1,5 +1,5 @@
 // The identification request of the Scantron EZData and Chatsworth readers. Sheets are not read: this family
-// has no row among the drivers.
+// has no driver.
 #pragma once
 
 #include <cstdint>

@@ -26,6 +26,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Driver.h"
 #include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "drivers/vmrRecord.h"
@@ -397,5 +398,16 @@ void EjectPagePD(clsTeskReader& reader) {
     line.Pause(kAfterEject);
   });
 }
+
+constinit const Driver kDriver = {
+    .family = Family::PeripheralDynamics,
+    .module = "basPeripheralDynamics",
+    .initReader = InitReaderPD,
+    // Kept: hosts are told that closing failed.
+    .closeReader = [](clsTeskReader& r) { return CloseReaderPD(r), false; },
+    .readPage = ReadPagePD,
+    .rejectPage = [](clsTeskReader& r) { return RejectPagePD(r), true; },
+    .ejectPage = [](clsTeskReader& r) { return EjectPagePD(r), true; },
+};
 
 }  // namespace tesk::basPeripheralDynamics

@@ -7,10 +7,13 @@
 #include "engine/Sheet.h"
 
 namespace tesk {
+struct Driver;
 class clsTeskReader;
-}
+}  // namespace tesk
 
 namespace tesk::basPeripheralDynamics {
+
+extern const Driver kDriver;
 
 // Starts the scanner, completes its set-up and sets its threshold.
 bool InitReaderPD(clsTeskReader& reader);

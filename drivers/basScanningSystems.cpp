@@ -33,6 +33,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Driver.h"
 #include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "drivers/sekonicAnswers.h"
@@ -215,7 +216,7 @@ void SetUpBarcodes(std::int32_t definitions, SerialExchange& line) {
 // How many heads speak; 0: a model with a head for the back side may use it in a one-sided read too.
 std::size_t HeadsOf(const clsTeskReader& reader) {
   if (reader.TwoSided()) return kMostHeads;
-  const auto profile = Deref(reader.Profiles()).Item(NumberText(reader.ReaderType()));
+  const auto profile = reader.Profile();
   return Deref(profile).Duplex() ? 0 : 1;
 }
 
@@ -520,5 +521,16 @@ bool PrintSS(clsTeskReader& reader, bool feed) {
     return AskOnTheWayOut(line, kPrintQuery).find('0') != std::string::npos;
   });
 }
+
+constinit const Driver kDriver = {
+    .family = Family::SekonicSerial,
+    .module = "basScanningSystems",
+    .initReader = InitReaderSS,
+    .closeReader = CloseReaderSS,
+    .readPage = ReadPageSS,
+    .rejectPage = [](clsTeskReader& r) { return RejectPageSS(r, r.Rejecter()); },
+    .ejectPage = [](clsTeskReader& r) { return RejectPageSS(r, false); },
+    .print = PrintSS,
+};
 
 }  // namespace tesk::basScanningSystems

@@ -9,11 +9,14 @@
 #include "engine/Sheet.h"
 
 namespace tesk {
+struct Driver;
 class clsTeskReader;
 class SideArray;
 }  // namespace tesk
 
 namespace tesk::basScanningSystems {
+
+extern const Driver kDriver;
 
 class Answer;
 

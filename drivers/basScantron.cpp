@@ -22,6 +22,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Driver.h"
 #include "drivers/Message.h"
 #include "drivers/SerialExchange.h"
 #include "engine/clsTeskReader.h"
@@ -603,5 +604,18 @@ void ClearBufferST(clsTeskReader& reader) {
   // Ignored: the fault that matters is the one that led here.
   static_cast<void>(Attempt([&] { basUtils::DiscardInput(*Deref(reader.fComm()).mscComm()); }));
 }
+
+constinit const Driver kDriver = {
+    .family = Family::ScanMark,
+    .module = "basScantron",
+    .initReader = InitReaderST,
+    .closeReader = CloseReaderST,
+    .readPage =
+        [](clsTeskReader& r) {
+          return r.RecognitionMode() == teskRecognitionTypePage ? ReadPageST(r) : ReadWindowsST(r);
+        },
+    .rejectPage = [](clsTeskReader& r) { return RejectPageST(r, r.Rejecter()); },
+    .ejectPage = [](clsTeskReader& r) { return RejectPageST(r, false); },
+};
 
 }  // namespace tesk::basScantron

@@ -8,10 +8,13 @@
 #include "engine/Sheet.h"
 
 namespace tesk {
+struct Driver;
 class clsTeskReader;
-}
+}  // namespace tesk
 
 namespace tesk::basScantron {
+
+extern const Driver kDriver;
 
 // Resets the scanner, downloads the form and switches the imprinter.
 bool InitReaderST(clsTeskReader& reader);

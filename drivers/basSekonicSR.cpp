@@ -27,6 +27,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "drivers/Driver.h"
 #include "drivers/Message.h"
 #include "drivers/sekonicErrors.h"
 #include "engine/OmrLibrary.h"
@@ -484,5 +485,16 @@ void ReturnErrorSR(std::int32_t code) {
                           .title = LoadString("Sekonic SR Error"),
                           .detail = CodeText(known)});
 }
+
+constinit const Driver kDriver = {
+    .family = Family::SekonicUsb,
+    .module = "basSekonicSR",
+    .initReader = InitReaderSR,
+    .closeReader = CloseReaderSR,
+    .readPage = [](clsTeskReader& r) { return ReadPageSR(r, r.RecognitionThreshold()); },
+    .rejectPage = RejectPageSR,
+    .ejectPage = EjectPageSR,
+    .print = [](clsTeskReader& r, bool) { return PrintSR(r, Deref(r.Printer())); },
+};
 
 }  // namespace tesk::basSekonicSR

@@ -9,11 +9,14 @@
 #include "engine/Sheet.h"
 
 namespace tesk {
+struct Driver;
 class clsTeskReader;
 class clsTeskReaderPrinter;
 }  // namespace tesk
 
 namespace tesk::basSekonicSR {
+
+extern const Driver kDriver;
 
 // Loads the library, opens the scanner and sets it up. A library that is not there is shown as a missing file.
 bool InitReaderSR(clsTeskReader& reader);

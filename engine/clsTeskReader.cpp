@@ -386,4 +386,8 @@ void clsTeskReader::SetReaderType(teskReaderType v) {
 
 std::string clsTeskReader::ReaderName() const { return tesk::ReaderName(readerType_); }
 
+std::shared_ptr<clsTeskReaderProfile> clsTeskReader::Profile() const {
+  return Deref(profiles_).Item(NumberText(readerType_));
+}
+
 }  // namespace tesk

@@ -179,6 +179,9 @@ class clsTeskReader : public std::enable_shared_from_this<clsTeskReader> {
 
   // ---- For the library: drivers, dispatch and setup. Not on the automation interface.
 
+  // The profile of ReaderType among the Profiles; empty where there is none. Error 91 without Profiles.
+  std::shared_ptr<clsTeskReaderProfile> Profile() const;
+
   // The largest element of each geometry array, at least 0: what drivers dimension side arrays by.
   std::int16_t Side1RowExtent() const { return side1Rows_.extent; }
   std::int16_t Side1ColExtent() const { return side1Cols_.extent; }

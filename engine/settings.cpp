@@ -154,7 +154,7 @@ bool clsTeskReader::LoadDefaults(teskReaderType type) {
   const auto self = shared_from_this();
   return Guarded("clsTeskReader.LoadDefaults", [&] {
     SetReaderType(type);
-    const auto found = Deref(profiles_).Item(NumberText(type));
+    const auto found = Profile();
     const clsTeskReaderProfile& profile = Deref(found);
     SetImagingEnabled(profile.ImagingEnabled());
     SetReaderGrade(profile.ReaderGrade());

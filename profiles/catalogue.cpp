@@ -1,15 +1,55 @@
 // The catalogue's tables and the profile that a pair of rows describes.
-//
-// teskReaderTypeDatawinHemeraC has a name and a driver but deliberately no row: the setup dialog does not
-// offer it.
 #include "profiles/catalogue.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <string>
 
+#include "profiles/catalogueCells.h"
+
 namespace tesk {
 namespace {
+
+// Identity, serial line and thresholds of a model.
+struct IdentityRow {
+  teskReaderType type;
+  teskProfileType group;  // the filter bit that admits the model; none: always admitted
+  teskReaderInterfaceType interfaceType;
+  std::int32_t baudRate;
+  std::int32_t dataBits;    // 0 where there is no serial line
+  std::string_view parity;  // likewise empty
+  float stopBits;           // likewise 0
+  teskReaderFlowControl flowControl;
+  PairCell serialFields;  // of all five line settings alike
+  std::int16_t markCutOff;
+  DiscriminationCell markDiscrimination;
+  ThresholdCell recognitionThreshold;
+  std::int16_t erasureThreshold;
+  std::int16_t maxCols;
+  bool locate;
+  bool firmware;
+};
+
+// What the same model can do.
+struct CapabilityRow {
+  teskReaderType type;
+  SwitchCell readerGrade;
+  SwitchCell barcode;
+  SwitchCell duplex;
+  SwitchCell feeder;
+  SwitchCell rejecter;
+  SwitchCell printer;
+  SwitchCell windowing;
+  SwitchCell imaging;
+  SwitchCell continuous;
+  ColorDepthCell colorDepth;
+  ResolutionCell resolution;
+  bool printerPositionEnabled;
+  PairCell sleepTime;
+  PairCell timeOut;
+  PairCell port;
+};
 
 // The words of the tables.
 constexpr auto Always = teskProfileTypeNone;
@@ -28,55 +68,55 @@ constexpr bool F = false;
 
 // clang-format off
 
-// #, reader type, reader name, group, interface, baud, data bits, parity, stop bits, flow, serial fields,
+// Reader type, group, interface, baud, data bits, parity, stop bits, flow, serial fields,
 // MarkCutOff, MarkDiscrimination, RecognitionThreshold (min-max), ErasureThreshold, MaxCols, Locate, Firmware
 constexpr IdentityRow kIdentities[] = {
-    {1,  teskReaderTypeNone,                      "None",                              Always,   Serial, 9600,  0, "",  0, None,     "ev", 0,   "0",          "0 (0-0)",           0,   0,  F, F},
-    {2,  teskReaderTypeAppersonAdvantage1200,     "Apperson Advantage 1200",           AP,       Serial, 38400, 8, "N", 1, None,     "ev", 0,   "0",          "1 (0-0)",           1,   12, F, F},
-    {3,  teskReaderTypeAppersonAdvantageLink,     "Apperson Advantage Link",           AP,       Serial, 19200, 8, "N", 1, None,     "ev", 20,  "10 (e)",     "15 (0-31) (e)",     8,   12, F, F},
-    {4,  teskReaderTypeAppersonBenchMark3000,     "Apperson BenchMark 3000",           AP,       Serial, 38400, 8, "N", 1, None,     "ev", 0,   "0",          "1 (0-0)",           1,   15, F, F},
-    {5,  teskReaderTypeAppersonGradeMaster,       "Apperson GradeMaster",              AP,       Serial, 19200, 8, "N", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, F, F},
-    {6,  teskReaderTypeChatsworthACF100,          "Chatsworth Data ACP-100",           CT,       Serial, 9600,  7, "E", 1, None,     "--", 4,   "9 (hidden)", "8 (0-9) (e)",       5,   12, T, T},
-    {7,  teskReaderTypeChatsworthACF200,          "Chatsworth Data ACF-200",           CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, F, T},
-    {8,  teskReaderTypeChatsworthACP200,          "Chatsworth Data ACP-200",           CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, F, T},
-    {9,  teskReaderTypeChatsworthALSAccelScanOMR, "Chatsworth Data ALS AccelScan OMR", CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, T, T},
-    {10, teskReaderTypeChatsworthOMR1100,         "Chatsworth Data OMR1100",           CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, T, T},
-    {11, teskReaderTypeChatsworthOMR2000,         "Chatsworth Data OMR2000",           CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, T, T},
-    {12, teskReaderTypeDatawinAXM960,             "DATAWIN AXM 960",                   Datawin,  Serial, 19200, 8, "N", 1, Hardware, "ev", 6,   "3 (e)",      "1 (1-8) (e)",       1,   12, F, F},
-    {13, teskReaderTypePDIVMR138,                 "Peripheral Dynamics Inc. VMR138",   PDI,      Serial, 9600,  8, "N", 1, None,     "ev", 250, "5 (e)",      "240 (192-254) (e)", 190, 14, F, F},
-    {14, teskReaderTypeScantron8000,              "Scantron 8000",                     Scantron, Serial, 9600,  8, "N", 2, None,     "ev", 65,  "10 (e)",     "35 (0-99) (e)",     20,  48, F, F},
-    {15, teskReaderTypeScantron8400,              "Scantron 8400",                     Scantron, Serial, 9600,  8, "N", 2, None,     "ev", 65,  "10 (e)",     "35 (0-99) (e)",     20,  48, F, F},
-    {16, teskReaderTypeNCSEZData,                 "Scantron EZData",                   Scantron, Serial, 9600,  7, "E", 1, None,     "--", 4,   "9 (hidden)", "4 (0-9) (e)",       2,   12, T, T},
-    {17, teskReaderTypeNCSOpScan2,                "Scantron OpScan 2",                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {18, teskReaderTypeNCSOpScaniNSIGHT2,         "Scantron iNSIGHT 2 (OMR)",          Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {19, teskReaderTypeNCSOpScan3,                "Scantron OpScan 3",                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {20, teskReaderTypeNCSOpScan4,                "Scantron OpScan 4/4U",              Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {21, teskReaderTypeNCSOpScaniNSIGHT4,         "Scantron iNSIGHT 4 (OMR)",          Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {22, teskReaderTypeNCSOpScan5,                "Scantron OpScan 5",                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {23, teskReaderTypeNCSOpScan6,                "Scantron OpScan 6",                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {24, teskReaderTypeNCSOpScan7,                "Scantron OpScan 7",                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {25, teskReaderTypeNCSOpScan8,                "Scantron OpScan 8",                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {26, teskReaderTypeScantronScanMark2000,      "Scantron Scanmark 2000",            Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {27, teskReaderTypeScantronScanMark2250,      "Scantron Scanmark 2250",            Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {28, teskReaderTypeScantronScanMark2500,      "Scantron Scanmark 2500",            Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {29, teskReaderTypeScantronScanMark4000,      "Scantron Scanmark 4000",            Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {30, teskReaderTypeScantronScanMark5500,      "Scantron Scanmark 5500",            Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {31, teskReaderTypeScantronScanMarkES2010,    "Scantron Scanmark ES 2010",         Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {32, teskReaderTypeScantronScanMarkES2260,    "Scantron Scanmark ES 2260",         Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {33, teskReaderTypeScantronScanMarkES2800,    "Scantron Scanmark ES 2800",         Scantron, Serial, 9600,  8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
-    {34, teskReaderTypeScanningSystemsSR410,      "Sekonic SR-410",                    Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 6,   "3 (e)",      "1 (1-8) (e)",       1,   12, F, F},
-    {35, teskReaderTypeSekonicSR430,              "Sekonic SR-430",                    Sekonic,  Serial, 38400, 7, "N", 2, Hardware, "ev", 6,   "3 (e)",      "1 (1-16) (e)",      1,   12, F, F},
-    {36, teskReaderTypeScanningSystemsSR601,      "Sekonic SR-601",                    Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {37, teskReaderTypeScanningSystemsSR607,      "Sekonic SR-607",                    Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {38, teskReaderTypeScanningSystemsSR700351,   "Sekonic SR-700-351",                Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {39, teskReaderTypeScanningSystemsSR700352,   "Sekonic SR-700-352",                Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {40, teskReaderTypeSekonicSR1800,             "Sekonic SR1800 (USB)",              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {41, teskReaderTypeSekonicSR2300,             "Sekonic SR2300 (USB)",              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {42, teskReaderTypeSekonicSR3500,             "Sekonic SR3500 (USB)",              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {43, teskReaderTypeSekonicSR3500Hybrid,       "Sekonic SR3500 Hybrid (USB)",       Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {44, teskReaderTypeSekonicSR6500,             "Sekonic SR6500 (USB)",              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {45, teskReaderTypeSekonicSR6500Hybrid,       "Sekonic SR6500 Hybrid (USB)",       Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
-    {46, teskReaderTypeSekonicSR8000Hybrid,       "Sekonic SR8000 Hybrid (USB)",       Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeNone,                       Always,   Serial, 9600,  0, "",  0, None,     "ev", 0,   "0",          "0 (0-0)",           0,   0,  F, F},
+    {teskReaderTypeAppersonAdvantage1200,      AP,       Serial, 38400, 8, "N", 1, None,     "ev", 0,   "0",          "1 (0-0)",           1,   12, F, F},
+    {teskReaderTypeAppersonAdvantageLink,      AP,       Serial, 19200, 8, "N", 1, None,     "ev", 20,  "10 (e)",     "15 (0-31) (e)",     8,   12, F, F},
+    {teskReaderTypeAppersonBenchMark3000,      AP,       Serial, 38400, 8, "N", 1, None,     "ev", 0,   "0",          "1 (0-0)",           1,   15, F, F},
+    {teskReaderTypeAppersonGradeMaster,        AP,       Serial, 19200, 8, "N", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, F, F},
+    {teskReaderTypeChatsworthACF100,           CT,       Serial, 9600,  7, "E", 1, None,     "--", 4,   "9 (hidden)", "8 (0-9) (e)",       5,   12, T, T},
+    {teskReaderTypeChatsworthACF200,           CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, F, T},
+    {teskReaderTypeChatsworthACP200,           CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, F, T},
+    {teskReaderTypeChatsworthALSAccelScanOMR,  CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, T, T},
+    {teskReaderTypeChatsworthOMR1100,          CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, T, T},
+    {teskReaderTypeChatsworthOMR2000,          CT,       Serial, 9600,  7, "E", 1, None,     "ev", 1,   "1",          "1 (0-0)",           1,   12, T, T},
+    {teskReaderTypeDatawinAXM960,              Datawin,  Serial, 19200, 8, "N", 1, Hardware, "ev", 6,   "3 (e)",      "1 (1-8) (e)",       1,   12, F, F},
+    {teskReaderTypePDIVMR138,                  PDI,      Serial, 9600,  8, "N", 1, None,     "ev", 250, "5 (e)",      "240 (192-254) (e)", 190, 14, F, F},
+    {teskReaderTypeScantron8000,               Scantron, Serial, 9600,  8, "N", 2, None,     "ev", 65,  "10 (e)",     "35 (0-99) (e)",     20,  48, F, F},
+    {teskReaderTypeScantron8400,               Scantron, Serial, 9600,  8, "N", 2, None,     "ev", 65,  "10 (e)",     "35 (0-99) (e)",     20,  48, F, F},
+    {teskReaderTypeNCSEZData,                  Scantron, Serial, 9600,  7, "E", 1, None,     "--", 4,   "9 (hidden)", "4 (0-9) (e)",       2,   12, T, T},
+    {teskReaderTypeNCSOpScan2,                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScaniNSIGHT2,          Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScan3,                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScan4,                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScaniNSIGHT4,          Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScan5,                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScan6,                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScan7,                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeNCSOpScan8,                 Scantron, Serial, 38400, 7, "O", 2, Hardware, "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMark2000,       Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMark2250,       Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMark2500,       Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMark4000,       Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMark5500,       Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMarkES2010,     Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMarkES2260,     Scantron, Serial, 19200, 8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScantronScanMarkES2800,     Scantron, Serial, 9600,  8, "N", 2, None,     "ev", 10,  "3 (e)",      "7 (0-15) (e)",      5,   48, F, F},
+    {teskReaderTypeScanningSystemsSR410,       Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 6,   "3 (e)",      "1 (1-8) (e)",       1,   12, F, F},
+    {teskReaderTypeSekonicSR430,               Sekonic,  Serial, 38400, 7, "N", 2, Hardware, "ev", 6,   "3 (e)",      "1 (1-16) (e)",      1,   12, F, F},
+    {teskReaderTypeScanningSystemsSR601,       Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeScanningSystemsSR607,       Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeScanningSystemsSR700351,    Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeScanningSystemsSR700352,    Sekonic,  Serial, 9600,  7, "N", 2, Hardware, "ev", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeSekonicSR1800,              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeSekonicSR2300,              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeSekonicSR3500,              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeSekonicSR3500Hybrid,        Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeSekonicSR6500,              Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeSekonicSR6500Hybrid,        Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
+    {teskReaderTypeSekonicSR8000Hybrid,        Sekonic,  USB,    9600,  0, "",  0, None,     "-v", 10,  "2 (e)",      "5 (0-15) (e)",      3,   48, F, F},
 };
 
 // Reader type, ReaderGrade, Barcode, Duplex, Feeder, Rejecter, Printer, Windowing, Imaging, Continuous,
@@ -132,15 +172,16 @@ constexpr CapabilityRow kCapabilities[] = {
 
 // clang-format on
 
-consteval bool TablesMatch() {
-  if (std::size(kIdentities) != std::size(kCapabilities)) return false;
-  for (std::size_t i = 0; i < std::size(kIdentities); ++i) {
-    if (kIdentities[i].number != static_cast<std::int16_t>(i + 1)) return false;
-    if (kIdentities[i].type != kCapabilities[i].type) return false;
+consteval bool EveryTypeHasItsRows() {
+  for (std::int32_t i = 0; i <= kLastReaderType; ++i) {
+    const auto type = static_cast<teskReaderType>(i);
+    // Deliberate: hosts are not offered this one.
+    const auto rows = type == teskReaderTypeDatawinHemeraC ? 0 : 1;
+    if (std::ranges::count(kIdentities, type, &IdentityRow::type) != rows) return false;
   }
-  return true;
+  return std::ranges::equal(kIdentities, kCapabilities, {}, &IdentityRow::type, &CapabilityRow::type);
 }
-static_assert(TablesMatch(), "the two tables list the same models in the same order, numbered from 1");
+static_assert(EveryTypeHasItsRows(), "both tables list the same models once, in the same order");
 
 using Profile = clsTeskReaderProfile;
 using BooleanSetter = void (Profile::*)(bool);
@@ -228,22 +269,39 @@ void SetCapabilities(Profile& profile, const CapabilityRow& row) {
   profile.SetPortVisible(row.port.visible);
 }
 
+// A new profile of the model whose rows stand at `index`.
+Profile ProfileAt(std::size_t index) {
+  const IdentityRow& row = kIdentities[index];
+  Profile profile;
+  profile.SetReaderType(row.type);
+  profile.SetMaxCols(row.maxCols);
+  profile.SetLocateEnabled(row.locate);
+  profile.SetFirmwareEnabled(row.firmware);
+  SetSerialLine(profile, row);
+  SetThresholds(profile, row);
+  SetCapabilities(profile, kCapabilities[index]);
+  return profile;
+}
+
 }  // namespace
 
-std::span<const IdentityRow> IdentityRows() { return kIdentities; }
+std::vector<clsTeskReaderProfile> Catalogue(teskProfileType makers) {
+  std::vector<clsTeskReaderProfile> profiles;
+  for (std::size_t i = 0; i < std::size(kIdentities); ++i) {
+    const teskProfileType group = kIdentities[i].group;
+    if (group == Always || (group & makers) != 0) profiles.push_back(ProfileAt(i));
+  }
+  return profiles;
+}
 
-std::span<const CapabilityRow> CapabilityRows() { return kCapabilities; }
+clsTeskReaderProfile ProfileOf(teskReaderType type) {
+  const auto* row = std::ranges::find(kIdentities, type, &IdentityRow::type);
+  if (row == std::end(kIdentities)) return {};
+  return ProfileAt(static_cast<std::size_t>(row - std::begin(kIdentities)));
+}
 
-clsTeskReaderProfile ProfileOf(const IdentityRow& identity, const CapabilityRow& capabilities) {
-  clsTeskReaderProfile profile;
-  profile.SetReaderType(identity.type);
-  profile.SetMaxCols(identity.maxCols);
-  profile.SetLocateEnabled(identity.locate);
-  profile.SetFirmwareEnabled(identity.firmware);
-  SetSerialLine(profile, identity);
-  SetThresholds(profile, identity);
-  SetCapabilities(profile, capabilities);
-  return profile;
+std::int16_t DarkestMark(teskReaderType type) {
+  return std::max<std::int16_t>(ProfileOf(type).RecognitionThresholdMaximum(), 1);
 }
 
 }  // namespace tesk

@@ -8,6 +8,7 @@
 #include "base/RunTimeError.h"
 #include "base/conversions.h"
 #include "base/readerNames.h"
+#include "profiles/models.h"
 #include "setup/optionValues.h"
 #include "setup/optionsLayout.h"
 #include "setup/spinField.h"
@@ -161,7 +162,7 @@ void frmOptions::cmdDefaults_Click() {
 void frmOptions::chkReaderGrade_Click() {
   Guarded("frmOptions.chkReaderGrade_Click", [&] {
     const auto profile = ChosenProfile();
-    if (!profile || !OffersSelfScore(profile->ReaderType())) return;
+    if (!profile || !ModelOf(profile->ReaderType()).scoresItself) return;
     ApplyReaderGrade(controls_, *profile);
     view_.Refresh();
     if (!controls_[chkReaderGrade].checked || loading_) return;

@@ -7,6 +7,7 @@
 #include "base/HostServices.h"
 #include "base/RunTimeError.h"
 #include "base/conversions.h"
+#include "profiles/models.h"
 #include "setup/optionsLayout.h"
 #include "setup/spinField.h"
 
@@ -78,15 +79,6 @@ void Enable(OptionControls& controls, const Profile& profile, ControlId id) {
   const auto row = std::ranges::find(kStates, id, &StateRow::id);
   controls[id].enabled = (profile.*row->enabled)();
 }
-
-// ---- The readers that score sheets themselves
-
-constexpr std::array kSelfScoring = {
-    teskReaderTypeNCSOpScan2, teskReaderTypeNCSOpScan3,        teskReaderTypeNCSOpScan4,
-    teskReaderTypeNCSOpScan5, teskReaderTypeNCSOpScan7,        teskReaderTypeNCSOpScan6,
-    teskReaderTypeNCSOpScan8, teskReaderTypeNCSOpScaniNSIGHT2, teskReaderTypeNCSOpScaniNSIGHT4,
-    teskReaderTypeNCSEZData,
-};
 
 // Set by the scanner's own scoring; the erasure threshold is not.
 constexpr std::array kScoredBySelf = {txtRecognitionThreshold, txtMarkDiscrimination, txtMarkCutOff};
@@ -199,7 +191,7 @@ bool SameValue(const Control& a, const Control& b) {
 }  // namespace
 
 void ApplyProfile(OptionControls& controls, const clsTeskReaderProfile& profile) {
-  const bool selfScore = OffersSelfScore(profile.ReaderType());
+  const bool selfScore = ModelOf(profile.ReaderType()).scoresItself;
   controls[chkReaderGrade].caption = LoadString(selfScore ? kSelfScoreCaption : kReaderGradeCaption);
   controls[fraImageSettings].visible = profile.ImagingVisible();
   controls[fraImageSettings].enabled = profile.ImagingEnabled();
@@ -233,15 +225,11 @@ void ApplyNoProfile(OptionControls& controls) {
   FollowContents(controls);
 }
 
-bool OffersSelfScore(teskReaderType type) {
-  return std::ranges::find(kSelfScoring, type) != kSelfScoring.end();
-}
-
 void ApplyReaderGrade(OptionControls& controls, const clsTeskReaderProfile& profile) {
   // A hidden or disabled box has no say: nobody could clear it.
   const Control& box = controls[chkReaderGrade];
   const bool clearable = box.visible && box.enabled;
-  const bool scores = OffersSelfScore(profile.ReaderType()) && clearable && box.checked;
+  const bool scores = ModelOf(profile.ReaderType()).scoresItself && clearable && box.checked;
   for (const ControlId id : kScoredBySelf) {
     Enable(controls, profile, id);
     if (scores) controls[id].enabled = false;

@@ -15,9 +15,7 @@ void ApplyProfile(OptionControls& controls, const clsTeskReaderProfile& profile)
 // Nothing can be changed but the reader: for when none is chosen.
 void ApplyNoProfile(OptionControls& controls);
 
-// Whether ticking the reader-grade box hands the scoring over to this reader.
-bool OffersSelfScore(teskReaderType type);
-// The thresholds are the reader's own while its grade box is ticked.
+// The thresholds are the reader's own while the grade box of one that scores itself is ticked.
 void ApplyReaderGrade(OptionControls& controls, const clsTeskReaderProfile& profile);
 
 // The engine's settings, over the proposals of its reader. A line setting that no list has is one that no port takes,

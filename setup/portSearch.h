@@ -1,13 +1,9 @@
 // The port search: asks one serial port after the other whether a reader answers there.
 #pragma once
 
-#include "base/enumerations.h"
 #include "engine/Seams.h"
 
 namespace tesk {
-
-// Whether readers of this type answer the identification request, wherever their profile offers it.
-bool AnswersIdentification(teskReaderType type);
 
 class IdentifyingPortSearch : public PortSearch {
  public:

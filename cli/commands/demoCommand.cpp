@@ -20,6 +20,7 @@
 #include "cli/scan/ScanRun.h"
 #include "cli/simulated/SimulatedScanner.h"
 #include "cli/simulated/SimulatedSerial.h"
+#include "profiles/catalogue.h"
 
 namespace tesk::cli {
 namespace {

@@ -21,7 +21,7 @@
 #include "cli/simulated/SimulatedSerial.h"
 #include "platform/Platform.h"
 #include "platform/SerialPorts.h"
-#include "profiles/clsTeskReaderProfiles.h"
+#include "profiles/catalogue.h"
 #include "simulator/Simulators.h"
 
 namespace tesk::cli {
@@ -44,7 +44,7 @@ void AddReaderOption(CLI::App& command, PortOptions& options) {
 }
 
 bool ProfileOffers(clsTeskReader& engine, bool (clsTeskReaderProfile::*offers)() const) {
-  const auto profile = engine.Profiles()->Item(NumberText(engine.ReaderType()));
+  const auto profile = engine.Profile();
   return profile && (*profile.*offers)();
 }
 
@@ -170,8 +170,7 @@ bool Search(teskReaderType type, const std::vector<Asked>& asked, std::int16_t s
 }
 
 void RequireLocatable(teskReaderType type) {
-  const auto profile = clsTeskReaderProfiles().Item(NumberText(std::int32_t{type}));
-  if (profile && profile->LocateEnabled()) return;
+  if (ProfileOf(type).LocateEnabled()) return;
   RequireDriver(type);
   throw CommandFailure(
       fmt::format("the {} cannot be searched for: it does not say who it is|\"teskread ports\" lists the "

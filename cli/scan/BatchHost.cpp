@@ -8,7 +8,7 @@
 #include "base/conversions.h"
 #include "cli/CommandError.h"
 #include "cli/scan/SheetRoad.h"
-#include "profiles/families.h"
+#include "profiles/models.h"
 
 namespace tesk::cli {
 namespace {
@@ -22,9 +22,6 @@ constexpr Milliseconds kLongestEnd{15000};
 constexpr Milliseconds kProgressInterval{100};
 
 bool Blank(const SideArray& side) { return side == SideArray(side.Rows(), side.Columns()); }
-
-// What the driver of a model hands out for a sheet without texts.
-std::string_view NoText(teskReaderType type) { return FamilyOf(type) == Family::OpScan ? "?" : ""; }
 
 std::string TextOf(const OperatorMessage& message) {
   return fmt::format("{}: {}", message.title, Replace(message.text, "|", " "));
@@ -105,7 +102,7 @@ void BatchHost::ReadSheet(SideArray& iSide1Array, SideArray& iSide2Array, Barcod
              .reader = engine_.ReaderType(),
              .side1 = {engine_.Side1TimingMarks(), iSide1Array, sSide1FileName, sSide1ItemCoordinates},
              .side2 = std::nullopt,
-             .barcodes = BarcodesRead(sBarcodeArray, NoText(engine_.ReaderType())),
+             .barcodes = BarcodesRead(sBarcodeArray, FamilyOf(engine_.ReaderType()).blankBarcode),
              .disposed = {},
              .warnings = judge_.Warnings(engine_)};
   // A driver may hand out a blank back that nobody asked for.
@@ -114,7 +111,9 @@ void BatchHost::ReadSheet(SideArray& iSide1Array, SideArray& iSide2Array, Barcod
   }
 }
 
-void BatchHost::BeforePrint(bool& /*bCancel*/) { unprinted_ = PrintingOf(engine_.ReaderType()).has_value(); }
+void BatchHost::BeforePrint(bool& /*bCancel*/) {
+  unprinted_ = ModelOf(engine_.ReaderType()).printing != Printing::Never;
+}
 
 void BatchHost::AfterSheet(bool& bCancelScan) {
   phase_ = Phase::Disposing;
@@ -215,7 +214,7 @@ bool BatchHost::IsLast() const {
 }
 
 std::string BatchHost::WishedDisposal() const {
-  if (!DisposalOf(engine_.ReaderType())) return "none";
+  if (ModelOf(engine_.ReaderType()).sending == Sending::Nothing) return "none";
   if (plan_.disposal == Disposal::Reject) return "rejected";
   return plan_.disposal == Disposal::Eject || last_ ? "ejected" : "none";
 }

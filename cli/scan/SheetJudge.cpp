@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "cli/simulated/SimulatedScanner.h"
-#include "profiles/families.h"
+#include "profiles/catalogue.h"
+#include "profiles/models.h"
 
 namespace tesk::cli {
 namespace {
@@ -46,7 +46,7 @@ std::int32_t LeftOut(std::int16_t count, std::int16_t extent, std::int32_t colum
 
 std::int32_t DarkestValue(const clsTeskReader& engine) {
   const std::int32_t darkest = DarkestMark(engine.ReaderType());
-  const bool marksAlone = FamilyOf(engine.ReaderType()) == Family::PeripheralDynamics;
+  const bool marksAlone = FamilyOf(engine.ReaderType()).marksAlone;
   return marksAlone ? std::max(darkest, engine.RecognitionThreshold() + 1) : darkest;
 }
 

@@ -7,7 +7,7 @@
 
 #include "base/conversions.h"
 #include "cli/CommandError.h"
-#include "profiles/families.h"
+#include "profiles/models.h"
 
 namespace tesk::cli {
 namespace {
@@ -15,9 +15,9 @@ namespace {
 bool Imprints(const clsTeskReader& engine) { return engine.Printer()->Active(); }
 
 void CheckHeld(const ScanPlan& plan, const clsTeskReader& engine) {
-  if (!HoldsSheets(engine.ReaderType()) || (!engine.Rejecter() && !Imprints(engine))) return;
+  if (!FamilyOf(engine.ReaderType()).holdsSheets || (!engine.Rejecter() && !Imprints(engine))) return;
   const char* because = Imprints(engine) ? "an imprint" : "Rejecter";
-  if (!DisposalOf(engine.ReaderType())) {
+  if (ModelOf(engine.ReaderType()).sending == Sending::Nothing) {
     throw UsageError(
         fmt::format("{}: with {} the {} would hold each sheet, and this model has no command that sends it "
                     "on; scan without it",
@@ -61,17 +61,17 @@ std::string Shown(const std::string& wire) {
 
 // How many characters of a text are printed; below 0: no limit is known.
 std::int32_t Room(const clsTeskReader& engine) {
-  constexpr std::int32_t kLongestHeldImprint = 125;  // the blanks of the position included
-  const std::int32_t most = engine.Printer()->MaxCharacters();
-  if (!HoldsSheets(engine.ReaderType())) return most;
-  return std::clamp<std::int32_t>(kLongestHeldImprint - engine.Printer()->Distance(), 0, kLongestHeldImprint);
+  const FamilyTraits& family = FamilyOf(engine.ReaderType());
+  if (!family.holdsSheets) return engine.Printer()->MaxCharacters();
+  return std::clamp<std::int32_t>(family.heldImprint - engine.Printer()->Distance(), 0, family.heldImprint);
 }
 
 }  // namespace
 
 bool HasRejectExit(const clsTeskReader& engine) {
-  const auto profile = engine.Profiles()->Item(std::to_string(std::int32_t{engine.ReaderType()}));
-  return DisposalOf(engine.ReaderType()) && profile && (profile->Rejecter() || profile->RejecterEnabled());
+  const auto profile = engine.Profile();
+  const bool sends = ModelOf(engine.ReaderType()).sending != Sending::Nothing;
+  return sends && profile && (profile->Rejecter() || profile->RejecterEnabled());
 }
 
 void CheckSheetRoad(const ScanPlan& plan, const clsTeskReader& engine) {
@@ -93,7 +93,8 @@ std::vector<std::string> ImprintNotices(const ScanPlan& plan, const clsTeskReade
           fmt::format("--imprint: \"{}\" is longer than the {} characters that fit", text, room));
     }
   }
-  if (!plan.imprints.empty() && plan.disposal == Disposal::Reject && HoldsSheets(engine.ReaderType())) {
+  if (!plan.imprints.empty() && plan.disposal == Disposal::Reject &&
+      FamilyOf(engine.ReaderType()).holdsSheets) {
     notices.push_back(
         fmt::format("--imprint: the {} does not print on sheets that it rejects", engine.ReaderName()));
   }

@@ -1,42 +1,19 @@
-// The models' limits as tables, and the options held against them.
+// The options held against the models' limits.
 #include "cli/scan/modelLimits.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "assembly/assembly.h"
-#include "base/conversions.h"
 #include "cli/CommandError.h"
+#include "profiles/models.h"
 
 namespace tesk::cli {
 namespace {
-
-// By driver. The columns are the model's own (MaxCols).
-struct Grid {
-  std::string_view driver;
-  std::int16_t rows;              // at most
-  bool sized;                     // as large as the form says, on either side
-  bool wholeRows;                 // a page comes in rows of MaxCols values, whatever the form says
-  std::int32_t barcodes;          // definitions, at most
-  std::int16_t lastWindowNumber;  // the largest start, count or gap of a window
-  bool frontFirst;                // the windows of the front come before those of the back
-};
-
-constexpr Grid kGrids[] = {
-    {"basNCS", 150, false, false, INT32_MAX, 0, false},
-    {"basPeripheralDynamics", 500, false, false, 0, 0, false},
-    {"basScanningSystems", 999, true, false, 8, 99, false},
-    {"basScantron", INT16_MAX, true, true, 0, INT16_MAX, true},
-    {"basSekonicSR", 200, false, false, 99, 0, false},
-};
 
 // One direction of a window.
 struct Axis {
@@ -49,17 +26,10 @@ struct Axis {
 class Limits {
  public:
   Limits(const ScanPlan& plan, const clsTeskReader& engine)
-      : plan_(plan),
-        engine_(engine),
-        profile_(*engine.Profiles()->Item(NumberText(engine.ReaderType()))),
-        grid_(*std::ranges::find(kGrids, DriverModule(engine.ReaderType()), &Grid::driver)) {}
-
-  static bool Knows(const clsTeskReader& engine) {
-    return std::ranges::find(kGrids, DriverModule(engine.ReaderType()), &Grid::driver) != std::end(kGrids);
-  }
+      : plan_(plan), engine_(engine), profile_(*engine.Profile()), family_(FamilyOf(engine.ReaderType())) {}
 
   void CheckSides() const {
-    if (grid_.sized && !plan_.side1) {
+    if (family_.toldSizes && !plan_.side1) {
       throw UsageError(
           fmt::format("--side1: is required: the {} reads the rows and columns that it is told; write "
                       "ROWSxCOLUMNS, for example --side1 50x48",
@@ -68,7 +38,7 @@ class Limits {
     if (plan_.side1) CheckSizes("--side1", *plan_.side1);
     if (plan_.side2) CheckSizes("--side2", *plan_.side2);
     if (plan_.side1 && plan_.side2) CheckSideEnd(*plan_.side1, *plan_.side2);
-    if (grid_.sized && plan_.side1 && !plan_.side2 && engine_.TwoSided()) {
+    if (family_.toldSizes && plan_.side1 && !plan_.side2 && engine_.TwoSided()) {
       throw UsageError(
           "--side2: is required: Duplex and DuplexForm are set, so both sides are read|write ROWSxCOLUMNS, "
           "for example --side2 50x48, or --set DuplexForm=False");
@@ -87,7 +57,7 @@ class Limits {
     for (const WindowFields& fields : plan_.windows) {
       CheckWindow(fields);
       backBegan = backBegan || fields[6] == 2;
-      if (grid_.frontFirst && backBegan && fields[6] == 1) {
+      if (family_.frontFirst && backBegan && fields[6] == 1) {
         RefuseWindow(fields, "the windows of the front (Page 1) come before those of the back (Page 2)");
       }
     }
@@ -98,9 +68,9 @@ class Limits {
     if (!profile_.Barcode() && !profile_.BarcodeEnabled()) {
       throw UsageError(fmt::format("--barcode: the {} reads no barcodes", engine_.ReaderName()));
     }
-    if (plan_.barcodes.size() > static_cast<std::size_t>(grid_.barcodes)) {
+    if (plan_.barcodes.size() > static_cast<std::size_t>(family_.mostBarcodes)) {
       throw UsageError(fmt::format("--barcode: the {} takes at most {} barcodes, {} were given",
-                                   engine_.ReaderName(), grid_.barcodes, plan_.barcodes.size()));
+                                   engine_.ReaderName(), family_.mostBarcodes, plan_.barcodes.size()));
     }
     for (const BarcodeFields& fields : plan_.barcodes) {
       if (fields.page != 1 && fields.page != 2) {
@@ -123,7 +93,7 @@ class Limits {
   // Nothing marks where the front ends and the back begins: the largest front decides for all sheets.
   void CheckSideEnd(const SheetSizes& front, const SheetSizes& back) const {
     const bool page = engine_.RecognitionMode() == teskRecognitionTypePage;
-    if (!grid_.wholeRows || !page || !engine_.TwoSided()) return;
+    if (!family_.wholeRows || !page || !engine_.TwoSided()) return;
     const std::int16_t largest = *std::ranges::max_element(front.rows);
     for (std::size_t i = 0; i < front.rows.size(); ++i) {
       if (front.rows[i] == largest || back.rows[i] == 0) continue;
@@ -138,7 +108,7 @@ class Limits {
     const std::int16_t widest = profile_.MaxCols();
     const bool page = engine_.RecognitionMode() == teskRecognitionTypePage;
     const std::string size = fmt::format("{}: {}x{}", option, rows, columns);
-    if (grid_.wholeRows && page && columns != widest) {
+    if (family_.wholeRows && page && columns != widest) {
       throw UsageError(
           fmt::format("{} does not fit: the {} reads pages of {} columns; write {}x{}|narrower "
                       "parts of a sheet are read with --window",
@@ -148,9 +118,9 @@ class Limits {
       throw UsageError(
           fmt::format("{} is too wide: the {} reads at most {} columns", size, engine_.ReaderName(), widest));
     }
-    if (rows > grid_.rows) {
+    if (rows > family_.mostRows) {
       throw UsageError(fmt::format("{} is too long: the {} reads at most {} rows", size, engine_.ReaderName(),
-                                   grid_.rows));
+                                   family_.mostRows));
     }
   }
 
@@ -177,9 +147,9 @@ class Limits {
       RefuseWindow(fields, fmt::format("{0}s {1} to {2} lie outside the sheet, which has {0}s 1 to {3}",
                                        axis.what, first, last, size));
     }
-    if (std::max({first, axis.count, axis.gap < 0 ? -axis.gap : axis.gap}) > grid_.lastWindowNumber) {
+    if (std::max({first, axis.count, axis.gap < 0 ? -axis.gap : axis.gap}) > family_.mostInWindow) {
       RefuseWindow(fields, fmt::format("the {} takes starts, counts and steps up to {}", engine_.ReaderName(),
-                                       grid_.lastWindowNumber));
+                                       family_.mostInWindow));
     }
   }
 
@@ -190,13 +160,12 @@ class Limits {
   const ScanPlan& plan_;
   const clsTeskReader& engine_;
   const clsTeskReaderProfile& profile_;
-  const Grid& grid_;
+  const FamilyTraits& family_;
 };
 
 }  // namespace
 
 void CheckModelLimits(const ScanPlan& plan, const clsTeskReader& engine) {
-  if (!Limits::Knows(engine)) return;
   const Limits limits(plan, engine);
   limits.CheckSides();
   limits.CheckWindows();

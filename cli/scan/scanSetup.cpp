@@ -18,7 +18,7 @@ namespace tesk::cli {
 namespace {
 
 bool IsSerial(const clsTeskReader& engine) {
-  const auto profile = engine.Profiles()->Item(std::to_string(std::int32_t{engine.ReaderType()}));
+  const auto profile = engine.Profile();
   return profile && profile->InterfaceType() == teskReaderInterfaceTypeSerial;
 }
 

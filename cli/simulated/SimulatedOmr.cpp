@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/conversions.h"
-#include "profiles/families.h"
+#include "profiles/models.h"
 
 namespace tesk::cli {
 namespace {
@@ -89,7 +89,7 @@ std::shared_ptr<OmrLibrary> SimulatedOmr::Load() { return std::make_shared<Libra
 
 std::shared_ptr<OmrLibraryLoader> CreateSimulatedOmr(teskReaderType type,
                                                      std::vector<simulator::Sheet> stock) {
-  if (FamilyOf(type) != Family::SekonicUsb) return nullptr;
+  if (!FamilyOf(type).byLibrary) return nullptr;
   simulator::UsbDevice device;
   device.sheets = std::move(stock);
   return std::make_shared<SimulatedOmr>(std::make_shared<simulator::SekonicUsb>(std::move(device)));

@@ -9,19 +9,14 @@
 #include "base/readerNames.h"
 #include "cli/CommandError.h"
 #include "cli/simulated/SheetFile.h"
-#include "profiles/clsTeskReaderProfiles.h"
+#include "profiles/catalogue.h"
 
 namespace tesk::cli {
 namespace {
 
-std::shared_ptr<clsTeskReaderProfile> ProfileOf(teskReaderType type) {
-  auto profile = clsTeskReaderProfiles().Item(std::to_string(std::int32_t{type}));
-  return profile ? profile : std::make_shared<clsTeskReaderProfile>();
-}
-
 simulator::Geometry GeometryOf(teskReaderType type, const StockOptions& options) {
   simulator::Geometry geometry;
-  const std::int16_t widest = ProfileOf(type)->MaxCols();
+  const std::int16_t widest = ProfileOf(type).MaxCols();
   if (widest > 0) geometry.columns = widest;
   if (options.side1) {
     geometry.rows = options.side1->rows.front();
@@ -78,20 +73,16 @@ class Service {
 
 }  // namespace
 
-std::int16_t DarkestMark(teskReaderType type) {
-  return std::max<std::int16_t>(ProfileOf(type)->RecognitionThresholdMaximum(), 1);
-}
-
 double LineRate(teskReaderType type) {
   const auto profile = ProfileOf(type);
-  const bool parity = !profile->Parity().empty() && profile->Parity() != "N";
-  const double bits = 1 + static_cast<double>(profile->DataBits()) + (parity ? 1 : 0) +
-                      static_cast<double>(profile->StopBits());
-  const bool serial = profile->InterfaceType() == teskReaderInterfaceTypeSerial;
-  return serial ? static_cast<double>(profile->BaudRate()) / bits : 0;
+  const bool parity = !profile.Parity().empty() && profile.Parity() != "N";
+  const double bits = 1 + static_cast<double>(profile.DataBits()) + (parity ? 1 : 0) +
+                      static_cast<double>(profile.StopBits());
+  const bool serial = profile.InterfaceType() == teskReaderInterfaceTypeSerial;
+  return serial ? static_cast<double>(profile.BaudRate()) / bits : 0;
 }
 
-bool ReadsBothSides(teskReaderType type) { return ProfileOf(type)->Duplex(); }
+bool ReadsBothSides(teskReaderType type) { return ProfileOf(type).Duplex(); }
 
 std::vector<simulator::Sheet> StockOf(teskReaderType type, const StockOptions& options) {
   if (!options.sheetFile.empty()) return ReadSheetFile(options.sheetFile, DarkestMark(type));

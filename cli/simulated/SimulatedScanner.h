@@ -23,8 +23,6 @@ struct StockOptions {
   std::uint64_t seed = 1;
 };
 
-// The top of a model's darkness scale.
-std::int16_t DarkestMark(teskReaderType type);
 // Bytes per second on the line that the model's profile proposes; 0 where it proposes none.
 double LineRate(teskReaderType type);
 // Whether the model reads both sides unless it is told otherwise.

@@ -9,6 +9,7 @@
 
 #include "base/conversions.h"
 #include "base/readerNames.h"
+#include "profiles/models.h"
 #include "simulator/Simulators.h"
 #include "tests/support/TestBench.h"
 
@@ -425,10 +426,10 @@ TEST_P(Contract, GarbageNeverHangsOrTouchesTheArraysOfAFailedRead) {
 }
 
 std::string_view Terminators(teskReaderType type) {
-  const std::string_view driver = DriverModule(type);
-  if (driver == "basScanningSystems") return "\r ,";
-  if (driver == "basNCS") return "\r\n\x15";
-  return driver == "basScantron" ? "\r" : "\r\n";
+  const Family family = ModelOf(type).family;
+  if (family == Family::SekonicSerial) return "\r ,";
+  if (family == Family::OpScan) return "\r\n\x15";
+  return family == Family::ScanMark ? "\r" : "\r\n";
 }
 
 TEST_P(LyingLine, BytesDamagedIntoTerminatorsEndNoSheet) {

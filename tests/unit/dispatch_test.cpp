@@ -1,12 +1,10 @@
-// Routing, opening and closing of the port, and what the dispatch reports.
-#include <map>
-#include <set>
-
+// What the dispatch does with each operation, opening and closing of the port, and what it reports.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/conversions.h"
-#include "profiles/families.h"
+#include "base/readerNames.h"
+#include "drivers/Driver.h"
 #include "simulator/Simulators.h"
 #include "tests/support/TestBench.h"
 #include "transport/dispatch/basRead.h"
@@ -14,65 +12,40 @@
 namespace tesk::test {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using Int16s = std::vector<std::int16_t>;
 
-std::shared_ptr<simulator::Scanner> ScanMark() {
-  return simulator::CreateScanner(teskReaderTypeScantronScanMark2500, {.count = 2});
-}
+constexpr auto kScanMark = teskReaderTypeScantronScanMark2500;
 
-TEST(Routing, EveryTypeHasTheFamilyThatHostsKnow) {
-  const std::map<Family, std::set<int>> families = {
-      {Family::Apperson, {1, 18, 39, 40}},
-      {Family::OpScan, {2, 3, 4, 5, 6, 25, 26, 31, 32}},
-      {Family::SekonicSerial, {7, 8, 9, 10, 19, 38}},
-      {Family::ScanMark, {11, 12, 13, 14, 15, 16, 17, 27, 28, 29}},
-      {Family::Chatsworth, {20, 21, 22, 35, 41}},
-      {Family::EZData, {23, 37}},
-      {Family::PeripheralDynamics, {24}},
-      {Family::SekonicUsb, {30, 33, 34, 36}},
-      {Family::SekonicHybrid, {42, 43}},
-      {Family::Datawin, {44}},
-  };
-  std::map<Family, std::set<int>> found;
-  for (int type = -1; type <= 47; ++type) {
-    if (const auto family = FamilyOf(static_cast<teskReaderType>(type))) found[*family].insert(type);
-  }
-  EXPECT_EQ(found, families);
-}
-
-struct PortCase {
-  std::int16_t port;
-  bool reported;
+// A reader with two sheets before it.
+struct DispatchBench : Bench {
+  explicit DispatchBench(teskReaderType type = kScanMark)
+      : Bench(type, simulator::CreateScanner(type, {.count = 2})) {}
 };
 
-class PortRange : public ::testing::TestWithParam<PortCase> {};
-
-TEST_P(PortRange, OutsideOneToSixteenIsReportedBeforeAnythingIsOpened) {
-  Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
-  bench.serial->port = 16;
-  bench.reader->SetPort(GetParam().port);
-  EXPECT_EQ(bench.reader->StartReader(), !GetParam().reported);
-  EXPECT_EQ(bench.reader->CancelScan(), GetParam().reported);
-  if (!GetParam().reported) return;
-  EXPECT_THAT(bench.serial->asked, IsEmpty());
-  ASSERT_THAT(bench.host.Sources(), ElementsAre("basRead.ReaderInit"));
-  EXPECT_EQ(bench.host.errors[0].number, 8002);
-  EXPECT_EQ(bench.host.errors[0].title, "Invalid Port Number");
-  EXPECT_EQ(
-      bench.host.errors[0].message,
-      "An error has occurred attempting to initialize the selected COM port: " + NumberText(GetParam().port) +
-          ". Please verify the COM port number and settings and then retry the operation.");
+TEST(Opening, PortOutsideOneToSixteenIsReportedBeforeAnythingIsOpened) {
+  for (const std::int16_t port : Int16s{-1, 0, 1, 16, 17}) {
+    DispatchBench bench;
+    bench.serial->port = port;
+    bench.reader->SetPort(port);
+    const bool taken = port == 1 || port == 16;
+    EXPECT_EQ(bench.reader->StartReader(), taken) << port;
+    EXPECT_EQ(bench.reader->CancelScan(), !taken) << port;
+    if (taken) continue;
+    EXPECT_THAT(bench.serial->asked, IsEmpty());
+    ASSERT_THAT(bench.host.errors, SizeIs(1));
+    const ErrorReport& error = bench.host.errors[0];
+    EXPECT_EQ(NumberText(error.number) + " " + error.source + " | " + error.title + " | " + error.message,
+              "8002 Quillon Reader - basRead.ReaderInit | Invalid Port Number | An error has occurred "
+              "attempting to initialize the selected COM port: " +
+                  NumberText(port) +
+                  ". Please verify the COM port number and settings and then retry the operation.");
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Ports, PortRange,
-                         ::testing::Values(PortCase{0, true}, PortCase{17, true}, PortCase{-1, true},
-                                           PortCase{16, false}),
-                         [](const auto& info) { return "Case" + std::to_string(info.index); });
-
 TEST(Opening, PortThatCannotBeOpenedSaysWhyAndLeavesARetryPossible) {
-  Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
+  DispatchBench bench;
   bench.reader->SetPort(5);
   EXPECT_FALSE(bench.reader->StartReader());
   ASSERT_THAT(bench.host.errors, SizeIs(1));
@@ -80,55 +53,46 @@ TEST(Opening, PortThatCannotBeOpenedSaysWhyAndLeavesARetryPossible) {
   EXPECT_EQ(bench.host.errors[0].detail, "No such port");
   bench.reader->SetPort(3);
   EXPECT_TRUE(bench.reader->StartReader());
+  EXPECT_TRUE(bench.reader->StartReader()) << "also while the port is open";
 }
 
-TEST(Opening, SettingsReachTheLineInTheFormOfNoLocale) {
+TEST(Opening, SettingsReachTheLineInTheFormOfNoLocaleAndThoseOfNoLineAreRefused) {
   struct Case {
-    float stopBits;
-    const char* parity;
     int baud;
+    const char* parity;
     int bits;
-    const char* text;
+    float stopBits;
+    int flowControl;
+    const char* text;  // null: refused
   };
-  for (const Case& c : {Case{1, "N", 9600, 8, "9600,N,8,1"}, Case{1.5F, "E", 1200, 7, "1200,E,7,1.5"},
-                        Case{2, "O", 256000, 5, "256000,O,5,2"}}) {
-    Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
-    bench.reader->SetStopBits(c.stopBits);
-    bench.reader->SetParity(c.parity);
+  for (const Case& c : {Case{9600, "N", 8, 1, 0, "9600,N,8,1"}, Case{1200, "E", 7, 1.5F, 3, "1200,E,7,1.5"},
+                        Case{256000, "O", 5, 2, 2, "256000,O,5,2"}, Case{4800, "N", 8, 1, 0, nullptr},
+                        Case{9600, "X", 8, 1, 0, nullptr}, Case{9600, "", 8, 1, 0, nullptr},
+                        Case{9600, "N,8", 8, 1, 0, nullptr}, Case{9600, "N", 9, 1, 0, nullptr},
+                        Case{9600, "N", 8, 3, 0, nullptr}, Case{9600, "N", 8, 1, 4, nullptr}}) {
+    DispatchBench bench;
     bench.reader->SetBaudRate(static_cast<teskReaderBaudRate>(c.baud));
+    bench.reader->SetParity(c.parity);
     bench.reader->SetDataBits(static_cast<teskReaderDataBits>(c.bits));
-    bench.reader->SetFlowControl(teskReaderFlowControlBoth);
-    ASSERT_TRUE(bench.reader->StartReader());
-    EXPECT_EQ(bench.reader->fComm()->mscComm()->Settings(), c.text);
-    EXPECT_EQ(bench.serial->settings.bitRate, c.baud);
-    EXPECT_EQ(bench.serial->settings.stopBits, c.stopBits);
-    EXPECT_EQ(bench.serial->settings.handshaking, teskReaderFlowControlBoth);
-  }
-}
-
-TEST(Opening, SettingsThatNoLineHasAreRefused) {
-  const std::pair<const char*, void (*)(clsTeskReader&)> kCases[] = {
-      {"bit rate", [](clsTeskReader& r) { r.SetBaudRate(static_cast<teskReaderBaudRate>(4800)); }},
-      {"parity", [](clsTeskReader& r) { r.SetParity("X"); }},
-      {"no parity", [](clsTeskReader& r) { r.SetParity(""); }},
-      {"two parities", [](clsTeskReader& r) { r.SetParity("N,8"); }},
-      {"data bits", [](clsTeskReader& r) { r.SetDataBits(static_cast<teskReaderDataBits>(9)); }},
-      {"stop bits", [](clsTeskReader& r) { r.SetStopBits(3); }},
-      {"handshaking", [](clsTeskReader& r) { r.SetFlowControl(static_cast<teskReaderFlowControl>(4)); }},
-  };
-  for (const auto& [name, spoil] : kCases) {
-    Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
-    spoil(*bench.reader);
-    EXPECT_FALSE(bench.reader->StartReader()) << name;
-    ASSERT_THAT(bench.host.errors, SizeIs(1)) << name;
-    EXPECT_EQ(bench.host.errors[0].number, 8002) << name;
-    EXPECT_FALSE(bench.serial->open) << name;
+    bench.reader->SetStopBits(c.stopBits);
+    bench.reader->SetFlowControl(static_cast<teskReaderFlowControl>(c.flowControl));
+    EXPECT_EQ(bench.reader->StartReader(), c.text != nullptr);
+    EXPECT_EQ(bench.serial->open, c.text != nullptr);
+    if (c.text != nullptr) {
+      EXPECT_EQ(bench.reader->fComm()->mscComm()->Settings(), c.text);
+      EXPECT_EQ(bench.serial->settings.bitRate, c.baud);
+      EXPECT_EQ(bench.serial->settings.stopBits, c.stopBits);
+      EXPECT_EQ(bench.serial->settings.handshaking, c.flowControl);
+    } else {
+      ASSERT_THAT(bench.host.errors, SizeIs(1));
+      EXPECT_EQ(bench.host.errors[0].number, 8002);
+    }
   }
 }
 
 TEST(Opening, TimeOutOutsideItsRangeBecomesTenSeconds) {
   for (const auto& [given, used] : {std::pair{0, 10}, {601, 10}, {-3, 10}, {600, 600}, {1, 1}}) {
-    Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
+    DispatchBench bench;
     bench.reader->SetTimeOut(given);
     ASSERT_TRUE(bench.reader->StartReader());
     EXPECT_EQ(bench.reader->TimeOut(), used);
@@ -136,30 +100,94 @@ TEST(Opening, TimeOutOutsideItsRangeBecomesTenSeconds) {
   }
 }
 
-TEST(Opening, TypeThatIsRoutedNowhereCancelsTheScan) {
-  for (const auto type :
-       {teskReaderTypeNone, teskReaderTypeSekonicSR8000Hybrid, teskReaderTypeDatawinHemeraC}) {
-    Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
-    bench.reader->SetReaderType(type);
-    EXPECT_FALSE(bench.reader->StartReader()) << type;
-    EXPECT_TRUE(bench.reader->CancelScan()) << type;
-    EXPECT_FALSE(bench.reader->EndReader()) << type;
-    EXPECT_FALSE(bench.serial->open) << type;
-    bench.reader->EjectPage();
-    EXPECT_EQ(bench.serial->sent, "") << type;
+TEST(Closing, PortIsClosedWhateverTheDriverSaysAndHostsAreToldByTheFamily) {
+  struct Case {
+    teskReaderType type;
+    bool starts;
+    bool silent;
+    bool closes;
+  };
+  for (const Case& c : {Case{kScanMark, true, false, true}, Case{kScanMark, true, true, false},
+                        Case{teskReaderTypePDIVMR138, true, false, false},
+                        Case{teskReaderTypeChatsworthOMR1100, false, false, true},
+                        Case{teskReaderTypeNCSEZData, false, false, false},
+                        Case{teskReaderTypeSekonicSR8000Hybrid, false, false, false},
+                        Case{teskReaderTypeDatawinHemeraC, false, false, false},
+                        Case{teskReaderTypeNone, false, false, false}}) {
+    DispatchBench bench(c.type);
+    bench.reader->SetReaderType(c.type);
+    EXPECT_EQ(bench.reader->StartReader(), c.starts) << c.type;
+    EXPECT_EQ(bench.reader->CancelScan(), !c.starts) << c.type;
+    if (c.silent) bench.serial->behaviour.silentAfter = 0;
+    EXPECT_EQ(bench.reader->EndReader(), c.closes) << c.type;
+    EXPECT_FALSE(bench.serial->open) << c.type;
+    EXPECT_EQ(bench.serial->sent.empty(), !c.starts) << c.type;
   }
 }
 
-TEST(Closing, PortIsClosedEvenWhenTheScannerDoesNotAnswer) {
-  Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
+TEST(Reading, OneThatFailsLeavesNothingOfTheSheetBeforeAndCancels) {
+  DispatchBench bench(teskReaderTypeNCSOpScan8);
   ASSERT_TRUE(bench.reader->StartReader());
+  bench.reader->SetSide1TimingMarks(7);
+  bench.reader->SetSide2TimingMarks(8);
+  bench.reader->SetHopperEmpty(true);
   bench.serial->behaviour.silentAfter = 0;
-  EXPECT_FALSE(bench.reader->EndReader());
-  EXPECT_FALSE(bench.serial->open);
+  EXPECT_FALSE(bench.reader->ReadPage());
+  EXPECT_EQ(bench.reader->Side1TimingMarks(), -1);
+  EXPECT_EQ(bench.reader->Side2TimingMarks(), -1);
+  EXPECT_FALSE(bench.reader->HopperEmpty());
+  EXPECT_TRUE(bench.reader->CancelScan());
+}
+
+// Printing, rejecting and ejecting: whether anything goes over the wire, and what becomes of the disposed flag.
+TEST(Sending, ReachesTheScannerWhereTheModelsRowSaysSo) {
+  struct Case {
+    teskReaderType type;
+    bool prints, printsSkipped, rejects, rejectsToRejecter, ejects;
+  };
+  constexpr bool T = true, F = false;
+  for (const Case& c :
+       {Case{teskReaderTypeNCSOpScan8, T, F, F, T, T},
+        Case{teskReaderTypeScanningSystemsSR607, T, T, T, T, T},
+        Case{teskReaderTypeScanningSystemsSR410, F, F, F, F, F},
+        Case{teskReaderTypeScantronScanMark5500, F, F, T, T, T},
+        Case{teskReaderTypeScantron8400, F, F, F, F, F}, Case{teskReaderTypePDIVMR138, F, F, T, T, T},
+        Case{teskReaderTypeDatawinAXM960, F, F, F, F, F}}) {
+    DispatchBench bench(c.type);
+    bench.reader->StartReader();
+    bench.reader->Printer()->SetEnabled(true);
+    bench.reader->Printer()->SetBuffer1("Room 7");
+    basRead dispatch;
+    const auto sends = [&](auto&& operation) {
+      bench.serial->sent.clear();
+      operation();
+      return !bench.serial->sent.empty();
+    };
+    for (const bool skip : {false, true}) {
+      bool disposed = !skip;
+      EXPECT_EQ(sends([&] { dispatch.ReaderPrint(*bench.reader, skip, disposed); }),
+                skip ? c.printsSkipped : c.prints)
+          << c.type;
+      EXPECT_EQ(disposed, c.printsSkipped ? skip : !skip) << c.type;
+      bench.reader->SetRejecter(skip);
+      EXPECT_EQ(sends([&] { dispatch.ReaderReject(*bench.reader); }), skip ? c.rejectsToRejecter : c.rejects)
+          << c.type;
+      EXPECT_EQ(sends([&] { dispatch.ReaderEject(*bench.reader, disposed); }), c.ejects) << c.type;
+    }
+  }
+}
+
+TEST(Models, AreSupportedExactlyWhereThereIsADriverAndASimulator) {
+  for (const ReaderTypeName& name : ReaderTypeNames()) {
+    const bool supported = ModelOf(name.type).support != Support::NoDriver;
+    const bool simulated = !simulator::FaultKinds(name.type).empty() || FamilyOf(name.type).byLibrary;
+    EXPECT_EQ(DriverOf(name.type) != nullptr, supported) << name.enumerator;
+    EXPECT_EQ(simulated, supported || FamilyOf(name.type).identifies) << name.enumerator;
+  }
 }
 
 TEST(Reading, CommunicationsFormThatGoesIsClosedOnceNoRoutineUsesIt) {
-  Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
+  DispatchBench bench;
   const auto held = bench.reader->fComm();
   ASSERT_TRUE(bench.reader->StartReader());
   bench.time->onMessages = [&](int) {
@@ -177,13 +205,7 @@ TEST(Reading, CommunicationsFormThatGoesIsClosedOnceNoRoutineUsesIt) {
   EXPECT_TRUE(bench.serial->open) << "the same control is in use still";
   bench.reader->SetfComm(nullptr);
   EXPECT_FALSE(bench.serial->open);
-}
-
-TEST(Reading, CommunicationsFormSetToNothingIsReportedAndFails) {
-  Bench bench(teskReaderTypeScantronScanMark2500, ScanMark());
-  ASSERT_TRUE(bench.reader->StartReader());
-  bench.reader->SetfComm(nullptr);
-  EXPECT_FALSE(bench.serial->open);
+  bench.host.errors.clear();
   EXPECT_FALSE(bench.reader->ReadPage());
   EXPECT_TRUE(bench.reader->CancelScan());
   EXPECT_FALSE(bench.reader->EndReader());

@@ -1,15 +1,12 @@
 // The search over the ports, the identification request and the firmware text, with simulated readers behind
 // the ports.
-#include <algorithm>
 #include <map>
 #include <numeric>
+#include <tuple>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "base/conversions.h"
-#include "drivers/basNCSEZData.h"
-#include "setup/portSearch.h"
 #include "simulator/Simulators.h"
 #include "tests/support/TestBench.h"
 
@@ -67,63 +64,58 @@ TEST(Locate, AsksTheStartPortFirstAndThenAllSixteenInOrder) {
   }
 }
 
-TEST(Locate, IsOfferedToExactlyTheReadersThatIdentifyThemselves) {
-  for (std::int16_t type = -1; type <= 47; ++type) {
+TEST(Locate, AndFirmwareAreOfferedWhereProfileAndFamilySaySo) {
+  for (std::int32_t number = -1; number <= kLastReaderType + 1; ++number) {
+    const auto type = static_cast<teskReaderType>(number);
     SearchBench bench;
-    bench.reader->LoadDefaults(static_cast<teskReaderType>(type));
+    bench.reader->LoadDefaults(type);
+    bench.reader->SetPort(3);
     bench.host.errors.clear();
-    const bool expected = type == 20 || type == 21 || type == 22 || type == 23 || type == 37;
-    EXPECT_EQ(bench.reader->Locate(3), expected) << type;
-    EXPECT_EQ(bench.serial->asked.empty(), !expected) << type;
-    EXPECT_THAT(bench.host.errors, IsEmpty()) << type;
+    const bool firmware = (type >= 20 && type <= 23) || type == 35 || type == 37 || type == 41;
+    const bool locate = firmware && type != 35 && type != 41;
+    std::string text;
+    EXPECT_EQ(bench.reader->Locate(3), locate) << number;
+    EXPECT_EQ(bench.reader->Firmware(text), firmware) << number;
+    EXPECT_EQ(text, firmware ? "OMR-1100 - Version 1.04" : "") << number;
+    EXPECT_EQ(bench.serial->asked, Ports(std::size_t{locate} + std::size_t{firmware}, 3)) << number;
+    EXPECT_FALSE(bench.serial->open);
+    EXPECT_THAT(bench.host.errors, IsEmpty()) << number;
   }
+  SearchBench opScan(teskReaderTypeNCSOpScan2);
+  opScan.reader->Profile()->SetLocateEnabled(true);
+  EXPECT_FALSE(opScan.reader->Locate(3)) << "it does not identify itself";
+  EXPECT_THAT(opScan.serial->asked, IsEmpty());
+  SearchBench acf200(teskReaderTypeChatsworthACF200);
+  acf200.reader->Profile()->SetLocateEnabled(true);
+  EXPECT_TRUE(acf200.reader->Locate(3));
 }
 
-TEST(Locate, NeedsBothTheProfileAndTheTable) {
-  for (const bool enabled : {false, true}) {
-    SearchBench bench(teskReaderTypeNCSOpScan2);
-    bench.reader->Profiles()->Item("2")->SetLocateEnabled(enabled);
-    EXPECT_FALSE(bench.reader->Locate(3)) << "an OpScan reader does not identify itself";
-    EXPECT_THAT(bench.serial->asked, IsEmpty());
-  }
-  SearchBench bench(teskReaderTypeChatsworthACF200);
-  bench.reader->Profiles()->Item("35")->SetLocateEnabled(true);
-  EXPECT_TRUE(bench.reader->Locate(3));
-}
-
-TEST(Locate, SendsNothingButTheRequestAndUsesTheEnginesLine) {
-  const auto scanner = Identifying();
-  SearchBench bench(kReader, scanner);
-  bench.reader->SetBaudRate(teskReaderBaudRate19200);
-  bench.reader->SetFlowControl(teskReaderFlowControlHardware);
-  EXPECT_TRUE(bench.reader->Locate());
-  EXPECT_EQ(bench.serial->sent, kRequest);
-  EXPECT_THAT(scanner->Complaints(), IsEmpty());
-  EXPECT_EQ(bench.serial->settings.bitRate, 19200);
-  EXPECT_EQ(bench.serial->settings.parity, 'E');
-  EXPECT_EQ(bench.serial->settings.dataBits, 7);
-  EXPECT_EQ(bench.serial->settings.handshaking, teskReaderFlowControlHardware);
-  EXPECT_FALSE(bench.serial->open);
-}
-
-TEST(Locate, LeavesTheCommunicationsFormAsItFoundIt) {
-  for (const std::int16_t at : {std::int16_t{3}, std::int16_t{0}}) {
-    SearchBench bench;
+TEST(Locate, SendsTheRequestAloneOnTheEnginesLineAndLeavesTheFormAsItFoundIt) {
+  for (const std::int16_t at : Ports{3, 0}) {
+    const auto scanner = Identifying();
+    SearchBench bench(kReader, scanner);
     bench.serial->port = at;
+    bench.reader->SetBaudRate(teskReaderBaudRate19200);
+    bench.reader->SetFlowControl(teskReaderFlowControlHardware);
     SerialControl& port = *bench.reader->fComm()->mscComm();
     port.SetCommPort(7);
     port.SetSettings("300,M,5,1.5");
     port.SetHandshaking(3);
     port.SetInputLen(12);
-    bench.reader->fComm()->tmrScan()->SetInterval(12'345);
-    bench.reader->Locate(3);
-    EXPECT_EQ(port.CommPort(), 7);
-    EXPECT_EQ(port.Settings(), "300,M,5,1.5");
-    EXPECT_EQ(port.Handshaking(), 3);
-    EXPECT_EQ(port.InputLen(), 12);
-    EXPECT_EQ(bench.reader->fComm()->tmrScan()->Interval(), 12'345);
-    EXPECT_FALSE(bench.reader->fComm()->tmrScan()->Enabled());
+    const auto timer = bench.reader->fComm()->tmrScan();
+    timer->SetInterval(12'345);
+    EXPECT_EQ(bench.reader->Locate(), at == 3);
+    EXPECT_EQ(bench.serial->sent, at == 3 ? kRequest : "");
+    EXPECT_EQ(std::tuple(port.CommPort(), port.Settings(), port.Handshaking(), port.InputLen()),
+              std::tuple(7, "300,M,5,1.5", 3, 12));
+    EXPECT_EQ(timer->Interval(), 12'345);
+    EXPECT_FALSE(timer->Enabled() || bench.serial->open);
     EXPECT_TRUE(bench.reader->CancelScan()) << "as a reader that is not started";
+    EXPECT_THAT(scanner->Complaints(), IsEmpty());
+    if (at == 0) continue;
+    const LineSettings& line = bench.serial->settings;
+    EXPECT_EQ(std::tuple(line.bitRate, line.parity, line.dataBits, line.handshaking),
+              std::tuple(19200, 'E', 7, teskReaderFlowControlHardware));
   }
 }
 
@@ -157,16 +149,13 @@ struct SilentBench {
   std::shared_ptr<clsTeskReader> reader;
 };
 
-TEST(Locate, WaitsForASilentPortByAClockOfItsOwn) {
-  SilentBench bench;
-  bench.reader->SetTimeOut(600);
-  EXPECT_FALSE(bench.reader->Locate(5));
-  EXPECT_EQ(bench.ports->asked.size(), 17U);
-  EXPECT_GE(bench.time->Elapsed(), 17 * 500ms);
-  EXPECT_LE(bench.time->Elapsed(), 17 * 700ms);
-}
-
-TEST(Locate, PassesOverPortsThatAreGoneHeldOrUnwilling) {
+TEST(Locate, WaitsForASilentPortByAClockOfItsOwnAndPassesOverThoseThatDoNotOpen) {
+  SilentBench silent;
+  silent.reader->SetTimeOut(600);
+  EXPECT_FALSE(silent.reader->Locate(5));
+  EXPECT_EQ(silent.ports->asked.size(), 17U);
+  EXPECT_GE(silent.time->Elapsed(), 17 * 500ms);
+  EXPECT_LE(silent.time->Elapsed(), 17 * 700ms);
   SilentBench bench;
   for (std::int16_t port = 1; port <= 16; ++port) {
     constexpr std::array kErrors{kErrorPort, kErrorPortInUse, kErrorLineSettings, kErrorLineWrite};
@@ -176,13 +165,10 @@ TEST(Locate, PassesOverPortsThatAreGoneHeldOrUnwilling) {
   EXPECT_EQ(bench.ports->asked, Range(1, 16));
   EXPECT_EQ(bench.time->Elapsed(), 0ms);
   EXPECT_THAT(bench.host.errors, IsEmpty());
-}
-
-TEST(Locate, ReportsOnceWhatNoOtherPortWouldMend) {
-  SilentBench bench;
+  bench.ports->asked.clear();
   bench.reader->SetParity("X");
   EXPECT_FALSE(bench.reader->Locate());
-  EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Locate"));
+  EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Locate")) << "no other port would mend it";
   EXPECT_THAT(bench.ports->asked, IsEmpty());
 }
 
@@ -200,14 +186,18 @@ TEST(Locate, EndsWhenTheHostGivesUp) {
   EXPECT_TRUE(bench.reader->CancelScan());
 }
 
-TEST(Locate, ClosesThePortThatAFailedStartLeftOpen) {
+TEST(Locate, ClosesThePortThatAFailedStartLeftOpenAndFirmwareReportsOneThatDoesNotOpen) {
   SearchBench bench;
+  std::string firmware;
+  EXPECT_FALSE(bench.reader->Firmware(firmware));
+  EXPECT_THAT(bench.serial->asked, ElementsAre(9));
+  EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Firmware"));
+  bench.host.errors.clear();
   bench.reader->SetPort(3);
   ASSERT_FALSE(bench.reader->StartReader()) << "a reader without a driver";
   ASSERT_TRUE(bench.serial->open);
   EXPECT_TRUE(bench.reader->Locate());
   EXPECT_FALSE(bench.reader->StartReader());
-  std::string firmware;
   EXPECT_TRUE(bench.reader->Firmware(firmware));
   EXPECT_FALSE(bench.serial->open);
   EXPECT_THAT(bench.host.errors, IsEmpty());
@@ -308,32 +298,6 @@ TEST(Identification, TakesAnAnswerAtTheSlowestLineAndNoneThatComesTooLate) {
   EXPECT_FALSE(late.reader->Locate(3));
 }
 
-// ---- Firmware
-
-TEST(Firmware, IsOfferedWhereTheProfileSaysSo) {
-  for (std::int16_t type = -1; type <= 47; ++type) {
-    SearchBench bench;
-    bench.reader->LoadDefaults(static_cast<teskReaderType>(type));
-    bench.reader->SetPort(3);
-    bench.host.errors.clear();
-    std::string firmware;
-    const bool expected = (type >= 20 && type <= 23) || type == 35 || type == 37 || type == 41;
-    EXPECT_EQ(bench.reader->Firmware(firmware), expected) << type;
-    EXPECT_EQ(firmware, expected ? "OMR-1100 - Version 1.04" : "") << type;
-    EXPECT_EQ(bench.serial->asked, expected ? Ports{3} : Ports{}) << type;
-    EXPECT_FALSE(bench.serial->open);
-  }
-}
-
-TEST(Firmware, ReportsAPortThatCannotBeOpened) {
-  SearchBench bench;
-  std::string firmware;
-  EXPECT_FALSE(bench.reader->Firmware(firmware));
-  EXPECT_THAT(bench.serial->asked, ElementsAre(9));
-  EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Firmware"));
-  EXPECT_EQ(bench.reader->Port(), 9);
-}
-
 // ---- The simulator
 
 TEST(EZDataSimulator, RecordsWhateverIsNotTheRequest) {
@@ -350,16 +314,6 @@ TEST(EZDataSimulator, RecordsWhateverIsNotTheRequest) {
   EXPECT_THAT(scanner->Complaints(),
               ElementsAre("unknown command: \"R\"", "unknown command: \"<12><1B>V<12>F\""));
   EXPECT_EQ(scanner->SheetsLeft(), 0U);
-}
-
-TEST(EZDataSimulator, StandsForTheReadersThatAreAskedThisWay) {
-  for (std::int16_t number = 0; number <= 47; ++number) {
-    const auto type = static_cast<teskReaderType>(number);
-    const auto faults = simulator::FaultKinds(type);
-    const bool identifies = std::ranges::find(faults, simulator::FaultKind::NoVersion) != faults.end();
-    EXPECT_EQ(identifies, AnswersIdentification(type)) << number;
-    EXPECT_TRUE(!identifies || DriverModule(type).empty()) << number << " reads no sheets";
-  }
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The routing of operations, by the tables of the families.
+// The routing of operations to the driver of the reader type.
 #include "transport/dispatch/basRead.h"
 
 #include <cstdint>
@@ -9,29 +9,10 @@
 #include "base/conversions.h"
 #include "drivers/Driver.h"
 #include "engine/clsTeskReader.h"
-#include "profiles/families.h"
+#include "profiles/models.h"
 
 namespace tesk {
 namespace {
-
-// ---- What closing yields, beyond what the driver says.
-
-enum class CloseYields { DriversResult, True, False };
-
-constexpr struct {
-  Family family;
-  CloseYields yields;
-} kClosing[] = {
-    {Family::Chatsworth, CloseYields::True},           // has no close routine
-    {Family::PeripheralDynamics, CloseYields::False},  // Compatibility: its result never reaches the host
-};
-
-const Driver* DriverOf(teskReaderType type) {
-  const auto family = FamilyOf(type);
-  return family ? FindDriver(*family) : nullptr;
-}
-
-// ---- Opening
 
 constexpr std::int32_t kFirstPort = 1;
 constexpr std::int32_t kLastPort = 16;
@@ -67,7 +48,7 @@ void OpenPort(const clsTeskReader& reader, SerialControl& port) {
 }
 
 bool Initialise(clsTeskReader& reader) {
-  const auto profile = Deref(reader.Profiles()).Item(NumberText(reader.ReaderType()));
+  const auto profile = reader.Profile();
   if (!profile) return false;
   const auto comm = reader.fComm();
   if (profile->InterfaceType() == teskReaderInterfaceTypeSerial) {
@@ -98,12 +79,7 @@ bool basRead::ReaderInit(clsTeskReader& reader) {
 bool basRead::ReaderClose(clsTeskReader& reader) {
   const bool closed = Guarded("basRead.ReaderClose", [&] {
     const Driver* driver = DriverOf(reader.ReaderType());
-    if (driver == nullptr) return false;
-    const bool result = driver->closeReader == nullptr || driver->closeReader(reader);
-    for (const auto& rule : kClosing) {
-      if (rule.family == driver->family) return rule.yields == CloseYields::True;
-    }
-    return result;
+    return driver != nullptr ? driver->closeReader(reader) : FamilyOf(reader.ReaderType()).nothingToClose;
   });
   const bool released = Guarded("basRead.ReaderClose", [&] {
     const auto comm = reader.fComm();
@@ -129,31 +105,31 @@ bool basRead::ReaderRead(clsTeskReader& reader) {
 
 bool basRead::ReaderPrint(clsTeskReader& reader, bool skip, bool& disposed) {
   return Guarded("basRead.ReaderPrint", [&] {
-    const auto when = PrintingOf(reader.ReaderType());
+    const Printing printing = ModelOf(reader.ReaderType()).printing;
     const Driver* driver = DriverOf(reader.ReaderType());
-    if (!when || driver == nullptr || driver->print == nullptr) return false;
-    if (skip && when == PrintWhen::NotSkipped) return false;
+    if (printing == Printing::Never || driver == nullptr) return false;
+    if (skip && printing == Printing::UnlessSkipped) return false;
     const bool printed = driver->print(reader, skip);
-    if (when == PrintWhen::Always) disposed = skip;
+    if (printing == Printing::Always) disposed = skip;
     return printed;
   });
 }
 
 void basRead::ReaderReject(clsTeskReader& reader) {
-  const auto route = DisposalOf(reader.ReaderType());
+  const Sending sending = ModelOf(reader.ReaderType()).sending;
   const Driver* driver = DriverOf(reader.ReaderType());
-  if (!route || driver == nullptr) return;
-  if (route->rejectWhen == RejectWhen::RejecterSet && !reader.Rejecter()) return;
+  if (sending == Sending::Nothing || driver == nullptr) return;
+  if (sending == Sending::RejectsToRejecter && !reader.Rejecter()) return;
   driver->rejectPage(reader);
 }
 
 void basRead::ReaderEject(clsTeskReader& reader, bool& disposed) {
-  const auto route = DisposalOf(reader.ReaderType());
+  const Sending sending = ModelOf(reader.ReaderType()).sending;
   const Driver* driver = DriverOf(reader.ReaderType());
-  if (!route || driver == nullptr) return;
+  if (sending == Sending::Nothing || driver == nullptr) return;
   const bool ejected = driver->ejectPage(reader);
-  if (route->disposed == Disposed::WhenEjected) disposed = ejected;
-  if (route->disposed == Disposed::WhenEjectedAndCancelled) disposed = ejected && reader.CancelScan();
+  if (sending == Sending::AsEjected) disposed = ejected;
+  if (sending == Sending::AsEjectedAndCancelled) disposed = ejected && reader.CancelScan();
 }
 
 }  // namespace tesk

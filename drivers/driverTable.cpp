@@ -12,10 +12,15 @@
 namespace tesk {
 namespace {
 
+// clang-format off
 constexpr const Driver* kDrivers[] = {
-    &basNCS::kDriver,      &basPeripheralDynamics::kDriver, &basScanningSystems::kDriver,
-    &basScantron::kDriver, &basSekonicSR::kDriver,
+    &basNCS::kDriver,
+    &basPeripheralDynamics::kDriver,
+    &basScanningSystems::kDriver,
+    &basScantron::kDriver,
+    &basSekonicSR::kDriver,
 };
+// clang-format on
 
 }  // namespace
 

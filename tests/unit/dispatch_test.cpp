@@ -95,8 +95,8 @@ TEST(Opening, TimeOutOutsideItsRangeBecomesTenSeconds) {
     DispatchBench bench;
     bench.reader->SetTimeOut(given);
     ASSERT_TRUE(bench.reader->StartReader());
-    EXPECT_EQ(bench.reader->TimeOut(), used);
-    EXPECT_EQ(bench.reader->fComm()->tmrScan()->Interval(), used * 1000);
+    EXPECT_EQ((std::pair{bench.reader->TimeOut(), bench.reader->fComm()->tmrScan()->Interval()}),
+              (std::pair{used, used * 1000}));
   }
 }
 

@@ -1,5 +1,7 @@
 // The imprinter: what each reader type offers and how its switches depend on one another.
+#include <array>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -18,7 +20,7 @@ struct Expected {
 };
 
 const Expected kExpected[] = {
-    {{0, 19, 24, 38, 39, 40, 47, 63, 64, 66, -1, INT32_MIN}, Ignored, {0, -1, -1, -1, 0}},
+    {{0, 19, 24, 38, 39, 40, kLastReaderType + 1, 64, -1, INT32_MIN}, Ignored, {0, -1, -1, -1, 0}},
     {{1, 18, 20, 21, 22, 23, 35, 37, 41}, Off, {0, -1, -1, -1, 0}},
     {{2, 3, 4, 31, 32}, AsGiven, {1, 0, 24, 24, 0}},
     {{5}, AsGiven, {1, 0, 40, 40, 0}},
@@ -80,25 +82,18 @@ TEST(Printer, ActiveIsTrueOnlyWhileEnabledWhenSetAndWhenRead) {
 }
 
 TEST(Printer, FilledBuffersBeyondTheModelsCountDoNotCount) {
-  struct Case {
-    teskReaderType type;
-    std::vector<std::string> buffers;
-    int filled;
-  };
-  const Case cases[] = {
-      {teskReaderTypeScanningSystemsSR601, {"", "x", ""}, 1},
-      {teskReaderTypeScanningSystemsSR601, {"a", "b", "c"}, 3},
-      {teskReaderTypeNCSOpScan2, {"", "b", "c"}, 0},
-      {teskReaderTypeNCSOpScan2, {" ", "b", "c"}, 1},
-      {teskReaderTypePDIVMR138, {"a", "b", "c"}, 0},
-  };
-  for (const Case& c : cases) {
-    clsTeskReaderPrinter printer = PrinterOf(c.type, true);
-    printer.SetBuffer1(c.buffers[0]);
-    printer.SetBuffer2(c.buffers[1]);
-    printer.SetBuffer3(c.buffers[2]);
-    EXPECT_EQ(printer.FilledBufferCount(), c.filled) << (&c - cases);
-    EXPECT_EQ((std::vector{printer.Buffer1(), printer.Buffer2(), printer.Buffer3()}), c.buffers);
+  using Lines = std::array<std::string, 3>;
+  for (const auto& [type, lines, filled] : {std::tuple{7, Lines{"", "x", ""}, 1},
+                                            {7, {"a", "b", "c"}, 3},
+                                            {2, {"", "b", "c"}, 0},
+                                            {2, {" ", "b", "c"}, 1},
+                                            {24, {"a", "b", "c"}, 0}}) {
+    clsTeskReaderPrinter printer = PrinterOf(type, true);
+    printer.SetBuffer1(lines[0]);
+    printer.SetBuffer2(lines[1]);
+    printer.SetBuffer3(lines[2]);
+    EXPECT_EQ(printer.FilledBufferCount(), filled) << type;
+    EXPECT_EQ((Lines{printer.Buffer1(), printer.Buffer2(), printer.Buffer3()}), lines);
   }
 }
 

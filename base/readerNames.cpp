@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "base/HostServices.h"
+#include "base/tables.h"
 
 namespace tesk {
 namespace {
@@ -63,14 +64,8 @@ constexpr ReaderTypeName kNames[] = {
     {teskReaderTypeDatawinHemeraC, "teskReaderTypeDatawinHemeraC", "DATAWIN HEMERA C"},
 };
 
-consteval bool EveryTypeHasItsName() {
-  if (std::size(kNames) != std::size_t{kLastReaderType} + 1) return false;
-  for (std::size_t i = 0; i < std::size(kNames); ++i) {
-    if (kNames[i].type != static_cast<teskReaderType>(i)) return false;
-  }
-  return true;
-}
-static_assert(EveryTypeHasItsName(), "one name per reader type, in the order of the types");
+static_assert(InOrder(kNames, &ReaderTypeName::type) && std::size(kNames) == std::size_t{kLastReaderType} + 1,
+              "one name per reader type, in the order of the types");
 
 }  // namespace
 

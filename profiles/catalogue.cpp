@@ -172,16 +172,14 @@ constexpr CapabilityRow kCapabilities[] = {
 
 // clang-format on
 
-consteval bool EveryTypeHasItsRows() {
-  for (std::int32_t i = 0; i <= kLastReaderType; ++i) {
-    const auto type = static_cast<teskReaderType>(i);
-    // Deliberate: hosts are not offered this one.
-    const auto rows = type == teskReaderTypeDatawinHemeraC ? 0 : 1;
-    if (std::ranges::count(kIdentities, type, &IdentityRow::type) != rows) return false;
-  }
-  return std::ranges::equal(kIdentities, kCapabilities, {}, &IdentityRow::type, &CapabilityRow::type);
+constexpr bool ListedOnce(const IdentityRow& row) {
+  return std::ranges::count(kIdentities, row.type, &IdentityRow::type) == 1;
 }
-static_assert(EveryTypeHasItsRows(), "both tables list the same models once, in the same order");
+static_assert(std::ranges::all_of(kIdentities, ListedOnce) &&
+                  std::size(kIdentities) == std::size_t{kLastReaderType},
+              "one row per reader type but the HEMERA C, which hosts are deliberately not offered");
+static_assert(std::ranges::equal(kIdentities, kCapabilities, {}, &IdentityRow::type, &CapabilityRow::type),
+              "both tables list the same models in the same order");
 
 using Profile = clsTeskReaderProfile;
 using BooleanSetter = void (Profile::*)(bool);

@@ -1,8 +1,11 @@
 // The tables of models and families.
 #include "profiles/models.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
+
+#include "base/tables.h"
 
 namespace tesk {
 namespace {
@@ -34,13 +37,7 @@ constexpr FamilyTraits kFamilies[] = {
     {.family = Family::Datawin},
 };
 
-consteval bool FamiliesInOrder() {
-  for (std::size_t i = 0; i < std::size(kFamilies); ++i) {
-    if (kFamilies[i].family != static_cast<Family>(i)) return false;
-  }
-  return true;
-}
-static_assert(FamiliesInOrder());
+static_assert(InOrder(kFamilies, &FamilyTraits::family));
 
 constexpr const FamilyTraits& TraitsOf(const Model& model) {
   return kFamilies[static_cast<std::size_t>(model.family)];
@@ -129,22 +126,14 @@ constexpr Model kModels[] = {
 
 constexpr bool IsMember(std::int32_t type) { return type >= 0 && type <= kLastReaderType; }
 
-consteval bool EveryTypeHasItsRow() {
-  if (std::size(kModels) != std::size_t{kLastReaderType} + 1) return false;
-  for (std::size_t i = 0; i < std::size(kModels); ++i) {
-    if (kModels[i].type != static_cast<teskReaderType>(i)) return false;
-  }
-  return true;
-}
-static_assert(EveryTypeHasItsRow(), "one row per reader type, in the order of the types");
+static_assert(InOrder(kModels, &Model::type) && std::size(kModels) == std::size_t{kLastReaderType} + 1,
+              "one row per reader type, in the order of the types");
 
-consteval bool SupportedModelsReadSheets() {
-  for (const Model& model : kModels) {
-    if ((model.support != Support::NoDriver) != (TraitsOf(model).mostRows > 0)) return false;
-  }
-  return true;
-}
-static_assert(SupportedModelsReadSheets(), "a model is supported exactly where its family reads sheets");
+static_assert(std::ranges::all_of(kModels,
+                                  [](const Model& model) {
+                                    return (model.support == NoDriver) == (TraitsOf(model).mostRows == 0);
+                                  }),
+              "a model is supported exactly where its family reads sheets");
 
 }  // namespace
 

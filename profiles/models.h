@@ -11,7 +11,7 @@ namespace tesk {
 
 // The models that speak one protocol: one driver, one simulator.
 enum class Family {
-  Unrouted,  // nobody's: driven by no driver
+  Unrouted,  // of no family: no driver will do
   Apperson,
   OpScan,
   SekonicSerial,
@@ -27,20 +27,19 @@ enum class Family {
 // What all models of a family have in common.
 struct FamilyTraits {
   Family family;
-  std::int16_t mostRows = 0;  // of a side; 0 where no sheets are read. The columns are the model's MaxCols
-  std::int32_t mostBarcodes = 0;  // definitions
-  std::int16_t mostInWindow = 0;  // the largest start, count or gap of a window
-  std::int32_t heldImprint =
-      0;  // characters that go with the word that sends a held sheet on, blanks included
+  std::int16_t mostRows = 0;           // of a side; 0: reads no sheets. The columns are the model's MaxCols
+  std::int32_t mostBarcodes = 0;       // definitions
+  std::int16_t mostInWindow = 0;       // the largest start, count or gap of a window
+  std::int32_t heldImprint = 0;        // characters that go with a held sheet, blanks before them included
   std::string_view blankBarcode = {};  // handed out for a sheet on which no barcode text was read
   bool toldSizes = false;              // the host tells it the rows and columns of each side
   bool wholeRows = false;              // a page comes in rows of MaxCols values, whatever it was told
   bool frontFirst = false;             // the windows of the front come before those of the back
-  bool holdsSheets = false;     // where a rejecter or an imprinter may want it, a sheet waits to be sent on
-  bool marksAlone = false;      // two values: 0, and the recognition threshold plus 1
-  bool identifies = false;      // answers the identification request of the port search
-  bool byLibrary = false;       // reached through its maker's library alone
-  bool nothingToClose = false;  // ending succeeds without a driver
+  bool holdsSheets = false;            // a sheet that a rejecter or an imprinter may want waits to be sent on
+  bool marksAlone = false;             // two values: 0, and the recognition threshold plus 1
+  bool identifies = false;             // answers the identification request of the port search
+  bool byLibrary = false;              // reached through its maker's library alone
+  bool nothingToClose = false;         // ending succeeds without a driver
 };
 
 // The imprinter of a model. -1: none is stated.

@@ -8,6 +8,7 @@
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
+#include "base/tables.h"
 
 namespace tesk {
 namespace {
@@ -78,13 +79,7 @@ constexpr ControlRow kControls[] = {
 
 #undef TESK_CONTROL
 
-constexpr bool InOrder() {
-  for (std::size_t i = 0; i < std::size(kControls); ++i) {
-    if (static_cast<std::size_t>(kControls[i].id) != i) return false;
-  }
-  return std::size(kControls) == kControlCount;
-}
-static_assert(InOrder());
+static_assert(InOrder(kControls, &ControlRow::id) && std::size(kControls) == kControlCount);
 
 // ---- The fixed lists
 

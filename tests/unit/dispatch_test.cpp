@@ -174,6 +174,10 @@ TEST(Sending, ReachesTheScannerWhereTheModelsRowSaysSo) {
           << c.type;
       EXPECT_EQ(sends([&] { dispatch.ReaderEject(*bench.reader, disposed); }), c.ejects) << c.type;
     }
+    bool disposed = true;
+    bench.serial->behaviour.silentAfter = 0;
+    dispatch.ReaderEject(*bench.reader, disposed);
+    EXPECT_TRUE(disposed) << c.type << ": an eject that is not confirmed is not repeated";
   }
 }
 

@@ -50,7 +50,7 @@ TEST(Locate, AsksTheStartPortFirstAndThenAllSixteenInOrder) {
   fiveAgain.insert(fiveAgain.begin(), 5);
   const Case cases[] = {{0, 3, Range(1, 3)},   {5, 5, {5}},          {5, 2, {5, 1, 2}}, {5, 0, fiveAgain},
                         {0, 16, Range(1, 16)}, {0, 0, Range(1, 16)}, {17, 1, {1}},      {-4, 2, Range(1, 2)},
-                        {20, 0, Range(1, 16)}, {16, 16, {16}}};
+                        {20, 0, Range(1, 16)}, {16, 16, {16}},       {1, 2, {1, 1, 2}}};
   for (const Case& c : cases) {
     SearchBench bench;
     bench.serial->port = c.at;

@@ -2,11 +2,13 @@
 // everything that the engine raises and shows. Nothing here really sleeps.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -75,6 +77,7 @@ class BenchSerial : public SerialSystem {
   LineSettings settings;            // of the last opening
   bool open = false;
   std::string sent;  // every byte from the host
+  std::function<void(std::string_view)> onWrite;
 
  private:
   friend class BenchLine;
@@ -109,14 +112,47 @@ class RecordingEvents : public ReaderEvents {
 class Bench {
  public:
   Bench(teskReaderType type, std::shared_ptr<simulator::Scanner> scanner);
+  Bench(const Bench&) = delete;
+  Bench& operator=(const Bench&) = delete;
   ~Bench();
+
+  // Makes calls, one for each letter, and tells what happened, in its order: every command with the time at which
+  // it was sent, in milliseconds since the bench began, the titles of messages, the reported errors, how each call
+  // ended, and behind a good read its sheet.
+  //   s StartReader   r ReadPage   p ReadPage(True)   e EjectPage   j RejectPage   x EndReader
+  //   c takes a cancel back   S starts, which must succeed, and forgets what happened: the time begins here
+  std::string Do(std::string_view calls);
+  // The host cancels once so much time has passed, since the bench began or S.
+  void CancelAt(Milliseconds time);
+  void SetExtents(std::int16_t rows1, std::int16_t rows2, bool twoSided);
+  // page, first row, rows, gap, first column, columns, gap, orientation
+  void AddWindow(std::array<std::int16_t, 8> fields);
+  void AddBarcodes(int count);
+  void TurnImprinterOn(std::int16_t distance, const std::string& line1, const std::string& line3 = {});
 
   RecordingHost host;
   std::shared_ptr<VirtualTime> time;
   std::shared_ptr<BenchSerial> serial;
   RecordingEvents events;
   std::shared_ptr<clsTeskReader> reader;
+
+ private:
+  void Note(const std::string& what);
+  void Call(char call);
+
+  std::string happened_;
+  Milliseconds began_{0};
+  std::size_t messages_ = 0;  // that have been told
+  std::size_t errors_ = 0;
 };
+
+// Extents and values other than 0: "[2x48 1,1=5 2,48=3]"; "[]" for an empty array.
+std::string MarksText(const SideArray& side);
+// Marks as row, column and value, the rest 0.
+SideArray Grid(std::int32_t rows, std::int32_t columns,
+               const std::vector<std::array<std::int16_t, 3>>& marks);
+// Control characters as ^A, what is not ASCII as <FF>.
+std::string Caret(std::string_view bytes);
 
 // A one-dimensional array indexed from 1.
 Int16Array From1(std::vector<std::int16_t> elements);

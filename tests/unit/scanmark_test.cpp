@@ -1,636 +1,287 @@
-// The ScanMark driver against its simulated scanner: the bytes that it sends, the marks that it stores, and
-// what it tells the operator.
-#include <algorithm>
-#include <functional>
-#include <map>
-
+// The ScanMark driver against scanners that say what a test wrote down: every command and its time, the marks that it
+// stores, and what it tells the operator.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "base/conversions.h"
 #include "drivers/basScantron.h"
-#include "simulator/Simulators.h"
+#include "tests/support/ScriptedScanner.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {
 namespace {
 
-using simulator::Exit;
-using simulator::Fault;
-using simulator::FaultKind;
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-using Messages = std::vector<RecordingHost::Message>;
+constexpr auto k2500 = teskReaderTypeScantronScanMark2500;
+constexpr auto k4000 = teskReaderTypeScantronScanMark4000;
+constexpr auto k8000 = teskReaderTypeScantron8000;
+constexpr auto k8400 = teskReaderTypeScantron8400;
 
-simulator::Options Stock(std::vector<Fault> faults = {}, std::int32_t count = 3, bool twoSided = true) {
-  return {.count = count,
-          .seed = 7,
-          .geometry = simulator::Geometry{50, 48, twoSided},
-          .faults = std::move(faults)};
-}
+const std::string kReset = "\x1bSRST";
+const std::string kForm =
+    "\x1b"
+    "FRM=";
+const std::string kStatus = "\x1bQSTS";
+const std::string kRead = "\x1bREAD";
+const std::string kEject =
+    "\x1b"
+    "EJCT";
+const std::string kReady = "00      !   ";
+const std::string kNotReady = "00          ";
+const std::string kBlankRow(48, '0');
 
-// A bench whose scanner can be asked what became of its sheets.
-struct ScanMarkBench {
-  ScanMarkBench(teskReaderType type, simulator::Options options)
-      : scanner(simulator::CreateScanner(type, std::move(options))), bench(type, scanner) {}
+// Acknowledges everything; the flags of its status say that a sheet is there.
+const Said kGood{{"", "\r"}, {kStatus, kReady}, {kRead, "5\r"}};
 
-  // The commands since the last call, each as its text.
-  std::vector<std::string> Commands() {
-    std::vector<std::string> commands;
-    std::string text;
-    for (const char c : std::exchange(bench.serial->sent, {})) {
-      if (c == '\x1b') {
-        text.clear();
-      } else if (c == '\r') {
-        commands.push_back(text);
-      } else {
-        text += c;
-      }
-    }
-    return commands;
+struct ScanMarkBench : Bench {
+  explicit ScanMarkBench(teskReaderType type, const Said& said = {})
+      : Bench(type, std::make_shared<Talker>(With(kGood, said))) {
+    SetExtents(2, 1, false);
   }
-
-  std::shared_ptr<simulator::SheetScanner> scanner;
-  Bench bench;
 };
 
-// ---- Form download
+using Settings = void (*)(Bench&);
+void TwoSided(Bench& b) { b.SetExtents(2, 1, true); }
+void Nothing(Bench&) {}
 
-struct DownloadCase {
-  const char* name;
-  teskReaderType type;
-  void (*setUp)(clsTeskReader&);
-  std::vector<std::string> commands;
-};
-
-void AddWindow(clsTeskReader& reader, std::array<std::int16_t, 8> v) {
-  auto window = std::make_shared<clsTeskReaderWindow>();
-  window->SetStartRow(v[0]);
-  window->SetNumRows(v[1]);
-  window->SetRowGap(v[2]);
-  window->SetStartCol(v[3]);
-  window->SetNumCols(v[4]);
-  window->SetColGap(v[5]);
-  window->SetPage(v[6]);
-  window->SetOrientation(v[7]);
-  reader.Windows()->Add(window);
-  reader.SetRecognitionMode(teskRecognitionTypeWindow);
+// What happens in a session with a scanner that says this instead of what a good one says.
+std::string Play(teskReaderType type, const char* calls, const Said& said = {}, Settings set = Nothing) {
+  ScanMarkBench bench(type, said);
+  set(bench);
+  return bench.Do(calls);
 }
 
-void TwoSided(clsTeskReader& reader) {
-  reader.SetDuplex(true);
-  reader.SetDuplexForm(true);
+using Pieces = std::vector<Piece>;
+
+// ---- Sessions
+
+TEST(ScanMark, SessionsOfWholeSidesGoOverTheWireAtTheseTimes) {
+  EXPECT_EQ(Play(k2500, "srerx"),
+            "0 ^[SRST^M | 600 ^[FRM=FS 2 0 48 N N N^M | 630 ^[FRM=DK 1 1 1 2 48 L 2 48^M | 660 ^[FRM=LS^M | "
+            "690 ^[PRN$ 1 N^M | 720 s: yes | 720 ^[QSTS^M | 1320 ^[READ 5 Y^M | 1320 ^[QSTS^M | 1320 r: "
+            "[2x48 1,1=5] [] 1/0 '' | 1320 ^[EJCT A ^M | 1920 e | 1920 ^[QSTS^M | 1920 ^[READ 5 Y^M | 1920 "
+            "^[QSTS^M | 1920 r: [2x48 1,1=5] [] 1/0 '' | 1920 ^[SRST^M | 1920 x: yes");
+  const auto twoSheets = [](Bench& b) {
+    TwoSided(b);
+    b.reader->SetSide1Rows(Int16Array({99, 0, 30}, 0));
+    b.reader->SetSide1Cols(Int16Array({99, 48, 40}, 0));
+    b.reader->SetSide2Rows(Int16Array({99, 1, 0}, 0));
+    b.reader->SetSide2Cols(Int16Array({99, 47, 46}, 0));
+  };
+  EXPECT_EQ(
+      Play(k4000, "s", {}, twoSheets),
+      "0 ^[SRST^M | 600 ^[FRM=FS 0 1 48 N N N^M | 630 ^[FRM=DK 2 1 1 1 47 L 1 47^M | 660 ^[FRM=FS 30 0 40 N "
+      "N N^M | 690 ^[FRM=DK 1 1 1 30 40 L 30 40^M | 720 ^[FRM=LS^M | 750 ^[PRN$ 1 N^M | 780 s: yes");
+  EXPECT_EQ(Play(k2500, "s", {}, [](Bench& b) { b.reader->SetDuplexForm(true); }),
+            "0 ^[SRST^M | 600 ^[FRM=FS 2 0 48 N N N^M | 630 ^[FRM=DK 1 1 1 2 48 L 2 48^M | 660 ^[FRM=LS^M | "
+            "690 ^[PRN$ 1 N^M | 720 s: yes");
+  const auto raw = [](Bench& b) {
+    TwoSided(b);
+    b.reader->SetSide1Cols(From1({5}));
+    b.reader->SetSide2Cols(From1({4}));
+    b.reader->SetRejecter(true);
+  };
+  // The raw models have no routine that disposes of a sheet.
+  EXPECT_EQ(Play(k8400, "srej", {}, raw),
+            "0 ^[SRST^M | 600 ^[THR= 35^M | 630 ^[FRM=FS 2 1 5 N N N^M | 660 ^[FRM=MC Y N 1 1 1 1 2 5 L 2 5 "
+            "11111^M | 690 ^[FRM=MC Y N 1 2 1 1 1 4 L 1 4 1111^M | 720 ^[FRM=LS^M | 750 ^[PRN$ 1 N^M | 780 "
+            "s: yes | 780 ^[QSTS^M | 1380 ^[READ 5 Y E^M | 1380 ^[QSTS^M | 1380 r: [2x5 1,1=53] [] 1/0 '' | "
+            "1380 e | 1380 j");
+  EXPECT_EQ(
+      Play(k8000, "sr", {{kRead, std::string("\x63\x0c\0\xff\r", 5)}}),
+      "0 ^[SRST^M | 600 ^[THR= 35^M | 630 ^[FRM=FS 2 0 48 N N N^M | 660 ^[FRM=MC Y N 1 1 1 1 2 48 L 2 48 "
+      "111111111111111111111111111111111111111111111111^M | 690 ^[FRM=LS^M | 720 ^[PRN$ 1 N^M | 750 s: yes | "
+      "750 ^[QSTS^M | 1350 ^[READ 5 Y^M | 1350 ^[QSTS^M | 1350 r: [2x48 1,1=99 1,2=12 1,4=255] [] 1/0 ''");
+  EXPECT_EQ(Play(k8000, "s", {}, [](Bench& b) { b.reader->SetSide1Cols(From1({-1})); }),
+            "0 ^[SRST^M | 600 ^[THR= 35^M | 630 ^[FRM=FS 2 0 -1 N N N^M | error 5 basScantron.DownloadFormST "
+            "| 660 ^[SRST^M | 660 s: no");
+  EXPECT_EQ(Play(k8000, "s", {}, [](Bench& b) { b.reader->SetSide1Cols(From1({0})); }),
+            "0 ^[SRST^M | 600 ^[THR= 35^M | 630 ^[FRM=FS 2 0 0 N N N^M | 660 ^[FRM=MC Y N 1 1 1 1 2 0 L 2 0 "
+            "^M | 690 ^[FRM=LS^M | 720 ^[PRN$ 1 N^M | 750 s: yes");
+  EXPECT_EQ(Play(k2500, "s", {},
+                 [](Bench& b) {
+                   b.reader->SetSide1Rows(From1({50, 40}));
+                 }),
+            "0 ^[SRST^M | 600 ^[FRM=FS 50 0 48 N N N^M | 630 ^[FRM=DK 1 1 1 50 48 L 50 48^M | error 9 "
+            "basScantron.DownloadFormST | 660 ^[SRST^M | 660 s: no");
 }
 
-const DownloadCase kDownloads[] = {
-    {"OneSide",
-     teskReaderTypeScantronScanMark2500,
-     [](clsTeskReader&) {},
-     {"SRST", "FRM=FS 50 0 48 N N N", "FRM=DK 1 1 1 50 48 L 50 48", "FRM=LS", "PRN$ 1 N"}},
-    {"TwoSides",
-     teskReaderTypeScantronScanMark2500,
-     [](clsTeskReader& r) {
-       TwoSided(r);
-       r.SetSide2Rows(From1({40}));
-     },
-     {"SRST", "FRM=FS 50 40 48 N N N", "FRM=DK 1 1 1 50 48 L 50 48", "FRM=DK 2 1 1 40 48 L 40 48", "FRM=LS",
-      "PRN$ 1 N"}},
-    {"TwoSidedFormWithoutDuplex",
-     teskReaderTypeScantronScanMark2500,
-     [](clsTeskReader& r) {
-       r.SetDuplex(false);
-       r.SetDuplexForm(true);
-     },
-     {"SRST", "FRM=FS 50 0 48 N N N", "FRM=DK 1 1 1 50 48 L 50 48", "FRM=LS", "PRN$ 1 N"}},
-    {"RawModel",
-     teskReaderTypeScantron8400,
-     [](clsTeskReader& r) {
-       TwoSided(r);
-       r.SetSide1Rows(From1({3}));
-       r.SetSide1Cols(From1({5}));
-       r.SetSide2Rows(From1({2}));
-       r.SetSide2Cols(From1({5}));
-     },
-     {"SRST", "THR= 35", "FRM=FS 3 2 5 N N N", "FRM=MC Y N 1 1 1 1 3 5 L 3 5 11111",
-      "FRM=MC Y N 1 2 1 1 2 5 L 2 5 11111", "FRM=LS", "PRN$ 1 N"}},
-    {"SheetsFromElementOneAndAnEmptySide",
-     teskReaderTypeScantronScanMark4000,
-     [](clsTeskReader& r) {
-       r.SetSide1Rows(Int16Array({99, 0, 30}, 0));
-       r.SetSide1Cols(Int16Array({99, 48, 40}, 0));
-     },
-     {"SRST", "FRM=FS 0 0 48 N N N", "FRM=FS 30 0 40 N N N", "FRM=DK 1 1 1 30 40 L 30 40", "FRM=LS",
-      "PRN$ 1 N"}},
-    {"ActiveImprinter",
-     teskReaderTypeScantronScanMark2500,
-     [](clsTeskReader& r) {
-       r.Printer()->SetEnabled(true);
-       r.Printer()->SetActive(true);
-     },
-     {"SRST", "FRM=FS 50 0 48 N N N", "FRM=DK 1 1 1 50 48 L 50 48", "FRM=LS", "PRN$ 1 Y"}},
-    {"Windows",
-     teskReaderTypeScantronScanMark2500,
-     [](clsTeskReader& r) {
-       TwoSided(r);
-       AddWindow(r, {10, 3, 2, 5, 4, 1, 1, 1});     // by line
-       AddWindow(r, {20, 5, -2, 40, 4, -3, 0, 0});  // right to left, bottom to top, by column
-       AddWindow(r, {1, 2, 1, 1, 2, 1, 2, 2});      // any other orientation goes by column
-       AddWindow(r, {1, 2, 1, 1, 2, 1, 3, 1});      // a third page is on neither side
-     },
-     {"SRST", "FRM=FS 50 50 48 N N N", "FRM=DK 1 10 5 14 8 L 3 4", "FRM=DK 1 12 31 20 40 C 4 5",
-      "FRM=DK 2 1 1 2 2 C 2 2", "FRM=LS", "PRN$ 1 N"}},
-};
-
-class FormDownload : public ::testing::TestWithParam<DownloadCase> {};
-
-TEST_P(FormDownload, SendsExactlyTheseCommands) {
-  ScanMarkBench b(GetParam().type, Stock());
-  GetParam().setUp(*b.bench.reader);
-  EXPECT_TRUE(b.bench.reader->StartReader());
-  EXPECT_EQ(b.Commands(), GetParam().commands);
-  EXPECT_THAT(b.scanner->Complaints(), IsEmpty());
-  EXPECT_THAT(b.bench.host.messages, IsEmpty());
+TEST(ScanMark, WindowsAreSentAndStoredInTheOrderOfTheirWalk) {
+  const auto windows = [](Bench& b) {
+    b.SetExtents(6, 5, true);
+    b.reader->SetSide1Cols(From1({6}));
+    b.reader->SetSide2Cols(From1({7}));
+    b.AddWindow({1, 1, 2, 2, 1, 2, 3, 1});    // line by line
+    b.AddWindow({0, 6, 2, -1, 6, 3, -2, 0});  // right to left, bottom to top, by column
+    b.AddWindow({2, 1, 2, 1, 1, 2, 1, 2});    // any other orientation goes by column; the first of side 2
+    b.AddWindow({3, 3, 1, 1, 3, 2, 2, 1});    // a third page is on neither side, but all is stored in side 2
+  };
+  EXPECT_EQ(Play(k2500, "sr", {{kRead, "123456789:;<=>?@\r"}}, windows),
+            "0 ^[SRST^M | 600 ^[FRM=FS 6 5 6 N N N^M | 630 ^[FRM=DK 1 1 1 3 4 L 2 2^M | 660 ^[FRM=DK 1 5 2 6 "
+            "6 C 3 2^M | 690 ^[FRM=DK 2 1 1 2 2 C 2 2^M | 720 ^[FRM=LS^M | 750 ^[PRN$ 1 N^M | 780 s: yes | "
+            "780 ^[QSTS^M | 1380 ^[READ 5 Y^M | 1380 ^[QSTS^M | 1380 r: [6x6 1,1=1 1,4=2 3,1=3 3,4=4 5,2=5 "
+            "5,4=7 5,6=9 6,2=6 6,4=8 6,6=10] [5x7 1,1=11 1,2=12 2,1=13 2,2=14 3,3=15 3,5=16] -1/-1 ''");
+  const auto window = [](std::array<std::int16_t, 8> fields) {
+    ScanMarkBench bench(k2500);
+    bench.AddWindow(fields);
+    return bench.Do("Sr");
+  };
+  EXPECT_EQ(window({1, 0, 1, 1, 1, 3, 1, 1}),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | error 9 basScantron.ReadWindowsST | 600 r: no");
+  // More places than any sheet has, and just as many as are believed.
+  EXPECT_EQ(window({1, 1, 317, 1, 1, 317, 1, 1}), "error 5 basScantron.ReadWindowsST | 0 r: no");
+  EXPECT_EQ(window({1, 1, 250, 1, 1, 400, 1, 1}),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 600 ^[QSTS^M | 600 r: [2x48 1,1=5] [] -1/-1 ''");
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, FormDownload, ::testing::ValuesIn(kDownloads),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-TEST(ScanMark, GeometryThatDoesNotFitTogetherIsReportedNotSent) {
-  ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock());
-  b.bench.reader->SetSide1Rows(From1({50, 40}));  // columns for one sheet only
-  EXPECT_FALSE(b.bench.reader->StartReader());
-  EXPECT_THAT(b.bench.host.Sources(), ElementsAre("basScantron.DownloadFormST"));
-  EXPECT_EQ(b.bench.host.errors[0].number, 9);
+TEST(ScanMark, DataAreStoredRowByRowAndEndWithTheSheet) {
+  const std::string side1 = kBlankRow + kBlankRow;
+  const std::string full = kBlankRow + kBlankRow.substr(1);
+  EXPECT_EQ(Play(k2500, "Sr", {{kRead, "\r"}}),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 600 ^[QSTS^M | ! Read Error | 600 r: no");
+  EXPECT_EQ(Play(k2500, "Sr", {{kRead, kBlankRow + "/\xff\r"}}, TwoSided),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 600 ^[QSTS^M | 600 r: [2x48 2,1=-1 2,2=207] [] 2/0 ''");
+  EXPECT_EQ(Play(k2500, "Sr", {{kRead, side1 + "9\r"}}, TwoSided),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 600 ^[QSTS^M | 600 r: [2x48] [1x48 1,1=9] 2/1 ''");
+  // Side 2 has no limit of its own.
+  EXPECT_EQ(Play(k2500, "Sr", {{kRead, side1 + kBlankRow + "9\r"}}, TwoSided),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | error 9 basScantron.ReadPageST | 600 r: no");
+  const auto narrow = [](Bench& b) { b.reader->SetSide1Cols(From1({40})); };
+  EXPECT_EQ(Play(k2500, "Sr", {{kRead, kBlankRow + "\r"}}, narrow),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | error 9 basScantron.ReadPageST | 600 r: no");
+  // The end of a full sheet comes late, or never.
+  EXPECT_EQ(Play(k2500, "Srr", {{kRead, Answers(Pieces{{full + "3"}, {"\r", 1ms}}).Then(full + "4")}}),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 601 ^[QSTS^M | 601 r: [2x48 2,48=3] [] 2/0 '' | 601 ^[QSTS^M | "
+            "601 ^[READ 5 Y^M | 11201 ^[QSTS^M | 11201 r: [2x48 2,48=4] [] 2/0 ''");
 }
 
-// ---- Reading
-
-std::vector<SideArray> Fronts(const ScanMarkBench&, const simulator::Options& options, std::int16_t darkest) {
-  std::vector<SideArray> fronts;
-  for (const auto& sheet :
-       simulator::GenerateSheets(options.count, options.seed, *options.geometry, darkest)) {
-    fronts.push_back(sheet.side1);
-  }
-  return fronts;
+TEST(ScanMark, WhatStandsBehindAnAnswerIsItsOwnOrRefusesTheSheet) {
+  // A stray byte in front of a status: it is asked for again.
+  EXPECT_EQ(
+      Play(k2500, "Sr", {{kStatus, Answers("\r" + kReady).Then(kReady)}}),
+      "0 ^[QSTS^M | 1200 ^[QSTS^M | 1800 ^[READ 5 Y^M | 1800 ^[QSTS^M | 1800 r: [2x48 1,1=5] [] 1/0 ''");
+  // The late line end of a status that never came before, and one that was late when it was to be learnt.
+  EXPECT_EQ(
+      Play(k2500, "Srr", {{kStatus, Answers(kReady + "\r").Then(Pieces{{"00      !  2"}, {"\r", 500ms}})}}),
+      "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 600 ^[QSTS^M | 1130 r: [2x48 1,1=5] [] 1/0 '' | 1130 ^[QSTS^M | 1630 "
+      "^[READ 5 Y^M | 1630 ^[QSTS^M | 2130 r: [2x48 1,1=5] [] 1/0 ''");
+  EXPECT_EQ(Play(k2500, "Srcr", {{kStatus, Answers(Pieces{{kReady}, {"\r", 900ms}}).Then(kReady + "\r")}}),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | ! Read Error | 900 r: no | 1500 ^[QSTS^M | 2100 ^[READ 5 Y^M | "
+            "2100 ^[QSTS^M | 2100 r: [2x48 1,1=5] [] 1/0 ''");
+  // The line end of a status that a damaged sheet's has moved.
+  EXPECT_EQ(
+      Play(k2500, "Srcr",
+           {{kStatus, "00      !!  \r"}, {kRead, Answers(Pieces{{"12\r"}, {"\r", 20ms}}).Then("34\r")}}),
+      "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 600 ^[QSTS^M | ! Read Error | 650 r: no | 1250 ^[QSTS^M | 1850 ^[READ "
+      "5 Y^M | 1850 ^[QSTS^M | 1850 r: [2x48 1,1=3 1,2=4] [] 1/0 ''");
+  EXPECT_EQ(Play(k2500, "s", {{"", Pieces{{"\r"}, {"\n", 500ms}}}}),
+            "0 ^[SRST^M | 1100 ^[FRM=FS 2 0 48 N N N^M | 1630 ^[FRM=DK 1 1 1 2 48 L 2 48^M | 2160 ^[FRM=LS^M "
+            "| 2690 ^[PRN$ 1 N^M | 3220 s: yes");
 }
 
-struct ReadCase {
-  const char* name;
-  teskReaderType type;
-  std::int16_t darkest;
-  bool twoSided;
-  bool rejecter;
-};
-
-class PageRead : public ::testing::TestWithParam<ReadCase> {};
-
-TEST_P(PageRead, StoresEverySheetAsItIs) {
-  const ReadCase& c = GetParam();
-  const auto options = Stock({}, 3, c.twoSided);
-  ScanMarkBench b(c.type, options);
-  if (c.twoSided) TwoSided(*b.bench.reader);
-  b.bench.reader->SetRejecter(c.rejecter);
-  b.bench.events.onAfterSheet = [&](bool&) { b.bench.reader->EjectPage(); };
-  std::int32_t count = 0;
-  EXPECT_TRUE(b.bench.reader->ReadBatch(false, 3, count));
-  EXPECT_EQ(b.bench.events.side1, Fronts(b, options, c.darkest));
-  const auto sheets = simulator::GenerateSheets(3, 7, *options.geometry, c.darkest);
-  for (std::size_t i = 0; i < sheets.size() && i < b.bench.events.side2.size(); ++i) {
-    EXPECT_EQ(b.bench.events.side2[i], c.twoSided ? sheets[i].side2 : SideArray()) << i;
-  }
-  EXPECT_EQ(b.bench.reader->Side1TimingMarks(), 50);
-  EXPECT_EQ(b.bench.reader->Side2TimingMarks(), c.twoSided ? 50 : 0);
-  const auto commands = b.Commands();
-  EXPECT_EQ(std::ranges::count(commands, "READ 5 Y E"), c.rejecter ? 3 : 0);
-  EXPECT_EQ(std::ranges::count(commands, "READ 5 Y"), c.rejecter ? 0 : 3);
-  EXPECT_THAT(b.scanner->Complaints(), IsEmpty());
-  EXPECT_THAT(b.bench.host.messages, IsEmpty());
-  EXPECT_FALSE(b.bench.serial->open);
+TEST(ScanMark, RejectSwitchesTheImprinterOffAndGivesTheSheetTimeToLeave) {
+  const auto imprint = [](Bench& b) {
+    b.reader->SetTimeOut(1);
+    b.reader->SetSleepTime(40);
+    b.TurnImprinterOn(3, "M\xC3\xBCller\r\x1b\xE2\x82\xAC");
+  };
+  EXPECT_EQ(
+      Play(k4000, "Srjpex", {{kEject + " C", Pieces{{"\r", 1400ms}}}}, imprint),
+      "0 ^[QSTS^M | 600 ^[READ 5 Y E^M | 600 ^[QSTS^M | 600 r: [2x48 1,1=5] [] 1/0 '' | 600 ^[PRN$ 1 N ^M | "
+      "600 ^[EJCT C^M | 4100 j | 4100 ^[QSTS^M | 4100 ^[READ 5 Y E^M | 4100 ^[QSTS^M | 4100 r: [2x48 1,1=5] "
+      "[] 1/0 '' | 4100 ^[EJCT A    M<FC>ller  ?^M | 4700 e | 4700 ^[SRST^M | 4700 x: yes");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Models, PageRead,
-    ::testing::Values(ReadCase{"OneSide", teskReaderTypeScantronScanMark2500, 15, false, false},
-                      ReadCase{"TwoSides", teskReaderTypeScantronScanMark2500, 15, true, false},
-                      ReadCase{"HeldForTheRejecter", teskReaderTypeScantronScanMark4000, 15, true, true},
-                      ReadCase{"HandFed", teskReaderTypeScantronScanMark2000, 15, false, false},
-                      ReadCase{"SmallES", teskReaderTypeScantronScanMarkES2010, 15, false, false}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST(ScanMark, RawModelsStoreTheByteItself) {
-  SideArray front(50, 48);
-  front.At(1, 1) = 99;
-  front.At(1, 2) = 12;
-  front.At(50, 48) = 48;
-  ScanMarkBench b(teskReaderTypeScantron8000, {.sheets = {{.side1 = front, .side2 = {}, .barcodes = {}}}});
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  ASSERT_TRUE(b.bench.reader->ReadPage());
-  EXPECT_EQ(b.bench.reader->Side1Array(), front);
+TEST(ScanMark, PersonMayTakeTheirTimeToInsertASheetAndACancelEndsTheWait) {
+  const auto slow = [](Bench& b) {
+    b.reader->SetSleepTime(30'000);
+    b.CancelAt(5s);
+  };
+  const auto status = Answers(kNotReady).Then(kNotReady).Then(kReady).Then(kReady).Then(kNotReady);
+  EXPECT_EQ(Play(teskReaderTypeScantronScanMark2000, "Srr", {{kStatus, status}}, slow),
+            "0 ^[QSTS^M | 1610 ^[QSTS^M | 2620 ^[QSTS^M | 2650 ^[READ 5 Y^M | 2650 ^[QSTS^M | 2650 r: [2x48 "
+            "1,1=5] [] 1/0 '' | 2650 ^[QSTS^M | 3660 ^[QSTS^M | 4670 ^[QSTS^M | 5680 ^[QSTS^M | 5690 r: no");
+  // In the middle of a sheet the scanner is still reset, in silence.
+  const Pieces drops{{"123"}, {"456", 1900ms}, {"?78", 400ms}, {"9\r", 700ms}};
+  EXPECT_EQ(Play(k2500, "Srx", {{kRead, drops}}, [](Bench& b) { b.CancelAt(2500ms); }),
+            "0 ^[QSTS^M | 600 ^[READ 5 Y^M | 2515 r: no | 2545 ^[SRST^M | 2545 x: no");
 }
-
-// A scanner in four lines: every command is acknowledged, every sheet is the given run of bytes. What it says
-// of the sheet waits until `rest` has followed the data, `pause` later.
-class ScriptedScanMark : public simulator::Scanner {
- public:
-  explicit ScriptedScanMark(std::string data, std::string status = "00      !   ", std::string rest = {},
-                            simulator::Milliseconds pause = {})
-      : data_(std::move(data)), status_(std::move(status)), rest_(std::move(rest)), pause_(pause) {}
-
- protected:
-  void OnByte(std::uint8_t byte, simulator::Time now) override {
-    if (byte != '\r') {
-      line_ += static_cast<char>(byte);
-      return;
-    }
-    const std::string command = std::exchange(line_, {});
-    const bool read = command.starts_with("\x1bREAD 5 Y");
-    Reply(command == "\x1bQSTS" ? status_ : read ? data_ : std::string("\r"), now);
-    if (read && !rest_.empty()) Reply(rest_, now, pause_);
-  }
-
- private:
-  std::string data_;
-  std::string status_;
-  std::string rest_;
-  simulator::Milliseconds pause_;
-  std::string line_;
-};
-
-struct DataCase {
-  const char* name;
-  std::string data;
-  bool read;
-  std::vector<std::array<int, 3>> side1;  // row, column, value
-  std::vector<std::array<int, 3>> side2;
-  std::vector<std::string> sources;
-};
-
-const std::string kRow(48, '1');
-
-const DataCase kData[] = {
-    {"NoValueIsNoSheet", "\r", false, {}, {}, {}},
-    {"ShortDataLeavesTheRestAndSkipsSide2", "5\r", true, {{1, 1, 5}}, {}, {}},
-    {"FortyEightValuesMakeARow", std::string(48, '0') + "7\r", true, {{2, 1, 7}}, {}, {}},
-    {"ValuesBelowTheScaleAreStoredAsTheyAre", "/\r", true, {{1, 1, -1}}, {}, {}},
-    {"HighestByte", "\xff\r", true, {{1, 1, 207}}, {}, {}},
-    {"Side2FollowsAtTheEndOfSide1", std::string(96, '0') + "9\r", true, {}, {{1, 1, 9}}, {}},
-    {"Side2HasNoLimitOfItsOwn",
-     std::string(96, '0') + std::string(48, '0') + "9\r",
-     false,
-     {},
-     {},
-     {"basScantron.ReadPageST"}},
-};
-
-class PageData : public ::testing::TestWithParam<DataCase> {};
-
-TEST_P(PageData, IsStoredRowByRow) {
-  const DataCase& c = GetParam();
-  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>(c.data));
-  bench.reader->SetSide1Rows(From1({2}));
-  bench.reader->SetSide2Rows(From1({1}));
-  TwoSided(*bench.reader);
-  ASSERT_TRUE(bench.reader->StartReader());
-  bench.reader->StoreSheet({.side1 = SideArray(1, 1)});
-  EXPECT_EQ(bench.reader->ReadPage(), c.read);
-  EXPECT_EQ(bench.host.Sources(), c.sources);
-  if (!c.read) {
-    EXPECT_EQ(bench.reader->Side1Array(), SideArray(1, 1)) << "the engine's arrays were touched";
-    return;
-  }
-  SideArray side1(2, 48);
-  for (const auto& [row, column, value] : c.side1) side1.At(row, column) = static_cast<std::int16_t>(value);
-  EXPECT_EQ(bench.reader->Side1Array(), side1);
-  if (c.side2.empty()) {
-    EXPECT_TRUE(bench.reader->Side2Array().Empty() || c.data.size() > 96);
-    return;
-  }
-  for (const auto& [row, column, value] : c.side2)
-    EXPECT_EQ(bench.reader->Side2Array().At(row, column), value);
-}
-
-INSTANTIATE_TEST_SUITE_P(Records, PageData, ::testing::ValuesIn(kData),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST(ScanMark, SheetWithMoreBehindItsEndIsRefusedHoweverLateThatComes) {
   const std::string kLine(48, '1');
+  const auto windows = [](Bench& b) { b.AddWindow({1, 1, 2, 1, 1, 2, 1, 1}); };
   const struct {
     const char* what;
     teskReaderType type;
+    Settings set;
     std::string data;
     std::string rest;
-    bool twoSided = false;
-    bool windows = false;
   } kCases[] = {
-      {"a value damaged into an end", teskReaderTypeScantronScanMark2500, kLine + "1\r",
-       kLine.substr(2) + "\r"},
-      {"the last value", teskReaderTypeScantronScanMark2500, kLine + kLine.substr(1) + "\r", "\r"},
-      {"on side 2", teskReaderTypeScantronScanMark2500, kLine + kLine + "1\r", kLine.substr(2) + "\r", true},
-      {"in windows", teskReaderTypeScantronScanMark2500, "12\r", "4\r", false, true},
-      {"a raw value of 13", teskReaderTypeScantron8000, kLine + "\r", kLine.substr(1) + "\r"},
-      {"the scanner starts anew", teskReaderTypeScantronScanMark5500, kLine + "12", "\rSCANMARK 5500\r"},
-      {"one value too many", teskReaderTypeScantronScanMark2500, kLine + kLine, "1\r"},
+      {"a value damaged into an end", k2500, Nothing, kLine + "1\r", kLine.substr(2) + "\r"},
+      {"the last value", k2500, Nothing, kLine + kLine.substr(1) + "\r", "\r"},
+      {"on side 2", k2500, TwoSided, kLine + kLine + "1\r", kLine.substr(2) + "\r"},
+      {"in windows", k2500, windows, "12\r", "4\r"},
+      {"a raw value of 13", k8000, Nothing, kLine + "\r", kLine.substr(1) + "\r"},
+      {"the scanner starts anew", k4000, Nothing, kLine + "12", "\rSCANMARK 4000\r"},
+      {"one value too many", k2500, Nothing, kLine + kLine, "1\r"},
   };
   for (const auto& c : kCases) {
-    for (const int pause : {0, 20, 400, 5000, 10300}) {
-      Bench bench(c.type, std::make_shared<ScriptedScanMark>(c.data, "00      !   ", c.rest,
-                                                             simulator::Milliseconds(pause)));
-      bench.reader->SetSide1Rows(From1({2}));
-      bench.reader->SetSide2Rows(From1({1}));
-      if (c.twoSided) TwoSided(*bench.reader);
-      if (c.windows) AddWindow(*bench.reader, {1, 2, 1, 1, 2, 1, 1, 1});
-      ASSERT_TRUE(bench.reader->StartReader());
-      EXPECT_FALSE(bench.reader->ReadPage()) << c.what << ", " << pause << " ms later";
-      EXPECT_EQ(bench.host.messages.size(), 1U) << c.what;
-      EXPECT_TRUE(bench.reader->Side1Array().Empty()) << c.what;
+    for (const auto pause : {0ms, 20ms, 400ms, 5000ms, 10300ms}) {
+      ScanMarkBench bench(c.type, {{kRead, Pieces{{c.data}, {c.rest, pause}}}});
+      c.set(bench);
+      bench.Do("sr");
+      EXPECT_THAT(bench.host.messages, SizeIs(1)) << c.what << ", " << pause.count() << " ms later";
+      EXPECT_TRUE(bench.reader->Side1Array().Empty()) << c.what << ", " << pause.count() << " ms later";
     }
   }
 }
 
 TEST(ScanMark, EnginesOfTwoModelsKeepTheirScalesApart) {
-  Bench characters(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>("7\r"));
-  Bench raw(teskReaderTypeScantron8000, std::make_shared<ScriptedScanMark>("\x63\r"));
+  ScanMarkBench characters(k2500);
+  ScanMarkBench raw(k8000);
   ASSERT_TRUE(characters.reader->StartReader() && raw.reader->StartReader());
   ASSERT_TRUE(characters.reader->ReadPage() && raw.reader->ReadPage());
-  EXPECT_EQ(characters.reader->Side1Array().At(1, 1), 7);
-  EXPECT_EQ(raw.reader->Side1Array().At(1, 1), 99);
+  EXPECT_EQ(characters.reader->Side1Array().At(1, 1), 5);
+  EXPECT_EQ(raw.reader->Side1Array().At(1, 1), '5');
 }
-
-TEST(ScanMark, FullSheetWithoutAnEndIsASheet) {
-  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>(std::string(96, '3')));
-  bench.reader->SetSide1Rows(From1({2}));
-  ASSERT_TRUE(bench.reader->StartReader());
-  EXPECT_TRUE(bench.reader->ReadPage());
-  EXPECT_EQ(bench.reader->Side1Array().At(2, 48), 3);
-}
-
-TEST(ScanMark, ExtentNarrowerThanARowFailsTheReadUntouched) {
-  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>(kRow + "\r"));
-  bench.reader->SetSide1Cols(From1({40}));
-  ASSERT_TRUE(bench.reader->StartReader());
-  EXPECT_FALSE(bench.reader->ReadPage());
-  ASSERT_THAT(bench.host.Sources(), ElementsAre("basScantron.ReadPageST"));
-  EXPECT_EQ(bench.host.errors[0].number, 9);
-  EXPECT_TRUE(bench.reader->CancelScan());
-  EXPECT_TRUE(bench.reader->Side1Array().Empty());
-}
-
-TEST(ScanMark, LateEndOfAFullSheetIsNotTakenForTheStatus) {
-  // At the line's pace the terminator comes after the last value has been stored.
-  const auto options = Stock({}, 2, false);
-  ScanMarkBench b(teskReaderTypeScantronScanMark2500, options);
-  b.scanner->PaceAt(1920);
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  EXPECT_TRUE(b.bench.reader->ReadPage());
-  EXPECT_TRUE(b.bench.reader->ReadPage());
-  EXPECT_EQ(b.bench.events.side1, Fronts(b, options, 15));
-  EXPECT_THAT(b.bench.host.messages, IsEmpty());
-}
-
-// Acknowledges the eject commands only after a while, as transports do.
-class LateAcknowledger : public simulator::Scanner {
- public:
-  LateAcknowledger(simulator::Milliseconds delay, std::string data) : delay_(delay), data_(std::move(data)) {}
-
- private:
-  void OnByte(std::uint8_t byte, simulator::Time now) override {
-    if (byte != '\r') {
-      line_ += static_cast<char>(byte);
-      return;
-    }
-    const std::string command = std::exchange(line_, {});
-    if (command.starts_with("\x1b"
-                            "EJCT")) {
-      late_ = now + delay_;
-    } else if (command == "\x1bQSTS") {
-      Reply("0000000!!   ", now);
-    } else {
-      Reply(command.starts_with("\x1bREAD") ? data_ : "\r", now);
-    }
-    // The late answer goes out with whatever is said next, in front of it or behind.
-    if (late_ && now >= *late_) {
-      late_.reset();
-      Reply("\r", now);
-    }
-  }
-
-  simulator::Milliseconds delay_;
-  std::string data_;
-  std::string line_;
-  std::optional<simulator::Time> late_;
-};
 
 TEST(ScanMark, LateAcknowledgementOfARejectMovesNoMark) {
-  for (const int delay : {0, 100, 600, 740, 760, 800, 900, 1500}) {
-    Bench bench(teskReaderTypeScantronScanMark4000,
-                std::make_shared<LateAcknowledger>(simulator::Milliseconds(delay), "123456\r"));
-    ASSERT_TRUE(bench.reader->StartReader());
-    ASSERT_TRUE(bench.reader->ReadPage());
-    const SideArray first = bench.reader->Side1Array();
-    bench.reader->RejectPage();
-    if (bench.reader->ReadPage()) {
-      EXPECT_EQ(bench.reader->Side1Array(), first) << delay;
-    }
-  }
-}
-
-// Says to each command what the test has it say, in pieces: the text, and how long it comes after the one
-// before. `count`: how many commands like this one there were, with this one.
-class Saying : public simulator::Scanner {
- public:
-  using Pieces = std::vector<std::pair<std::string, int>>;  // milliseconds
-  using Says = std::function<Pieces(const std::string& command, int count)>;
-
-  explicit Saying(Says says) : says_(std::move(says)) {}
-
- private:
-  void OnByte(std::uint8_t byte, simulator::Time now) override {
-    if (byte != '\r') {
-      line_ += static_cast<char>(byte);
-      return;
-    }
-    const std::string command = std::exchange(line_, {}).substr(1, 4);
-    simulator::Milliseconds delay{0};
-    for (const auto& [text, pause] : says_(command, ++counts_[command])) {
-      Reply(text, now, delay += simulator::Milliseconds(pause));
-    }
-  }
-
-  Says says_;
-  std::string line_;
-  std::map<std::string, int> counts_;
-};
-
-TEST(ScanMark, StatusBehindAStrayByteIsAskedForAgain) {
-  const auto scanner = std::make_shared<Saying>([](const std::string& command, int count) -> Saying::Pieces {
-    if (command == "QSTS") return {{count == 1 ? "\r00000000!   " : "00000000!   ", 0}};
-    return {{command == "READ" ? "123\r" : "\r", 0}};
-  });
-  Bench bench(teskReaderTypeScantronScanMark2500, scanner);
-  ASSERT_TRUE(bench.reader->StartReader());
-  ASSERT_TRUE(bench.reader->ReadPage());
-  EXPECT_EQ(bench.reader->Side1Array().At(1, 1), 1);
-  EXPECT_THAT(bench.host.messages, IsEmpty());
-}
-
-TEST(ScanMark, WhatStandsBehindAStatusIsTheStatussOwnOrRefusesTheSheet) {
-  const std::string kSheet = kRow + kRow;
-  const struct {
-    const char* what;
-    Saying::Pieces (*status)(int count);
-    Saying::Pieces firstSheet;
-    bool first;
-  } kCases[] = {
-      {"the late line end of a record that never came before",
-       [](int n) -> Saying::Pieces {
-         return {{"00      !  " + NumberText(n), 0}, {"\r", n == 1 ? 0 : 500}};
-       },
-       {{kSheet + "\r", 0}},
-       true},
-      {"a line end that was late when it was to be learnt",
-       [](int n) -> Saying::Pieces {
-         return {{"00      !   ", 0}, {"\r", n == 1 ? 900 : 1}};
-       },
-       {{kSheet + "\r", 0}},
-       false},
-      {"the line end of a record that a damaged sheet's has moved",
-       [](int) -> Saying::Pieces {
-         return {{"0000000!!  \r", 0}};
-       },
-       {{kSheet.substr(1) + "\r", 0}, {"\r", 20}},
-       false},
-  };
-  for (const auto& c : kCases) {
-    const auto scanner = std::make_shared<Saying>([&](const std::string& command, int n) -> Saying::Pieces {
-      if (command == "QSTS") return c.status(n);
-      if (command != "READ") return {{"\r", 0}};
-      return n == 1 ? c.firstSheet : Saying::Pieces{{kSheet + "\r", 0}};
-    });
-    Bench bench(teskReaderTypeScantronScanMark2500, scanner);
-    bench.reader->SetSide1Rows(From1({2}));
-    ASSERT_TRUE(bench.reader->StartReader());
-    EXPECT_EQ(bench.reader->ReadPage(), c.first) << c.what;
-    EXPECT_THAT(bench.host.messages, SizeIs(c.first ? 0 : 1)) << c.what;
-    bench.reader->SetCancelScan(false);
-    EXPECT_TRUE(bench.reader->ReadPage()) << c.what;
-  }
-}
-
-TEST(ScanMark, LineEndBehindAnAcknowledgementMayComeLate) {
-  for (const int late : {1, 100, 500}) {
-    const auto scanner = std::make_shared<Saying>([&](const std::string&, int) -> Saying::Pieces {
-      return {{"\r", 0}, {"\n", late}};
-    });
-    Bench bench(teskReaderTypeScantronScanMark2500, scanner);
-    EXPECT_TRUE(bench.reader->StartReader()) << late;
-  }
-}
-
-TEST(ScanMark, RejectAcknowledgedLaterThanAShortTimeOutIsNoFault) {
-  const auto scanner = std::make_shared<Saying>([](const std::string& command, int) -> Saying::Pieces {
-    return {{"\r", command == "EJCT" ? 1200 : 0}};
-  });
-  Bench bench(teskReaderTypeScantronScanMark4000, scanner);
-  bench.reader->SetTimeOut(1);
-  ASSERT_TRUE(bench.reader->StartReader());
-  EXPECT_TRUE(basScantron::RejectPageST(*bench.reader, true));
-  EXPECT_THAT(bench.host.errors, IsEmpty());
-}
-
-TEST(ScanMark, CancelInTheMiddleOfASlowSheetStillResetsTheScannerInSilence) {
-  ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({}, 1, false));
-  b.scanner->PaceAt(480);
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  b.bench.time->onMessages = [&](int) {
-    if (b.bench.time->Elapsed() > 2s) b.bench.reader->SetCancelScan(true);
-  };
-  EXPECT_FALSE(b.bench.reader->ReadPage());
-  b.Commands();
-  b.bench.reader->EndReader();
-  EXPECT_THAT(b.Commands(), ElementsAre("SRST"));
-  EXPECT_THAT(b.bench.host.messages, IsEmpty());
-  EXPECT_THAT(b.bench.host.errors, IsEmpty());
-}
-
-TEST(ScanMark, WindowReadTellsItsTimeOutsInItsOwnWords) {
-  const std::pair<const char*, const char*> kCases[] = {
-      {"",
-       "There was no response from the Scantron scanner. The scanner timed out waiting for the scanned "
-       "data."},
-      {"1",
-       "There was no response from the Scantron scanner. The scanner timed out waiting to receive the "
-       "scanned data."}};
-  for (const auto& [data, text] : kCases) {
-    Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>(data));
-    AddWindow(*bench.reader, {1, 2, 1, 1, 2, 1, 1, 1});
-    ASSERT_TRUE(bench.reader->StartReader());
-    EXPECT_FALSE(bench.reader->ReadPage());
-    EXPECT_EQ(bench.host.messages, (Messages{{"Read Error", text}}));
+  for (const auto delay : {0ms, 100ms, 600ms, 740ms, 760ms, 800ms, 900ms, 1500ms}) {
+    ScanMarkBench bench(k4000, {{kRead, "1234\r"}, {kEject, Pieces{{"\r"}, {"\r", delay}}}});
+    EXPECT_THAT(bench.Do("srjcr"), ::testing::HasSubstr("r: [2x48 1,1=1 1,2=2 1,3=3 1,4=4] [] 1/0 ''"));
+    EXPECT_EQ(bench.reader->Side1Array(), Grid(2, 48, {{1, 1, 1}, {1, 2, 2}, {1, 3, 3}, {1, 4, 4}}));
   }
 }
 
 TEST(ScanMark, HostMayReplaceEverythingInsideAWait) {
   for (int turn = 1; turn <= 30; ++turn) {
-    ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({}, 2, false));
-    b.scanner->PaceAt(1920);
-    b.bench.time->onMessages = [&](int now) {
+    ScanMarkBench bench(k2500, {{kRead, Pieces{{kBlankRow}, {kBlankRow, 100ms}, {"\r", 100ms}}}});
+    bench.time->onMessages = [&](int now) {
       if (now != turn) return;
-      b.bench.reader->SetfComm(nullptr);
-      b.bench.reader->SetPrinter(nullptr);
-      b.bench.reader->SetWindows(nullptr);
-      b.bench.reader->SetSide1Rows(From1({1}));
+      bench.reader->SetfComm(nullptr);
+      bench.reader->SetPrinter(nullptr);
+      bench.reader->SetWindows(nullptr);
+      bench.reader->SetSide1Rows(From1({1}));
     };
     std::int32_t count = 0;
-    b.bench.reader->ReadBatch(false, 2, count);
-    for (const SideArray& side : b.bench.events.side1) EXPECT_EQ(side.Columns(), 48) << turn;
+    bench.reader->ReadBatch(false, 2, count);
+    for (const SideArray& side : bench.events.side1) EXPECT_EQ(side.Columns(), 48) << turn;
   }
 }
 
-TEST(ScanMark, WindowsAreStoredInTheOrderOfTheirWalk) {
-  // Four windows; the values 1, 2, 3 ... in the order of the wire.
-  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>("123456789:;<=>?@\r"));
-  bench.reader->SetSide1Rows(From1({6}));
-  bench.reader->SetSide1Cols(From1({6}));
-  bench.reader->SetSide2Rows(From1({6}));
-  bench.reader->SetSide2Cols(From1({6}));
-  AddWindow(*bench.reader, {1, 2, 2, 1, 2, 3, 1, 1});    // line by line: (1,1) (1,4) (3,1) (3,4)
-  AddWindow(*bench.reader, {6, 2, -1, 6, 2, -1, 1, 0});  // column by column from (5,5)
-  AddWindow(*bench.reader, {1, 2, 1, 1, 2, 1, 2, 2});    // the first of side 2
-  AddWindow(*bench.reader, {3, 2, 1, 3, 2, 1, 1, 2});    // and so is all that follows
-  ASSERT_TRUE(bench.reader->StartReader());
-  ASSERT_TRUE(bench.reader->ReadPage());
-  SideArray side1(6, 6);
-  side1.At(1, 1) = 1;
-  side1.At(1, 4) = 2;
-  side1.At(3, 1) = 3;
-  side1.At(3, 4) = 4;
-  side1.At(5, 5) = 5;
-  side1.At(6, 5) = 6;
-  side1.At(5, 6) = 7;
-  side1.At(6, 6) = 8;
-  SideArray side2(6, 6);
-  side2.At(1, 1) = 9;
-  side2.At(1, 2) = 10;
-  side2.At(2, 1) = 11;
-  side2.At(2, 2) = 12;
-  side2.At(3, 3) = 13;
-  side2.At(3, 4) = 14;
-  side2.At(4, 3) = 15;
-  side2.At(4, 4) = 16;
-  EXPECT_EQ(bench.reader->Side1Array(), side1);
-  EXPECT_EQ(bench.reader->Side2Array(), side2);
-  EXPECT_EQ(bench.reader->Side1TimingMarks(), -1);
-}
-
-TEST(ScanMark, WindowOutsideTheSideFailsTheReadUntouched) {
-  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<ScriptedScanMark>("123\r"));
-  AddWindow(*bench.reader, {0, 1, 1, 1, 3, 1, 1, 1});
-  ASSERT_TRUE(bench.reader->StartReader());
-  EXPECT_FALSE(bench.reader->ReadPage());
-  EXPECT_THAT(bench.host.Sources(), ElementsAre("basScantron.ReadWindowsST"));
-  EXPECT_TRUE(bench.reader->Side1Array().Empty());
+TEST(ScanMark, ImprintIsThePositionInBlanksAndTheTextCutTo125) {
+  const std::tuple<std::int16_t, std::string, std::string> kCases[] = {
+      {0, "Ed. 7", "Ed. 7"},
+      {120, "1234567890", std::string(120, ' ') + "12345"},
+      {300, "lost", std::string(125, ' ')},
+      {-1, "y", "y"}};
+  for (const auto& [distance, text, imprint] : kCases) {
+    ScanMarkBench bench(k4000);
+    bench.TurnImprinterOn(distance, text);
+    bench.Do("sp");
+    EXPECT_THAT(bench.Do("e"), ::testing::HasSubstr(" ^[EJCT A " + imprint + "^M | "));
+  }
 }
 
 // ---- What the operator is told
@@ -638,228 +289,136 @@ TEST(ScanMark, WindowOutsideTheSideFailsTheReadUntouched) {
 struct FaultCase {
   const char* name;
   teskReaderType type;
-  Fault fault;
-  Messages messages;
+  Said said;
+  const char* title;  // null: nothing is said
+  std::string text;
+  Settings set = TwoSided;
 };
+
+void Windows(Bench& b) {
+  TwoSided(b);
+  b.AddWindow({1, 1, 2, 1, 1, 2, 1, 1});
+  b.AddWindow({2, 1, 2, 1, 1, 2, 1, 1});
+}
 
 const char* const kNoInit = "There was no response from the Scantron scanner. Could not initialize!";
 const std::string kDownload =
     "An error occurred trying to download the form definition to the Scantron scanner";
+const std::string kTimedOut =
+    "There was no response from the Scantron scanner. The scanner timed out waiting ";
 
 const FaultCase kFaults[] = {
-    {"ResetSilence",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::SilenceReset},
-     {{"No Response", kNoInit}}},
+    {"ResetSilence", k2500, {{kReset, ""}}, "No Response", kNoInit},
+    {"ResetRefused",
+     k2500,
+     {{kReset, Answers("?").Then("\r")}},
+     "Reset Error",
+     "An error occurred trying to reset the Scantron scanner.  Please power the scanner off and on and retry "
+     "the operation."},
     {"Threshold",
-     teskReaderTypeScantron8000,
-     {FaultKind::RefuseThreshold},
-     {{"Initialize Error", kDownload + " when issuing the scanner threshold command."}}},
+     k8000,
+     {{"\x1bTHR", "?"}},
+     "Initialize Error",
+     kDownload + " when issuing the scanner threshold command."},
     {"FormStart",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::RefuseFormStart},
-     {{"Initialize Error", kDownload + " when issuing the form start command."}}},
+     k2500,
+     {{kForm + "FS", "?"}},
+     "Initialize Error",
+     kDownload + " when issuing the form start command."},
     {"Side1",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::RefuseRegion},
-     {{"Initialize Error", kDownload + ".  Invalid sheet definition.|Sheet: 1|Side: 1"}}},
+     k2500,
+     {{kForm + "DK 1", "?"}},
+     "Initialize Error",
+     kDownload + ".  Invalid sheet definition.|Sheet: 1|Side: 1"},
     {"Side2",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::RefuseRegion, 2},
-     {{"Initialize Error", kDownload + ".  Invalid sheet definition|Sheet: 1|Side: 2"}}},
+     k2500,
+     {{kForm + "DK 2", ""}},
+     "Initialize Error",
+     kDownload + ".  Invalid sheet definition|Sheet: 1|Side: 2"},
+    {"WindowOfSide1",
+     k2500,
+     {{kForm + "DK 1", "?"}},
+     "Initialize Error",
+     kDownload + ".  Invalid sheet definition.|Sheet: 1|Side: 1",
+     Windows},
+    {"WindowOfSide2NamesItsPlace",
+     k2500,
+     {{kForm + "DK 2", "?"}},
+     "Initialize Error",
+     kDownload + ". Invalid sheet definition|Sheet: 1|Side: 2|Field: 2",
+     Windows},
     {"FormEnd",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::RefuseFormEnd},
-     {{"Initialize Error", kDownload + " while issuing the end of form command."}}},
-    {"Printer", teskReaderTypeScantronScanMark2500, {FaultKind::RefusePrinter}, {}},
+     k2500,
+     {{kForm + "LS", "?"}},
+     "Initialize Error",
+     kDownload + " while issuing the end of form command."},
+    {"PrinterIsSilent", k2500, {{"\x1bPRN", "?"}}, nullptr, ""},
     {"Jam",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::Jam},
-     {{"Paper Jam", "The Scantron scanner reports a paper jam. Please clear the jam and try again."}}},
+     k2500,
+     {{kStatus, "00      \xff   "}},
+     "Paper Jam",
+     "The Scantron scanner reports a paper jam. Please clear the jam and try again."},
     {"DoubleFeed",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::DoubleFeed},
-     {{"Double Feed", "The Scantron scanner reports a double feed. Please rescan the page."}}},
+     k2500,
+     {{kStatus, Answers(kReady).Then("00      1   ")}},
+     "Double Feed",
+     "The Scantron scanner reports a double feed. Please rescan the page."},
     {"TimingLine",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::Timing},
-     {{"Initialize Error",
-       "The Scantron scanner reported a timing line error. Make sure that the form corresponds to the open "
-       "template and that it was not skewed when scanning. Please rescan."}}},
-    {"FormErrorWithoutBlankIsSilent", teskReaderTypeScantronScanMark2500, {FaultKind::FormError}, {}},
+     k2500,
+     {{kStatus, "01          "}},
+     "Initialize Error",
+     "The Scantron scanner reported a timing line error. Make sure that the form corresponds to the open "
+     "template and that it was not skewed when scanning. Please rescan."},
+    {"FormErrorWithoutBlankIsSilent", k2500, {{kStatus, "011     !   "}}, nullptr, ""},
     {"CommandError",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::CommandError},
-     {{"Command Error", "Your Scantron scanner reported a command error. Error #50"}}},
-    {"UnknownStatusIsSilent", teskReaderTypeScantronScanMark2500, {FaultKind::UnknownStatus}, {}},
-    {"EmptyHopperIsSilent", teskReaderTypeScantronScanMark2500, {FaultKind::Empty}, {}},
-    {"StatusSilence",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::SilenceStatus},
-     {{"Initialize Error", kNoInit}}},
-    {"ShortStatus",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::ShortStatus},
-     {{"Initialize Error", kNoInit}}},
-    {"ReadSilence",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::Silence},
-     {{"Read Error",
-       "There was no response from the Scantron scanner. The scanner timed out waiting for scanned data."}}},
-    {"DataCut",
-     teskReaderTypeScantronScanMark2500,
-     {FaultKind::Cut, 1, 100},
-     {{"Read Error",
-       "There was no response from the Scantron scanner. The scanner timed out waiting to receive the "
-       "scanned "
-       "data."}}},
+     k2500,
+     {{kStatus, "02      !   "}},
+     "Command Error",
+     "Your Scantron scanner reported a command error. Error #50"},
+    {"UnknownStatusIsSilent", k2500, {{kStatus, "03      !   "}}, nullptr, ""},
+    {"EmptyHopperIsSilent", k2500, {{kStatus, kNotReady}}, nullptr, ""},
+    {"StatusSilence", k2500, {{kStatus, ""}}, "Initialize Error", kNoInit},
+    {"ShortStatus", k2500, {{kStatus, kReady.substr(1)}}, "Initialize Error", kNoInit},
+    {"ReadSilence", k2500, {{kRead, ""}}, "Read Error", kTimedOut + "for scanned data."},
+    {"WindowsSilence", k2500, {{kRead, ""}}, "Read Error", kTimedOut + "for the scanned data.", Windows},
+    {"DataCut", k2500, {{kRead, kBlankRow}}, "Read Error", kTimedOut + "to receive the scanned data."},
+    {"WindowsCut", k2500, {{kRead, "1"}}, "Read Error", kTimedOut + "to receive the scanned data.", Windows},
 };
 
-class Faults : public ::testing::TestWithParam<FaultCase> {};
-
-TEST_P(Faults, ReachTheOperatorInTheirOwnWordsAndLeaveNoSheet) {
-  const FaultCase& c = GetParam();
-  ScanMarkBench b(c.type, Stock({c.fault}));
-  TwoSided(*b.bench.reader);
-  std::int32_t count = 0;
-  b.bench.reader->ReadBatch(false, 1, count);
-  EXPECT_EQ(b.bench.host.messages, c.messages);
-  EXPECT_THAT(b.bench.host.errors, IsEmpty());
-  EXPECT_THAT(b.bench.events.side1, IsEmpty());
-  EXPECT_TRUE(b.bench.reader->Side1Array().Empty());
-  EXPECT_TRUE(b.bench.reader->CancelScan());
-  EXPECT_FALSE(b.bench.serial->open);
-}
-
-INSTANTIATE_TEST_SUITE_P(Kinds, Faults, ::testing::ValuesIn(kFaults),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-TEST(ScanMark, RefusedWindowOfSide2NamesItsPlaceInTheCollection) {
-  ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({{FaultKind::RefuseRegion, 2}}));
-  TwoSided(*b.bench.reader);
-  AddWindow(*b.bench.reader, {1, 2, 1, 1, 2, 1, 1, 1});
-  AddWindow(*b.bench.reader, {1, 2, 1, 1, 2, 1, 2, 1});
-  EXPECT_FALSE(b.bench.reader->StartReader());
-  EXPECT_EQ(
-      b.bench.host.messages,
-      (Messages{{"Initialize Error", kDownload + ". Invalid sheet definition|Sheet: 1|Side: 2|Field: 2"}}));
-}
-
-TEST(ScanMark, ResetAnsweredWithSomethingElseIsAResetError) {
-  class Refusing : public simulator::Scanner {
-    void OnByte(std::uint8_t byte, simulator::Time now) override {
-      if (byte == '\r') Reply("?", now);
-    }
-  };
-  Bench bench(teskReaderTypeScantronScanMark2500, std::make_shared<Refusing>());
-  EXPECT_FALSE(bench.reader->StartReader());
-  EXPECT_EQ(
-      bench.host.messages,
-      (Messages{{"Reset Error",
-                 "An error occurred trying to reset the Scantron scanner.  Please power the scanner off "
-                 "and on and retry the operation."}}));
-}
-
-// ---- Disposing and imprinting
-
-TEST(ScanMark, RejectSwitchesTheImprinterOffAndGivesTheSheetTimeToLeave) {
-  ScanMarkBench b(teskReaderTypeScantronScanMark4000, Stock());
-  b.bench.reader->SetSleepTime(40);
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  ASSERT_TRUE(b.bench.reader->ReadPage());
-  b.Commands();
-  const auto before = b.bench.time->Elapsed();
-  b.bench.reader->RejectPage();
-  EXPECT_THAT(b.Commands(), ElementsAre("PRN$ 1 N ", "EJCT C"));
-  EXPECT_GE(b.bench.time->Elapsed() - before, 15 * 40ms);
-  ASSERT_THAT(b.scanner->Disposals(), SizeIs(1));
-  EXPECT_EQ(b.scanner->Disposals()[0].exit, Exit::Rejected);
-}
-
-struct ImprintCase {
-  std::int16_t distance;
-  std::string buffer;
-  std::string command;
-};
-
-TEST(ScanMark, ImprintIsThePositionInBlanksAndTheTextCutTo125) {
-  const ImprintCase kCases[] = {
-      {0, "Ed. 7", "EJCT A Ed. 7"},
-      {3, "x", "EJCT A    x"},
-      {120, "1234567890", "EJCT A " + std::string(120, ' ') + "12345"},
-      {300, "lost", "EJCT A " + std::string(125, ' ')},
-      {-1, "y", "EJCT A y"},
-      {0, "a\rb\x1b", "EJCT A a b "},
-      {0, "M\xC3\xBCller \xE2\x82\xAC", "EJCT A M\xFCller ?"},
-  };
-  for (const ImprintCase& c : kCases) {
-    ScanMarkBench b(teskReaderTypeScantronScanMark4000, Stock());
-    auto& printer = *b.bench.reader->Printer();
-    printer.SetEnabled(true);
-    printer.SetActive(true);
-    printer.SetDistance(c.distance);
-    printer.SetBuffer1(c.buffer);
-    ASSERT_TRUE(b.bench.reader->StartReader());
-    ASSERT_TRUE(b.bench.reader->ReadPage(true));
-    b.Commands();
-    b.bench.reader->EjectPage();
-    EXPECT_THAT(b.Commands(), ElementsAre(c.command));
+TEST(ScanMark, FaultsReachTheOperatorInTheirOwnWordsAndLeaveNoSheet) {
+  for (const FaultCase& c : kFaults) {
+    SCOPED_TRACE(c.name);
+    ScanMarkBench bench(c.type, c.said);
+    c.set(bench);
+    std::int32_t count = 0;
+    bench.reader->ReadBatch(false, 1, count);
+    std::vector<RecordingHost::Message> messages;
+    if (c.title != nullptr) messages.push_back({c.title, c.text});
+    EXPECT_EQ(bench.host.messages, messages);
+    EXPECT_THAT(bench.host.errors, IsEmpty());
+    EXPECT_TRUE(bench.reader->Side1Array().Empty() && bench.events.side1.empty());
+    EXPECT_EQ(bench.reader->HopperEmpty(), std::string(c.name) == "EmptyHopperIsSilent");
+    EXPECT_TRUE(bench.reader->CancelScan());
+    EXPECT_FALSE(bench.serial->open);
   }
 }
 
-TEST(ScanMark, InactiveImprinterLeavesTheTrailingBlank) {
-  ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock());
-  b.bench.reader->Printer()->SetBuffer1("never");
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  ASSERT_TRUE(b.bench.reader->ReadPage());
-  b.Commands();
-  b.bench.reader->EjectPage();
-  EXPECT_THAT(b.Commands(), ElementsAre("EJCT A "));
-}
-
-TEST(ScanMark, ModelsWithoutADisposingRoutineAreLeftAlone) {
-  ScanMarkBench b(teskReaderTypeScantron8000, Stock());
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  ASSERT_TRUE(b.bench.reader->ReadPage());
-  b.Commands();
-  b.bench.reader->EjectPage();
-  b.bench.reader->RejectPage();
-  EXPECT_THAT(b.Commands(), IsEmpty());
-}
-
 TEST(ScanMark, SilenceAtTheEjectIsShown) {
-  ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({{FaultKind::SilenceEject}}));
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  ASSERT_TRUE(b.bench.reader->ReadPage());
-  b.bench.reader->EjectPage();
-  EXPECT_EQ(b.bench.host.messages,
-            (Messages{{"Eject Page Error",
-                       "There was no response from the Scantron scanner. Could not eject the page!"}}));
-}
-
-// ---- Waiting
-
-TEST(ScanMark, PersonHasAllTheTimeToInsertASheet) {
-  auto options = Stock({}, 1, false);
-  options.timings.insertion = simulator::Milliseconds(60'000);
-  ScanMarkBench b(teskReaderTypeScantronScanMark2000, options);
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  ASSERT_TRUE(b.bench.reader->ReadPage());
-  // The stock is empty now: the reader waits until the host gives up.
-  int polls = 0;
-  b.bench.time->onMessages = [&](int) { b.bench.reader->SetCancelScan(++polls > 5000); };
-  EXPECT_FALSE(b.bench.reader->ReadPage());
-  EXPECT_THAT(b.bench.host.messages, IsEmpty());
-  EXPECT_GT(b.bench.time->Elapsed(), 60s);
+  ScanMarkBench bench(k2500, {{kEject, ""}});
+  bench.Do("sre");
+  EXPECT_THAT(
+      bench.host.messages,
+      ::testing::ElementsAre(RecordingHost::Message{
+          "Eject Page Error", "There was no response from the Scantron scanner. Could not eject the page!"}));
 }
 
 TEST(ScanMark, TextsPassThroughTheHostsTranslation) {
-  ScanMarkBench b(teskReaderTypeScantronScanMark2500, Stock({{FaultKind::CommandError}}));
-  b.bench.host.translate["Command Error"] = "Befehlsfehler";
-  b.bench.host.translate["Your Scantron scanner reported a command error. Error #"] = "Fehler Nr. ";
-  ASSERT_TRUE(b.bench.reader->StartReader());
-  EXPECT_FALSE(b.bench.reader->ReadPage());
-  EXPECT_EQ(b.bench.host.messages, (Messages{{"Befehlsfehler", "Fehler Nr. 50"}}));
+  ScanMarkBench bench(k2500, {{kStatus, "02      !   "}});
+  bench.host.translate = {{"Command Error", "Befehlsfehler"},
+                          {"Your Scantron scanner reported a command error. Error #", "Fehler Nr. "}};
+  bench.Do("sr");
+  EXPECT_THAT(bench.host.messages,
+              ::testing::ElementsAre(RecordingHost::Message{"Befehlsfehler", "Fehler Nr. 50"}));
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ std::string RunOf(int count, char character) {
 }
 
 const std::string kBlankLine(48, '0');
-const std::string kRow(48, '1');
 
 // Takes the bytes up to the record's end; "side,bytes,line" for each line of a wrong length.
 std::string TakeAll(OpScanRecord& record, std::string_view bytes) {

@@ -303,7 +303,7 @@ TEST(Vmr, FaultsReachTheOperatorInTheirOwnWordsAndAConditionEjectsTheSheet) {
       {status(Status(64)), "Status Error", jam, "50 Q | ! Status Error | 130 4 | 230 r: no"},
       {status(""), "Status Error", silence, "50 Q | ! Status Error | 10100 r: no"},
       {status("?0"), "Status Error", silence, "50 Q | ! Status Error | 10100 r: no"},
-      {{{"8", "\n@@"}}, "Read Error", loss, "50 Q | 130 8 | ! Read Error | 10230 r: no"},
+      {{{"8", "\n@@"}}, "Read Error", loss, "50 Q | 100 8 | ! Read Error | 10200 r: no"},
   };
   for (const auto& c : kCases) {
     VmrBench bench(c.said);

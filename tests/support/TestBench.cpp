@@ -128,10 +128,12 @@ void RecordingEvents::BeforePrint(bool& cancel) {
 
 void RecordingEvents::AfterPrint() { names.emplace_back("AfterPrint"); }
 
-Bench::Bench(teskReaderType type, std::shared_ptr<simulator::Scanner> scanner)
+Bench::Bench(teskReaderType type, std::shared_ptr<simulator::Scanner> scanner,
+             std::shared_ptr<OmrLibraryLoader> omrLoader)
     : time(std::make_shared<VirtualTime>()), serial(std::make_shared<BenchSerial>(time, scanner)) {
   if (scanner) time->nextDue = [scanner] { return scanner->NextDue(); };
-  reader = CreateReader(ReaderParts{.serial = serial, .loop = time, .clock = time});
+  reader = CreateReader(
+      ReaderParts{.serial = serial, .loop = time, .clock = time, .omrLoader = std::move(omrLoader)});
   serial->onWrite = [this](std::string_view bytes) { Note(Caret(bytes)); };
   reader->AddEvents(events);
   reader->LoadDefaults(type);
@@ -161,6 +163,7 @@ std::string SheetText(const clsTeskReader& reader) {
 }  // namespace
 
 void Bench::Note(const std::string& what) {
+  if (whatElse) happened_ += whatElse();
   for (; messages_ < host.messages.size(); ++messages_) happened_ += " | ! " + host.messages[messages_].title;
   for (; errors_ < host.errors.size(); ++errors_) {
     const std::string& source = host.errors[errors_].source;
@@ -189,6 +192,7 @@ void Bench::Call(char call) {
   const auto messages = std::exchange(time->onMessages, nullptr);
   EXPECT_TRUE(reader->StartReader());
   time->onMessages = messages;
+  if (whatElse) whatElse();
   began_ = time->Elapsed();
   happened_.clear();
 }

@@ -111,7 +111,8 @@ class RecordingEvents : public ReaderEvents {
 // The whole bench. The reader is on port 3, at the defaults of its type, with a form of 50 x 48.
 class Bench {
  public:
-  Bench(teskReaderType type, std::shared_ptr<simulator::Scanner> scanner);
+  Bench(teskReaderType type, std::shared_ptr<simulator::Scanner> scanner,
+        std::shared_ptr<OmrLibraryLoader> omrLoader = nullptr);
   Bench(const Bench&) = delete;
   Bench& operator=(const Bench&) = delete;
   ~Bench();
@@ -135,6 +136,8 @@ class Bench {
   std::shared_ptr<BenchSerial> serial;
   RecordingEvents events;
   std::shared_ptr<clsTeskReader> reader;
+  // What else happened since it was last asked, each with " | " in front; empty: nothing.
+  std::function<std::string()> whatElse;
 
  private:
   void Note(const std::string& what);

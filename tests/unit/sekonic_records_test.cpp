@@ -76,7 +76,6 @@ TEST(SekonicStatus, CodesReachTheOperatorWithTheirNumberAndTheBackSidesWhereTheB
                         bool twoSided) {
     SekonicBench bench(type, {{"\005OM", mode}, {"?", status}});
     bench.SetExtents(4, 2, twoSided);
-    bench.host.translate["The Sekonic scanner reports a reader failure.  Error number "] = "Nr. ";
     bench.Do("Sr");
     return bench.host.messages.empty() ? ""
                                        : bench.host.messages[0].title + ": " + bench.host.messages[0].text;
@@ -92,8 +91,10 @@ TEST(SekonicStatus, CodesReachTheOperatorWithTheirNumberAndTheBackSidesWhereTheB
   EXPECT_EQ(shown(kSr607, "1\r", "0\x95", false), "Scanner Error: " + kTexts[7]);
   SekonicBench bench(kSr700352, {{"\005OM", "3\r"}});
   bench.Do("S");
+  bench.host.translate = {{"The Sekonic scanner reports a reader failure.  Error number ", "Nr. "},
+                          {" Please check your scanner.", "!"}};
   basScanningSystems::ReturnErrorSS(*bench.reader, "119");
-  EXPECT_EQ(bench.host.messages.at(0).text, kTexts[17]);
+  EXPECT_EQ(bench.host.messages.at(0).text, "Nr. 119!");
 }
 
 // ---- Commands with settings

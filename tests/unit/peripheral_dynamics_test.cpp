@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "drivers/vmrRecord.h"
 #include "tests/support/ScriptedScanner.h"
 #include "tests/support/TestBench.h"
 
@@ -200,13 +201,19 @@ TEST(Vmr, SheetWithWhatIsNoneOfItsRecordIsRefusedUntouched) {
             "50 Q | 100 8 | ! Read Error | 200 r: no | 850 Q | 900 8 | ! Read Error | 950 r: no");
   EXPECT_EQ(Sheets("\rA@A@\r", Pieces{{rows + "\r\n"}, {"A", 130ms}}),
             "50 Q | 100 8 | ! Read Error | 150 r: no | 800 Q | 880 8 | ! Read Error | 1010 r: no");
-  EXPECT_EQ(Sheets(Pieces{{rows + "\nA"}, {"\r", 2s}}, ""),
-            "50 Q | 100 8 | ! Read Error | 200 r: no | 850 Q | 2700 Q | 2750 8 | error 51 "
-            "basPeripheralDynamics.ReadPagePD | 359999220 r: no");
-  EXPECT_EQ(Sheets("\n" + std::string(65'536, '@'), "\n@"),
-            "50 Q | 100 8 | ! Read Error | 200 r: no | 850 Q | 900 8 | ! Read Error | 11000 r: no");
+  EXPECT_EQ(Sheets(Pieces{{rows + "\nA"}, {"\r", 2s}}, rows + "\r"),
+            "50 Q | 100 8 | ! Read Error | 200 r: no | 850 Q | 2700 Q | 2750 8 | 2880 9 | 2930 r: [500x14 "
+            "1,7=241] [] 1/-1 ''");
   EXPECT_EQ(Play("Sr", {}, [](Bench& b) { b.reader->SetRecognitionThreshold(32767); }),
             "error 6 basPeripheralDynamics.ReadPagePD | 0 r: no");
+}
+
+TEST(Vmr, RecordWithoutEndIsDamaged) {
+  basPeripheralDynamics::VmrRecord record({});
+  for (int byte = 1; byte <= 65'535; ++byte) record.Take('@');
+  EXPECT_TRUE(!record.Damaged() && record.Missing() == 1);
+  record.Take('@');
+  EXPECT_TRUE(record.Damaged() && record.Missing() == 0);
 }
 
 TEST(Vmr, NothingButThePrescribedPausesCostsTimeOnceTheEndingIsKnown) {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "drivers/vmrRecord.h"
-#include "tests/support/ScriptedScanner.h"
+#include "tests/support/Talker.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "drivers/basScantron.h"
-#include "tests/support/ScriptedScanner.h"
+#include "tests/support/Talker.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {
@@ -286,121 +286,71 @@ TEST(ScanMark, ImprintIsThePositionInBlanksAndTheTextCutTo125) {
 
 // ---- What the operator is told
 
-struct FaultCase {
-  const char* name;
-  teskReaderType type;
-  Said said;
-  const char* title;  // null: nothing is said
-  std::string text;
-  Settings set = TwoSided;
-};
-
 void Windows(Bench& b) {
   TwoSided(b);
   b.AddWindow({1, 1, 2, 1, 1, 2, 1, 1});
   b.AddWindow({2, 1, 2, 1, 1, 2, 1, 1});
 }
 
-const char* const kNoInit = "There was no response from the Scantron scanner. Could not initialize!";
-const std::string kDownload =
-    "An error occurred trying to download the form definition to the Scantron scanner";
-const std::string kTimedOut =
-    "There was no response from the Scantron scanner. The scanner timed out waiting ";
+// What the operator is told in a batch of which nothing comes.
+std::string Told(const Said& said, Settings set = TwoSided, teskReaderType type = k2500) {
+  ScanMarkBench bench(type, said);
+  set(bench);
+  std::int32_t count = 0;
+  bench.reader->ReadBatch(false, 1, count);
+  EXPECT_THAT(bench.host.errors, IsEmpty());
+  EXPECT_TRUE(bench.reader->Side1Array().Empty() && bench.events.side1.empty());
+  EXPECT_TRUE(bench.reader->CancelScan() && !bench.serial->open);
+  std::string told = bench.reader->HopperEmpty() ? "the hopper is empty" : "";
+  for (const auto& message : bench.host.messages) told += message.title + ": " + message.text;
+  return told;
+}
 
-const FaultCase kFaults[] = {
-    {"ResetSilence", k2500, {{kReset, ""}}, "No Response", kNoInit},
-    {"ResetRefused",
-     k2500,
-     {{kReset, Answers("?").Then("\r")}},
-     "Reset Error",
-     "An error occurred trying to reset the Scantron scanner.  Please power the scanner off and on and retry "
-     "the operation."},
-    {"Threshold",
-     k8000,
-     {{"\x1bTHR", "?"}},
-     "Initialize Error",
-     kDownload + " when issuing the scanner threshold command."},
-    {"FormStart",
-     k2500,
-     {{kForm + "FS", "?"}},
-     "Initialize Error",
-     kDownload + " when issuing the form start command."},
-    {"Side1",
-     k2500,
-     {{kForm + "DK 1", "?"}},
-     "Initialize Error",
-     kDownload + ".  Invalid sheet definition.|Sheet: 1|Side: 1"},
-    {"Side2",
-     k2500,
-     {{kForm + "DK 2", ""}},
-     "Initialize Error",
-     kDownload + ".  Invalid sheet definition|Sheet: 1|Side: 2"},
-    {"WindowOfSide1",
-     k2500,
-     {{kForm + "DK 1", "?"}},
-     "Initialize Error",
-     kDownload + ".  Invalid sheet definition.|Sheet: 1|Side: 1",
-     Windows},
-    {"WindowOfSide2NamesItsPlace",
-     k2500,
-     {{kForm + "DK 2", "?"}},
-     "Initialize Error",
-     kDownload + ". Invalid sheet definition|Sheet: 1|Side: 2|Field: 2",
-     Windows},
-    {"FormEnd",
-     k2500,
-     {{kForm + "LS", "?"}},
-     "Initialize Error",
-     kDownload + " while issuing the end of form command."},
-    {"PrinterIsSilent", k2500, {{"\x1bPRN", "?"}}, nullptr, ""},
-    {"Jam",
-     k2500,
-     {{kStatus, "00      \xff   "}},
-     "Paper Jam",
-     "The Scantron scanner reports a paper jam. Please clear the jam and try again."},
-    {"DoubleFeed",
-     k2500,
-     {{kStatus, Answers(kReady).Then("00      1   ")}},
-     "Double Feed",
-     "The Scantron scanner reports a double feed. Please rescan the page."},
-    {"TimingLine",
-     k2500,
-     {{kStatus, "01          "}},
-     "Initialize Error",
-     "The Scantron scanner reported a timing line error. Make sure that the form corresponds to the open "
-     "template and that it was not skewed when scanning. Please rescan."},
-    {"FormErrorWithoutBlankIsSilent", k2500, {{kStatus, "011     !   "}}, nullptr, ""},
-    {"CommandError",
-     k2500,
-     {{kStatus, "02      !   "}},
-     "Command Error",
-     "Your Scantron scanner reported a command error. Error #50"},
-    {"UnknownStatusIsSilent", k2500, {{kStatus, "03      !   "}}, nullptr, ""},
-    {"EmptyHopperIsSilent", k2500, {{kStatus, kNotReady}}, nullptr, ""},
-    {"StatusSilence", k2500, {{kStatus, ""}}, "Initialize Error", kNoInit},
-    {"ShortStatus", k2500, {{kStatus, kReady.substr(1)}}, "Initialize Error", kNoInit},
-    {"ReadSilence", k2500, {{kRead, ""}}, "Read Error", kTimedOut + "for scanned data."},
-    {"WindowsSilence", k2500, {{kRead, ""}}, "Read Error", kTimedOut + "for the scanned data.", Windows},
-    {"DataCut", k2500, {{kRead, kBlankRow}}, "Read Error", kTimedOut + "to receive the scanned data."},
-    {"WindowsCut", k2500, {{kRead, "1"}}, "Read Error", kTimedOut + "to receive the scanned data.", Windows},
-};
+TEST(ScanMark, FaultsOfTheStartReachTheOperatorInTheirOwnWords) {
+  const std::string silence = "There was no response from the Scantron scanner. Could not initialize!";
+  const std::string download =
+      "Initialize Error: An error occurred trying to download the form definition to the Scantron scanner";
+  EXPECT_EQ(Told({{kReset, ""}}), "No Response: " + silence);
+  EXPECT_EQ(
+      Told({{kReset, Answers("?").Then("\r")}}),
+      "Reset Error: An error occurred trying to reset the Scantron scanner.  Please power the scanner off "
+      "and on and retry the operation.");
+  EXPECT_EQ(Told({{"\x1bTHR", "?"}}, TwoSided, k8000),
+            download + " when issuing the scanner threshold command.");
+  EXPECT_EQ(Told({{kForm + "FS", "?"}}), download + " when issuing the form start command.");
+  EXPECT_EQ(Told({{kForm + "DK 1", "?"}}), download + ".  Invalid sheet definition.|Sheet: 1|Side: 1");
+  EXPECT_EQ(Told({{kForm + "DK 2", ""}}), download + ".  Invalid sheet definition|Sheet: 1|Side: 2");
+  EXPECT_EQ(Told({{kForm + "DK 1", "?"}}, Windows),
+            download + ".  Invalid sheet definition.|Sheet: 1|Side: 1");
+  EXPECT_EQ(Told({{kForm + "DK 2", "?"}}, Windows),
+            download + ". Invalid sheet definition|Sheet: 1|Side: 2|Field: 2");
+  EXPECT_EQ(Told({{kForm + "LS", "?"}}), download + " while issuing the end of form command.");
+  EXPECT_EQ(Told({{"\x1bPRN", "?"}}), "");
+  EXPECT_EQ(Told({{kStatus, ""}}), "Initialize Error: " + silence);
+  EXPECT_EQ(Told({{kStatus, kReady.substr(1)}}), "Initialize Error: " + silence);
+}
 
-TEST(ScanMark, FaultsReachTheOperatorInTheirOwnWordsAndLeaveNoSheet) {
-  for (const FaultCase& c : kFaults) {
-    SCOPED_TRACE(c.name);
-    ScanMarkBench bench(c.type, c.said);
-    c.set(bench);
-    std::int32_t count = 0;
-    bench.reader->ReadBatch(false, 1, count);
-    std::vector<RecordingHost::Message> messages;
-    if (c.title != nullptr) messages.push_back({c.title, c.text});
-    EXPECT_EQ(bench.host.messages, messages);
-    EXPECT_THAT(bench.host.errors, IsEmpty());
-    EXPECT_TRUE(bench.reader->Side1Array().Empty() && bench.events.side1.empty());
-    EXPECT_EQ(bench.reader->HopperEmpty(), std::string(c.name) == "EmptyHopperIsSilent");
-    EXPECT_TRUE(bench.reader->CancelScan());
-    EXPECT_FALSE(bench.serial->open);
-  }
+TEST(ScanMark, FaultsOfASheetReachTheOperatorInTheirOwnWords) {
+  const std::string timedOut =
+      "Read Error: There was no response from the Scantron scanner. The scanner timed out waiting ";
+  EXPECT_EQ(Told({{kStatus, "00      \xff   "}}),
+            "Paper Jam: The Scantron scanner reports a paper jam. Please clear the jam and try again.");
+  EXPECT_EQ(Told({{kStatus, Answers(kReady).Then("00      1   ")}}),
+            "Double Feed: The Scantron scanner reports a double feed. Please rescan the page.");
+  EXPECT_EQ(Told({{kStatus, "01          "}}),
+            "Initialize Error: The Scantron scanner reported a timing line error. Make sure that the form "
+            "corresponds "
+            "to the open template and that it was not skewed when scanning. Please rescan.");
+  EXPECT_EQ(Told({{kStatus, "02      !   "}}),
+            "Command Error: Your Scantron scanner reported a command error. Error #50");
+  // A form error without its blank, and a class that nobody knows.
+  EXPECT_EQ(Told({{kStatus, "011     !   "}}), "");
+  EXPECT_EQ(Told({{kStatus, "03      !   "}}), "");
+  EXPECT_EQ(Told({{kStatus, kNotReady}}), "the hopper is empty");
+  EXPECT_EQ(Told({{kRead, ""}}), timedOut + "for scanned data.");
+  EXPECT_EQ(Told({{kRead, ""}}, Windows), timedOut + "for the scanned data.");
+  EXPECT_EQ(Told({{kRead, kBlankRow}}), timedOut + "to receive the scanned data.");
+  EXPECT_EQ(Told({{kRead, "1"}}, Windows), timedOut + "to receive the scanned data.");
 }
 
 TEST(ScanMark, SilenceAtTheEjectIsShown) {

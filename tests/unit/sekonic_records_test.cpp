@@ -5,7 +5,7 @@
 #include "drivers/basScanningSystems.h"
 #include "drivers/sekonicCommands.h"
 #include "drivers/sekonicRecords.h"
-#include "tests/support/SekonicTalker.h"
+#include "tests/support/SekonicBench.h"
 
 namespace tesk::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/SekonicTalker.h"
+#include "tests/support/SekonicBench.h"
 
 namespace tesk::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "tests/support/ScriptedScanner.h"
+#include "tests/support/Talker.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {

@@ -160,6 +160,10 @@ TEST(OpScan, LineOfAWrongLengthWarnsAndIsReadUnlessItIsTheLast) {
   EXPECT_THAT(bench.host.messages, ElementsAre(wrong("1|Invalid number of bytes: 1|Line number: 1"),
                                                wrong("2|Invalid number of bytes: 47|Line number: 0"),
                                                wrong("1|Invalid number of bytes: 49|Line number: 3")));
+  // More behind a record than its end.
+  OpScanBench behind(Said{{kRead, "a" + kLine + "a" + kLine47 + "\rab"}});
+  behind.Do("Sr");
+  EXPECT_THAT(behind.host.messages, ElementsAre(wrong("1|Invalid number of bytes: 49|Line number: 2")));
   OpScanBench translated(Said{{kRead, "a1a" + kLine + "\r"}});
   translated.host.translate = {{"Invalid Number of Bytes", "T"},
                                {reported + "1", "S"},

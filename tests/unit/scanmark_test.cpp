@@ -64,15 +64,15 @@ TEST(ScanMark, SessionsOfWholeSidesGoOverTheWireAtTheseTimes) {
             "^[QSTS^M | 1920 r: [2x48 1,1=5] [] 1/0 '' | 1920 ^[SRST^M | 1920 x: yes");
   const auto twoSheets = [](Bench& b) {
     TwoSided(b);
-    b.reader->SetSide1Rows(Int16Array({99, 0, 30}, 0));
+    b.reader->SetSide1Rows(Int16Array({99, 0, 1}, 0));
     b.reader->SetSide1Cols(Int16Array({99, 48, 40}, 0));
     b.reader->SetSide2Rows(Int16Array({99, 1, 0}, 0));
     b.reader->SetSide2Cols(Int16Array({99, 47, 46}, 0));
   };
   EXPECT_EQ(
       Play(k4000, "s", {}, twoSheets),
-      "0 ^[SRST^M | 600 ^[FRM=FS 0 1 48 N N N^M | 630 ^[FRM=DK 2 1 1 1 47 L 1 47^M | 660 ^[FRM=FS 30 0 40 N "
-      "N N^M | 690 ^[FRM=DK 1 1 1 30 40 L 30 40^M | 720 ^[FRM=LS^M | 750 ^[PRN$ 1 N^M | 780 s: yes");
+      "0 ^[SRST^M | 600 ^[FRM=FS 0 1 48 N N N^M | 630 ^[FRM=DK 2 1 1 1 47 L 1 47^M | 660 ^[FRM=FS 1 0 40 N "
+      "N N^M | 690 ^[FRM=DK 1 1 1 1 40 L 1 40^M | 720 ^[FRM=LS^M | 750 ^[PRN$ 1 N^M | 780 s: yes");
   EXPECT_EQ(Play(k2500, "s", {}, [](Bench& b) { b.reader->SetDuplexForm(true); }),
             "0 ^[SRST^M | 600 ^[FRM=FS 2 0 48 N N N^M | 630 ^[FRM=DK 1 1 1 2 48 L 2 48^M | 660 ^[FRM=LS^M | "
             "690 ^[PRN$ 1 N^M | 720 s: yes");

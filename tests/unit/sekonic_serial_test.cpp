@@ -27,6 +27,9 @@ TEST(SekonicSerial, StartSendsExactlyTheModelsSetUp) {
             "0 ^X^M | 1005 ^EOM^M | 1035 ^PDL05^M | 1035 s: yes");
   EXPECT_EQ(Play(kSr700352, "s", {{"\005OM", "3\r"}}, Threshold(12)),
             "0 ^X^M | 1005 ^EOM^M | 1035 ^PDL12^M | 1035 s: yes");
+  // Line ends in front of an answer belong to the one before.
+  EXPECT_EQ(Play(kSr607, "s", {{"\005OM", "\r\n1\r"}}),
+            "0 ^X^M | 1005 ^EOM^M | 1035 ^PDL2^M | 1035 ^SDD02^M | 1035 s: yes");
   // The first character of whichever reply came last decides on the discrimination.
   EXPECT_EQ(Play(kSr700352, "s", {{"\005OM", "10\r"}}),
             "0 ^X^M | 1005 ^EOM^M | 1035 ^PDL05^M | 1035 ^SDD02^M | 1035 s: yes");

@@ -295,6 +295,10 @@ TEST(SekonicRead, BarcodesAreSetUpPerDefinitionAndReadIntoEightTexts) {
             "2,2=6] 4/6 '4711' 'AB' '' '' '' '' '' '' | 2455 ^SBA00^M | 2505 ^SBA01^M | 2555 ^SBA10999^M | "
             "2605 ^SBA10999^M | 2655 ?^M | 2655 ^ET^M | 2655 /^ET^M | 2655 ^SBA05^M | 2705 ^PED001004^M | "
             "2705 /^PED001002^M | 2705 r: [4x48 1,1=5] [2x48 2,2=6] 4/6 '4711' 'AB' '' '' '' '' '' ''");
+  EXPECT_EQ(
+      Play(kSr607, "Sr", {{kBarcodes, "7\r"}}, [](Bench& b) { b.AddBarcodes(1); }),
+      "0 ^SBA00^M | 50 ^SBA01^M | 100 ^SBA10999^M | 150 ?^M | 150 ^ET^M | 1155 /^ET^M | 1155 ^SBA05^M | 1805 "
+      "^PED001004^M | 2405 /^PED001002^M | 2405 r: [4x48 1,1=5] [2x48 2,2=6] 4/6 '7' '' '' '' '' '' '' ''");
   const auto nine = [](Bench& b) {
     OneSided(b);
     b.AddBarcodes(9);

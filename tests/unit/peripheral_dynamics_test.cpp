@@ -68,6 +68,8 @@ TEST(Vmr, StartCompletesTheSetUpThatTheStatusAsksForAndSetsTheThreshold) {
   EXPECT_EQ(start(0, 0, "C0", 194), "0 0 | 550 Q | 680 + | 760 + | 780 + | 860 s: yes");
   EXPECT_EQ(start(0, 0, "D9", 215), "0 0 | 550 Q | 680 + | 760 - | 780 - | 860 s: yes");
   EXPECT_EQ(Play("s", {{"+", Pieces{{"F", 900ms}, {"0", 900ms}}}}), "0 0 | 550 Q | 680 + | 2540 s: yes");
+  EXPECT_EQ(Play("s", {{"+", Answers("EE").Then("")}}, [](Bench& b) { b.reader->SetSleepTime(0); }),
+            "0 0 | 500 Q | 530 + | 560 + | 570 + | 640 s: yes");
   // Answers to the steps that come so slowly that they would be taken for the status.
   EXPECT_EQ(Play("sr", {{"+", Answers("EE").Then(Pieces{{"E", 300ms}, {"F", 300ms}})}}),
             "0 0 | 550 Q | 680 + | 760 + | 780 + | 860 s: yes | 910 Q | 2010 Q | 2060 8 | 2190 9 | 2240 r: "

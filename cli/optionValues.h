@@ -3,23 +3,15 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "base/enumerations.h"
+#include "base/enumerators.h"
 
 namespace tesk::cli {
-
-// An enumeration's member as hosts write it.
-struct Enumerator {
-  std::string_view name;  // "teskReaderFlowControlNone"
-  std::int32_t value;
-};
-
-std::span<const Enumerator> BarcodeTypeEnumerators();
-std::span<const Enumerator> BarcodeOrientationEnumerators();
 
 // The rows and columns of a sheet's side, one element per sheet definition; never empty.
 struct SheetSizes {
@@ -39,17 +31,17 @@ struct BarcodeFields {
   teskBarcodeOrientation orientation;
 };
 
-// All throw UsageError, which names `option` and says what it accepts.
+// Decimal digits with an optional sign and nothing else; nothing where the text is none or lies outside.
+std::optional<std::int32_t> WholeNumber(std::string_view text, std::int32_t least, std::int32_t most);
+// The same with a decimal point or an exponent.
+std::optional<double> DecimalNumber(std::string_view text);
+// A member by its name in any case; nullptr where there is none.
+const Enumerator* FindEnumerator(std::span<const Enumerator> members, std::string_view name);
 
-// Decimal digits with an optional sign and nothing else, from `least` to `most`.
+// All below throw UsageError, which names `option` and says what it accepts.
+
 std::int32_t ParseWholeNumber(std::string_view option, std::string_view text, std::int32_t least,
                               std::int32_t most);
-// A member's name in any case, or any 32-bit number: hosts may store values that are no member.
-std::int32_t ParseEnumeration(std::string_view option, std::string_view text,
-                              std::span<const Enumerator> enumerators);
-// The same, but the number must be a member's.
-std::int32_t ParseMember(std::string_view option, std::string_view text,
-                         std::span<const Enumerator> enumerators);
 // "50x48" or "50x48,40x48": 0 to 32767 rows and 1 to 32767 columns each, at most kLargestSide positions.
 SheetSizes ParseSheetSizes(std::string_view option, std::string_view text);
 WindowFields ParseWindow(std::string_view text);

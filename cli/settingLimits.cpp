@@ -2,10 +2,8 @@
 #include "cli/settingLimits.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include <fmt/format.h>
@@ -23,7 +21,7 @@ using Profile = clsTeskReaderProfile;
 
 struct Range {
   std::string_view property;
-  double least, most;
+  std::int32_t least, most;
   std::string_view unit;
 };
 
@@ -69,50 +67,35 @@ constexpr Option kOptions[] = {
 };
 
 [[noreturn]] void Refuse(const Assignment& assignment, const std::string& why) {
-  throw UsageError(fmt::format("--set {}={}: {}", assignment.property->name, assignment.value, why));
-}
-
-std::optional<double> NumberOf(std::string_view text) {
-  if (text.starts_with('+')) text.remove_prefix(1);
-  double value = 0;
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
-// Of a member the value. Booleans are no numbers, and were checked when they were converted.
-std::optional<double> NumberOf(const Assignment& assignment) {
-  const auto members = assignment.property->members;
-  return members ? ParseEnumeration("", assignment.value, members()) : NumberOf(assignment.value);
+  throw UsageError(fmt::format("--set {}={}: {}", assignment.setting->name, assignment.text, why));
 }
 
 void CheckMember(const Assignment& assignment) {
-  const auto& [property, value] = assignment;
-  if (!property->members) return;
-  const std::int32_t number = ParseEnumeration("", value, property->members());
-  if (std::ranges::find(property->members(), number, &Enumerator::value) != property->members().end()) return;
-  Refuse(assignment, fmt::format("{} takes {}", property->name, property->takes));
+  const EngineSetting& setting = *assignment.setting;
+  if (!setting.members) return;
+  const auto members = setting.members();
+  const auto number = std::get<std::int32_t>(assignment.value);
+  if (std::ranges::find(members, number, &Enumerator::value) != members.end()) return;
+  Refuse(assignment, fmt::format("{} takes {}", setting.name, TakesText(setting)));
 }
 
-void CheckRange(const Assignment& assignment, double least, double most, const std::string& unit) {
-  const auto number = NumberOf(assignment);
-  if (!number || (*number >= least && *number <= most)) return;
-  Refuse(assignment, fmt::format("{} takes {} to {}{}", assignment.property->name, least, most, unit));
+void CheckRange(const Assignment& assignment, std::int32_t least, std::int32_t most,
+                const std::string& unit) {
+  const auto number = std::get<std::int32_t>(assignment.value);
+  if (number >= least && number <= most) return;
+  Refuse(assignment, fmt::format("{} takes {} to {}{}", assignment.setting->name, least, most, unit));
 }
 
 void CheckChoice(const Assignment& assignment, const Choice& choice) {
   constexpr std::string_view kSpaceParity = " ";  // as hosts store it
-  const std::string& text = assignment.value;
-  const auto means = [&](const std::string& value) {
-    const auto number = NumberOf(value);
-    return LowerCase(value) == LowerCase(text) || (number && number == NumberOf(text));
-  };
-  if (text == kSpaceParity || std::ranges::any_of(SplitText(choice.values, ' '), means)) return;
+  const std::string value = LowerCase(SettingText(assignment.value));
+  const auto means = [&](const std::string& taken) { return LowerCase(taken) == value; };
+  if (value == kSpaceParity || std::ranges::any_of(SplitText(choice.values, ' '), means)) return;
   Refuse(assignment, fmt::format("{} takes one of {}", choice.property, choice.values));
 }
 
 void CheckModel(const Assignment& assignment, const clsTeskReader& engine, const Profile& profile) {
-  const std::string_view name = assignment.property->name;
+  const std::string_view name = assignment.setting->name;
   const std::int16_t darkest = profile.RecognitionThresholdMaximum();
   if (darkest > 0 && std::ranges::find(kOnScale, name) != std::end(kOnScale)) {
     const bool threshold = name == "RecognitionThreshold";
@@ -121,7 +104,7 @@ void CheckModel(const Assignment& assignment, const clsTeskReader& engine, const
   }
   for (const Option& option : kOptions) {
     if (option.property != name || (profile.*option.has)() || (profile.*option.offered)()) continue;
-    if (TextToBoolean(assignment.value)) {
+    if (std::get<bool>(assignment.value)) {
       Refuse(assignment, fmt::format("the {} {}", engine.ReaderName(), option.what));
     }
   }
@@ -143,12 +126,12 @@ std::string LimitsText(std::string_view property) {
 void CheckSaved(const Assignment& assignment, const clsTeskReader& engine) {
   CheckMember(assignment);
   for (const Range& range : kRanges) {
-    if (range.property == assignment.property->name) {
+    if (range.property == assignment.setting->name) {
       CheckRange(assignment, range.least, range.most, std::string(range.unit));
     }
   }
   for (const Choice& choice : kChoices) {
-    if (choice.property == assignment.property->name) CheckChoice(assignment, choice);
+    if (choice.property == assignment.setting->name) CheckChoice(assignment, choice);
   }
   const auto profile = engine.Profile();
   if (profile && IsReader(engine.ReaderType())) CheckModel(assignment, engine, *profile);

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "cli/engineProperties.h"
+#include "cli/assignments.h"
 
 namespace tesk::cli {
 

@@ -15,24 +15,7 @@
 namespace tesk::cli {
 namespace {
 
-// Properties whose settings have a name of their own.
-constexpr struct {
-  std::string_view property;
-  std::string_view setting;
-} kRenamed[] = {
-    {"ReaderType", "ScannerType"},   {"Rejecter", "Reject"},      {"BaudRate", "ScannerBaud"},
-    {"DataBits", "ScannerDataBits"}, {"Parity", "ScannerParity"}, {"Port", "ScannerPort"},
-    {"StopBits", "ScannerStopBits"},
-};
-
 constexpr const char* kDevice = "ScannerDevice";  // hosts do not know it
-
-std::string_view SettingOf(std::string_view property) {
-  for (const auto& renamed : kRenamed) {
-    if (renamed.property == property) return renamed.setting;
-  }
-  return property;
-}
 
 // A port that is chosen by its number takes the place of a device.
 bool Save(const SettingsKey& key, std::vector<StoredValue> values, clsTeskReader& engine) {
@@ -45,14 +28,17 @@ bool Save(const SettingsKey& key, std::vector<StoredValue> values, clsTeskReader
 
 std::string_view PropertyOf(std::string_view setting) {
   if (setting == kDevice) return "--port";
-  for (const auto& renamed : kRenamed) {
-    if (renamed.setting == setting) return renamed.property;
-  }
-  return setting;
+  const auto found = std::ranges::find_if(EngineSettings(), [&](const EngineSetting& known) {
+    return known.savedAs && known.savedAs == setting;
+  });
+  return found == EngineSettings().end() ? setting : found->name;
 }
 
 std::vector<std::string> StoredNames() {
-  auto names = SettingNames();
+  std::vector<std::string> names;
+  for (const EngineSetting& setting : EngineSettings()) {
+    if (setting.savedAs) names.emplace_back(setting.savedAs);
+  }
   names.emplace_back(kDevice);
   return names;
 }
@@ -84,19 +70,19 @@ std::vector<StoredValue> ReadStored(const SettingsKey& key) {
 }
 
 void RequireSettings(const std::vector<Assignment>& assignments) {
-  const auto names = SettingNames();
-  for (const auto& [property, value] : assignments) {
-    if (std::ranges::find(names, SettingOf(property->name)) != names.end()) continue;
-    throw UsageError(fmt::format("--set {0}={1}: {0} is not kept among the settings", property->name, value));
+  for (const Assignment& assignment : assignments) {
+    if (assignment.setting->savedAs) continue;
+    throw UsageError(fmt::format("--set {0}={1}: {0} is not kept among the settings",
+                                 assignment.setting->name, assignment.text));
   }
 }
 
 bool SaveAssigned(const SettingsKey& key, const std::vector<Assignment>& assignments, clsTeskReader& engine) {
   const auto assigned = [&](const StoredValue& held) {
     return std::ranges::any_of(assignments,
-                               [&](const Assignment& a) { return SettingOf(a.property->name) == held.name; });
+                               [&](const Assignment& a) { return a.setting->savedAs == held.name; });
   };
-  auto values = SettingTexts(engine);
+  auto values = SavedTexts(engine);
   std::erase_if(values, [&](const StoredValue& held) { return !assigned(held); });
   return Save(key, std::move(values), engine);
 }
@@ -104,15 +90,16 @@ bool SaveAssigned(const SettingsKey& key, const std::vector<Assignment>& assignm
 LoadedSettings::LoadedSettings(const SettingsKey& key, clsTeskReader& engine) : key_(key), engine_(engine) {
   const auto stored = ReadStored(key);
   for (const StoredValue& value : stored) {
-    if (value.name != kDevice && Attempt([&] { AssignSetting(engine, value); })) unusable_.push_back(value);
+    if (value.name != kDevice && Attempt([&] { AssignSaved(engine, value); })) unusable_.push_back(value);
   }
   Load(stored);
   for (const StoredValue& value : stored) {
     if (value.name != "ColorDepth" && value.name != "Resolution") continue;
     // What is no number here stays as it was loaded, and is not saved either.
-    static_cast<void>(Attempt([&] { FindEngineProperty(value.name)->set(engine, value.text); }));
+    const EngineSetting& setting = SettingNamed(value.name);
+    if (const auto meant = ValueOf(setting, value.text)) setting.set(engine, *meant);
   }
-  loaded_ = SettingTexts(engine);
+  loaded_ = SavedTexts(engine);
   for (const StoredValue& value : unusable_)
     *std::ranges::find(loaded_, value.name, &StoredValue::name) = value;
 }
@@ -124,13 +111,13 @@ void LoadedSettings::Load(const std::vector<StoredValue>& stored) {
   engine_.SetPort(1);
   // The imprinter's setting comes behind the type in any case.
   for (const StoredValue& value : stored) {
-    static_cast<void>(Attempt([&] { AssignSetting(engine_, value); }));
+    static_cast<void>(Attempt([&] { AssignSaved(engine_, value); }));
   }
 }
 
 bool LoadedSettings::SaveChanges() const {
   std::vector<StoredValue> changed;
-  for (const StoredValue& value : SettingTexts(engine_)) {
+  for (const StoredValue& value : SavedTexts(engine_)) {
     if (std::ranges::find(loaded_, value) == loaded_.end()) changed.push_back(value);
   }
   return Save(key_, std::move(changed), engine_);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/engineProperties.h"
+#include "cli/assignments.h"
 #include "cli/settingsKey.h"
 
 namespace tesk::cli {

@@ -120,13 +120,6 @@ class SettingsStore {
                             const std::vector<std::string>& names) = 0;
 };
 
-// The names of all stored settings, in the order in which they are saved.
-std::vector<std::string> SettingNames();
-// What an engine's settings are stored as, in the same order.
-std::vector<StoredValue> SettingTexts(const clsTeskReader& reader);
-// Assigns one stored text, as LoadSettings does. Throws RunTimeError where the setting cannot take it.
-void AssignSetting(clsTeskReader& reader, const StoredValue& value);
-
 // Everything an engine is given. comm, loop, clock and dispatch are never empty; where another is, the operations
 // that need it report that this system does not offer them.
 struct EngineSeams {

@@ -1,101 +1,181 @@
-// The engine's settings: defaults from the catalogue, and the values saved and loaded under a key of the
-// settings store. Every value is stored as text.
+// The table of the engine's settings: defaults from the catalogue, and the values saved and loaded under a key of
+// the settings store. Every saved value is a text.
+#include "engine/settings.h"
+
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <optional>
-#include <string>
-#include <string_view>
+#include <ranges>
+#include <type_traits>
 #include <utility>
-#include <vector>
 
 #include "base/HostServices.h"
 #include "base/conversions.h"
-#include "engine/clsTeskReader.h"
 
 namespace tesk {
 namespace {
 
-constexpr const char* kBoolean = "True, False or a number";
-constexpr const char* kWhole16 = "a whole number from -32768 to 32767";
-constexpr const char* kWhole32 = "a whole number from -2147483648 to 2147483647";
-constexpr const char* kSingle = "a number within single precision";
-constexpr const char* kText = "a text";
+using R = clsTeskReader;
+using P = clsTeskReaderProfile;
 
-// One stored value: its name, the text that stands for a missing one, what it takes, and the two conversions.
-struct Setting {
-  const char* name;
-  const char* missing;
-  const char* takes;
-  std::string (*text)(const clsTeskReader&);
-  void (*assign)(clsTeskReader&, const std::string&);
-};
+template <auto kGet, class Owner>
+using ValueOf = std::remove_cvref_t<decltype((std::declval<const Owner&>().*kGet)())>;
 
-using R = const clsTeskReader;
-using W = clsTeskReader;
-using T = const std::string;
+template <class Value>
+constexpr SettingKind KindOf() {
+  // Bit rates are beyond 16 bits.
+  if (std::is_same_v<Value, std::int32_t> || std::is_same_v<Value, teskReaderBaudRate>) {
+    return SettingKind::Whole32;
+  }
+  if (std::is_same_v<Value, bool>) return SettingKind::Boolean;
+  if (std::is_same_v<Value, float>) return SettingKind::Single;
+  return std::is_same_v<Value, std::string> ? SettingKind::Text : SettingKind::Whole16;
+}
 
-template <auto kGet>
-using ValueOf = decltype((std::declval<R&>().*kGet)());
+template <class Value>
+inline constexpr bool kWhole = std::is_enum_v<Value> ||
+                               (std::is_integral_v<Value> && !std::is_same_v<Value, bool>);
 
-template <auto kGet, auto kSet>
-constexpr Setting Boolean(const char* name, const char* missing) {
-  return {name, missing, kBoolean, [](R& r) { return BooleanText((r.*kGet)()); },
-          [](W& r, T& t) { (r.*kSet)(TextToBoolean(t)); }};
+template <class Value>
+SettingValue Held(const Value& value) {
+  if constexpr (kWhole<Value>) {
+    return static_cast<std::int32_t>(value);
+  } else {
+    return value;
+  }
+}
+
+template <class Value>
+Value Taken(const SettingValue& value) {
+  if constexpr (std::is_enum_v<Value>) {
+    return static_cast<Value>(std::get<std::int32_t>(value));
+  } else if constexpr (kWhole<Value>) {
+    return Narrow<Value>(std::get<std::int32_t>(value));
+  } else {
+    return std::get<Value>(value);
+  }
 }
 
 template <auto kGet, auto kSet>
-constexpr Setting Whole16(const char* name, const char* missing) {
-  return {name, missing, kWhole16, [](R& r) { return NumberText((r.*kGet)()); },
-          [](W& r, T& t) { (r.*kSet)(static_cast<ValueOf<kGet>>(ToInt16(Val(t)))); }};
+constexpr EngineSetting Unsaved(const char* name) {
+  using Value = ValueOf<kGet, R>;
+  EngineSetting setting = {.name = name,
+                           .kind = KindOf<Value>(),
+                           .get = [](const R& r) { return Held((r.*kGet)()); },
+                           .set = [](R& r, const SettingValue& v) { (r.*kSet)(Taken<Value>(v)); }};
+  if constexpr (std::is_enum_v<Value>) setting.members = EnumeratorsOf<Value>;
+  return setting;
 }
 
+// savedAs: none where it is saved under the name of its property.
 template <auto kGet, auto kSet>
-constexpr Setting Whole32(const char* name, const char* missing) {
-  return {name, missing, kWhole32, [](R& r) { return NumberText((r.*kGet)()); },
-          [](W& r, T& t) { (r.*kSet)(static_cast<ValueOf<kGet>>(ToInt32(Val(t)))); }};
+constexpr EngineSetting HostsOwn(const char* name, const char* missing, const char* savedAs = nullptr) {
+  EngineSetting setting = Unsaved<kGet, kSet>(name);
+  setting.savedAs = savedAs ? savedAs : name;
+  setting.missing = missing;
+  return setting;
+}
+
+template <auto kGet, auto kSet, auto kProposed>
+constexpr EngineSetting Proposed(const char* name, const char* missing, const char* savedAs = nullptr) {
+  EngineSetting setting = HostsOwn<kGet, kSet>(name, missing, savedAs);
+  setting.proposed = [](const P& p) { return Held((p.*kProposed)()); };
+  return setting;
 }
 
 // Compatibility: hosts rely on two numbers going through the Boolean rule, so every number but 0 becomes -1.
-template <auto kGet, auto kSet>
-constexpr Setting NumberReadAsBoolean(const char* name, const char* missing) {
-  return {name, missing, kBoolean, [](R& r) { return NumberText((r.*kGet)()); },
-          [](W& r, T& t) { (r.*kSet)(static_cast<ValueOf<kGet>>(TextToBoolean(t) ? -1 : 0)); }};
+constexpr EngineSetting LoadedAsBoolean(EngineSetting setting) {
+  setting.loadedAsBoolean = true;
+  return setting;
 }
 
-// In the order in which they are saved.
-constexpr Setting kSettings[] = {
-    Boolean<&W::ImagingEnabled, &W::SetImagingEnabled>("ImagingEnabled", "True"),
-    Boolean<&W::ReaderGrade, &W::SetReaderGrade>("ReaderGrade", "False"),
-    Boolean<&W::Barcode, &W::SetBarcode>("Barcode", "False"),
-    Boolean<&W::Duplex, &W::SetDuplex>("Duplex", "False"),
-    Boolean<&W::Feeder, &W::SetFeeder>("Feeder", "False"),
-    Whole16<&W::FlowControl, &W::SetFlowControl>("FlowControl", "0"),
-    Boolean<&W::Image, &W::SetImage>("Image", "False"),
-    Whole16<&W::MarkCutOff, &W::SetMarkCutOff>("MarkCutOff", "0"),
-    Whole16<&W::MarkDiscrimination, &W::SetMarkDiscrimination>("MarkDiscrimination", "0"),
-    {"Printer", "False", kBoolean, [](R& r) { return BooleanText(Deref(r.Printer()).Enabled()); },
-     [](W& r, T& t) { Deref(r.Printer()).SetEnabled(TextToBoolean(t)); }},
-    Whole16<&W::ReaderType, &W::SetReaderType>("ScannerType", "0"),
-    Whole16<&W::ErasureThreshold, &W::SetErasureThreshold>("ErasureThreshold", "0"),
-    Whole16<&W::RecognitionThreshold, &W::SetRecognitionThreshold>("RecognitionThreshold", "0"),
-    Whole16<&W::RecognitionThresholdMax, &W::SetRecognitionThresholdMax>("RecognitionThresholdMax", "0"),
-    Boolean<&W::Rejecter, &W::SetRejecter>("Reject", "False"),
-    Whole32<&W::BaudRate, &W::SetBaudRate>("ScannerBaud", "9600"),
-    Whole16<&W::DataBits, &W::SetDataBits>("ScannerDataBits", "7"),
-    {"ScannerParity", "N", kText, [](R& r) { return r.Parity(); }, [](W& r, T& t) { r.SetParity(t); }},
-    Whole16<&W::Port, &W::SetPort>("ScannerPort", "1"),
-    {"ScannerStopBits", "1", kSingle, [](R& r) { return NumberText(r.StopBits()); },
-     [](W& r, T& t) { r.SetStopBits(ToSingle(Val(t))); }},
-    Whole32<&W::SleepTime, &W::SetSleepTime>("SleepTime", "50"),
-    Whole32<&W::TimeOut, &W::SetTimeOut>("TimeOut", "10"),
-    Boolean<&W::Continuous, &W::SetContinuous>("Continuous", "False"),
-    Boolean<&W::Windowing, &W::SetWindowing>("Windowing", "False"),
-    NumberReadAsBoolean<&W::ColorDepth, &W::SetColorDepth>("ColorDepth", "0"),
-    NumberReadAsBoolean<&W::Resolution, &W::SetResolution>("Resolution", "200"),
+constexpr EngineSetting kImprinter = {
+    .name = "Printer",
+    .kind = SettingKind::Boolean,
+    .get = [](const R& r) { return Held(Deref(r.Printer()).Enabled()); },
+    .set = [](R& r, const SettingValue& v) { Deref(r.Printer()).SetEnabled(std::get<bool>(v)); },
+    .savedAs = "Printer",
+    .missing = "False",
+    .proposed = [](const P& p) { return Held(p.Printer()); }};
+
+constexpr EngineSetting kSettings[] = {
+    Proposed<&R::ImagingEnabled, &R::SetImagingEnabled, &P::ImagingEnabled>("ImagingEnabled", "True"),
+    Proposed<&R::ReaderGrade, &R::SetReaderGrade, &P::ReaderGrade>("ReaderGrade", "False"),
+    Proposed<&R::Barcode, &R::SetBarcode, &P::Barcode>("Barcode", "False"),
+    Proposed<&R::Duplex, &R::SetDuplex, &P::Duplex>("Duplex", "False"),
+    Proposed<&R::Feeder, &R::SetFeeder, &P::Feeder>("Feeder", "False"),
+    Proposed<&R::FlowControl, &R::SetFlowControl, &P::FlowControl>("FlowControl", "0"),
+    Proposed<&R::Image, &R::SetImage, &P::Imaging>("Image", "False"),
+    Proposed<&R::MarkCutOff, &R::SetMarkCutOff, &P::MarkCutOff>("MarkCutOff", "0"),
+    Proposed<&R::MarkDiscrimination, &R::SetMarkDiscrimination, &P::MarkDiscrimination>("MarkDiscrimination",
+                                                                                        "0"),
+    kImprinter,
+    HostsOwn<&R::ReaderType, &R::SetReaderType>("ReaderType", "0", "ScannerType"),
+    Proposed<&R::ErasureThreshold, &R::SetErasureThreshold, &P::ErasureThreshold>("ErasureThreshold", "0"),
+    Proposed<&R::RecognitionThreshold, &R::SetRecognitionThreshold, &P::RecognitionThreshold>(
+        "RecognitionThreshold", "0"),
+    Proposed<&R::RecognitionThresholdMax, &R::SetRecognitionThresholdMax, &P::RecognitionThresholdMaximum>(
+        "RecognitionThresholdMax", "0"),
+    Proposed<&R::Rejecter, &R::SetRejecter, &P::Rejecter>("Rejecter", "False", "Reject"),
+    Proposed<&R::BaudRate, &R::SetBaudRate, &P::BaudRate>("BaudRate", "9600", "ScannerBaud"),
+    Proposed<&R::DataBits, &R::SetDataBits, &P::DataBits>("DataBits", "7", "ScannerDataBits"),
+    Proposed<&R::Parity, &R::SetParity, &P::Parity>("Parity", "N", "ScannerParity"),
+    HostsOwn<&R::Port, &R::SetPort>("Port", "1", "ScannerPort"),
+    Proposed<&R::StopBits, &R::SetStopBits, &P::StopBits>("StopBits", "1", "ScannerStopBits"),
+    Proposed<&R::SleepTime, &R::SetSleepTime, &P::SleepTime>("SleepTime", "50"),
+    Proposed<&R::TimeOut, &R::SetTimeOut, &P::TimeOut>("TimeOut", "10"),
+    HostsOwn<&R::Continuous, &R::SetContinuous>("Continuous", "False"),
+    HostsOwn<&R::Windowing, &R::SetWindowing>("Windowing", "False"),
+    LoadedAsBoolean(Proposed<&R::ColorDepth, &R::SetColorDepth, &P::ColorDepth>("ColorDepth", "0")),
+    LoadedAsBoolean(Proposed<&R::Resolution, &R::SetResolution, &P::Resolution>("Resolution", "200")),
+    Unsaved<&R::DuplexForm, &R::SetDuplexForm>("DuplexForm"),
+    Unsaved<&R::RecognitionMode, &R::SetRecognitionMode>("RecognitionMode"),
+    Unsaved<&R::CancelScan, &R::SetCancelScan>("CancelScan"),
+    Unsaved<&R::HelpFile, &R::SetHelpFile>("HelpFile"),
+    Unsaved<&R::Side1Image, &R::SetSide1Image>("Side1Image"),
+    Unsaved<&R::Side2Image, &R::SetSide2Image>("Side2Image"),
+    Unsaved<&R::Side1Coordinates, &R::SetSide1Coordinates>("Side1Coordinates"),
+    Unsaved<&R::Side2Coordinates, &R::SetSide2Coordinates>("Side2Coordinates"),
 };
 
-// Loading assigns the type first, since it re-types the imprinter that "Printer" then sets.
-bool IsLoadedFirst(const Setting& setting) { return setting.name == std::string_view("ScannerType"); }
+auto SavedSettings() {
+  return std::views::filter(kSettings,
+                            [](const EngineSetting& setting) { return setting.savedAs != nullptr; });
+}
+
+const char* TakesText(const EngineSetting& setting) {
+  switch (setting.loadedAsBoolean ? SettingKind::Boolean : setting.kind) {
+    case SettingKind::Boolean:
+      return "True, False or a number";
+    case SettingKind::Whole16:
+      return "a whole number from -32768 to 32767";
+    case SettingKind::Whole32:
+      return "a whole number from -2147483648 to 2147483647";
+    case SettingKind::Single:
+      return "a number within single precision";
+    case SettingKind::Text:
+      break;
+  }
+  return "a text";
+}
+
+SettingValue LoadedValue(const EngineSetting& setting, const std::string& text) {
+  if (setting.loadedAsBoolean) return TextToBoolean(text) ? -1 : 0;
+  switch (setting.kind) {
+    case SettingKind::Boolean:
+      return TextToBoolean(text);
+    case SettingKind::Whole16:
+      return std::int32_t{ToInt16(Val(text))};
+    case SettingKind::Whole32:
+      return ToInt32(Val(text));
+    case SettingKind::Single:
+      return ToSingle(Val(text));
+    case SettingKind::Text:
+      break;
+  }
+  return text;
+}
 
 SettingsStore& Store(const EngineSeams& seams) {
   if (!seams.settings) throw RunTimeError(kErrorNotSupported, "There is no settings store on this system");
@@ -112,14 +192,14 @@ std::string Shown(const std::string& text) {
 }
 
 // The bare error would say neither which setting it is nor what stands there.
-bool AssignOrReport(const Setting& setting, clsTeskReader& reader, const std::string& text) {
-  const auto error = Attempt([&] { setting.assign(reader, text); });
+bool AssignOrReport(const EngineSetting& setting, clsTeskReader& reader, const std::string& text) {
+  const auto error = Attempt([&] { setting.set(reader, LoadedValue(setting, text)); });
   if (!error) return true;
   // Not the text's fault: the object that takes the value is gone.
   if (error->Number() == kErrorObjectNotSet) throw *error;
   std::string message =
       LoadString("The saved setting %1 cannot be used: it takes %2, but its text is \"%3\".");
-  message = Replace(Replace(message, "%1", setting.name), "%2", LoadString(setting.takes));
+  message = Replace(Replace(message, "%1", setting.savedAs), "%2", LoadString(TakesText(setting)));
   ReportError(
       ErrorReport{.number = error->Number(),
                   .source = "clsTeskReader.LoadSettings",
@@ -131,21 +211,32 @@ bool AssignOrReport(const Setting& setting, clsTeskReader& reader, const std::st
 
 }  // namespace
 
-std::vector<std::string> SettingNames() {
-  std::vector<std::string> names;
-  for (const Setting& setting : kSettings) names.emplace_back(setting.name);
-  return names;
+std::span<const EngineSetting> EngineSettings() { return kSettings; }
+
+const EngineSetting& SettingNamed(std::string_view property) {
+  const auto* found = std::ranges::find(kSettings, property, &EngineSetting::name);
+  if (found == std::end(kSettings)) throw InvalidCall();
+  return *found;
 }
 
-std::vector<StoredValue> SettingTexts(const clsTeskReader& reader) {
+std::string SettingText(const SettingValue& value) {
+  if (const auto* boolean = std::get_if<bool>(&value)) return BooleanText(*boolean);
+  if (const auto* number = std::get_if<std::int32_t>(&value)) return NumberText(*number);
+  if (const auto* number = std::get_if<float>(&value)) return NumberText(*number);
+  return std::get<std::string>(value);
+}
+
+std::vector<StoredValue> SavedTexts(const clsTeskReader& reader) {
   std::vector<StoredValue> texts;
-  for (const Setting& setting : kSettings) texts.push_back({setting.name, setting.text(reader)});
+  for (const EngineSetting& setting : SavedSettings()) {
+    texts.push_back({setting.savedAs, SettingText(setting.get(reader))});
+  }
   return texts;
 }
 
-void AssignSetting(clsTeskReader& reader, const StoredValue& value) {
-  for (const Setting& setting : kSettings) {
-    if (setting.name == value.name) return setting.assign(reader, value.text);
+void AssignSaved(clsTeskReader& reader, const StoredValue& value) {
+  for (const EngineSetting& setting : SavedSettings()) {
+    if (setting.savedAs == value.name) return setting.set(reader, LoadedValue(setting, value.text));
   }
   throw InvalidCall();
 }
@@ -154,30 +245,11 @@ bool clsTeskReader::LoadDefaults(teskReaderType type) {
   const auto self = shared_from_this();
   return Guarded("clsTeskReader.LoadDefaults", [&] {
     SetReaderType(type);
-    const auto found = Profile();
+    const auto found = Deref(profiles_).Item(NumberText(type));
     const clsTeskReaderProfile& profile = Deref(found);
-    SetImagingEnabled(profile.ImagingEnabled());
-    SetReaderGrade(profile.ReaderGrade());
-    SetBarcode(profile.Barcode());
-    SetImage(profile.Imaging());
-    SetDuplex(profile.Duplex());
-    SetFeeder(profile.Feeder());
-    SetFlowControl(profile.FlowControl());
-    SetMarkCutOff(profile.MarkCutOff());
-    SetMarkDiscrimination(profile.MarkDiscrimination());
-    Deref(printer_).SetEnabled(profile.Printer());
-    SetErasureThreshold(profile.ErasureThreshold());
-    SetRecognitionThreshold(profile.RecognitionThreshold());
-    SetRecognitionThresholdMax(profile.RecognitionThresholdMaximum());
-    SetRejecter(profile.Rejecter());
-    SetBaudRate(profile.BaudRate());
-    SetDataBits(profile.DataBits());
-    SetParity(profile.Parity());
-    SetStopBits(profile.StopBits());
-    SetSleepTime(profile.SleepTime());
-    SetTimeOut(profile.TimeOut());
-    SetColorDepth(profile.ColorDepth());
-    SetResolution(profile.Resolution());
+    for (const EngineSetting& setting : kSettings) {
+      if (setting.proposed) setting.set(*this, setting.proposed(profile));
+    }
     return true;
   });
 }
@@ -216,20 +288,22 @@ std::optional<std::string> clsTeskReader::LoadValue(teskReaderRegistryKey root, 
 bool clsTeskReader::SaveSettings(teskReaderRegistryKey root, const std::string& subKey) {
   const auto self = shared_from_this();
   return Guarded("clsTeskReader.SaveSettings", [&] {
-    auto values = SettingTexts(*this);
+    auto values = SavedTexts(*this);
     return SaveValues(root, subKey, values);
   });
 }
 
 bool clsTeskReader::LoadSettings(teskReaderRegistryKey root, const std::string& subKey) {
   const auto self = shared_from_this();
-  const auto load = [&](const Setting& setting) {
-    const auto text = LoadValue(root, subKey, setting.name, setting.missing);
+  const auto load = [&](const EngineSetting& setting) {
+    const auto text = LoadValue(root, subKey, setting.savedAs, setting.missing);
     return text && AssignOrReport(setting, *this, *text);
   };
   return Guarded("clsTeskReader.LoadSettings", [&] {
-    return std::ranges::all_of(kSettings, [&](const Setting& s) { return !IsLoadedFirst(s) || load(s); }) &&
-           std::ranges::all_of(kSettings, [&](const Setting& s) { return IsLoadedFirst(s) || load(s); });
+    // The type first, since it re-types the imprinter that "Printer" then sets.
+    return load(SettingNamed("ReaderType")) &&
+           std::ranges::all_of(SavedSettings(),
+                               [&](const EngineSetting& s) { return s.name == "ReaderType" || load(s); });
   });
 }
 

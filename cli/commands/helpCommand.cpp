@@ -9,7 +9,7 @@
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/NearestNames.h"
-#include "cli/engineProperties.h"
+#include "cli/assignments.h"
 #include "cli/settingLimits.h"
 
 namespace tesk::cli {
@@ -18,18 +18,17 @@ namespace {
 constexpr std::string_view kSettings = "settings";
 
 // The limits of a number say more than how long it may be.
-std::string ValuesText(const EngineProperty& property) {
-  const std::string limits = LimitsText(property.name);
-  const bool number =
-      property.takes.starts_with("a whole number") || property.takes.starts_with("a number with");
-  return number && !limits.empty() ? limits : std::string(property.takes);
+std::string ValuesText(const EngineSetting& setting) {
+  const std::string limits = LimitsText(setting.name);
+  const bool number = setting.kind != SettingKind::Boolean && setting.kind != SettingKind::Text;
+  return number && !setting.members && !limits.empty() ? limits : std::string(TakesText(setting));
 }
 
 std::string SettingsText() {
   std::string text = "What --set NAME=VALUE takes; upper and lower case are alike in names and words.\n\n";
-  for (const EngineProperty& property : EngineProperties()) {
-    text +=
-        fmt::format("  {:<24} {}\n  {:<24} {}\n", property.name, property.means, "", ValuesText(property));
+  for (const SettingWords& words : WordsOfSettings()) {
+    text += fmt::format("  {:<24} {}\n  {:<24} {}\n", words.name, words.means, "",
+                        ValuesText(SettingNamed(words.name)));
   }
   return text +
          "\nExample:\n  teskread scan --reader 13 --port 1 --side1 50x48 --set TimeOut=30 --set "

@@ -15,7 +15,7 @@
 #include "cli/EngineSession.h"
 #include "cli/PortChoice.h"
 #include "cli/ReaderChoice.h"
-#include "cli/engineProperties.h"
+#include "cli/assignments.h"
 #include "cli/settingLimits.h"
 #include "cli/settingsKey.h"
 #include "cli/storedSettings.h"

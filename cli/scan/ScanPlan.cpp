@@ -98,7 +98,7 @@ std::string SavedDevice(const ScanPlan& plan) {
 
 bool ScanPlan::Assigns(std::string_view property) const {
   return std::any_of(assignments.begin(), assignments.end(),
-                     [&](const Assignment& assignment) { return assignment.property->name == property; });
+                     [&](const Assignment& assignment) { return assignment.setting->name == property; });
 }
 
 ScanPlan ParseScanOptions(const ScanOptions& options) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cli/PortChoice.h"
-#include "cli/engineProperties.h"
+#include "cli/assignments.h"
 #include "cli/optionValues.h"
 #include "cli/settingsKey.h"
 

@@ -3,12 +3,27 @@
 
 #include <fmt/format.h>
 
+#include "base/conversions.h"
 #include "cli/trace/TraceFile.h"
+#include "engine/settings.h"
 
 namespace tesk::cli {
 namespace {
 
 constexpr std::string_view kNone = "none";
+
+// What decides, beside the form, what goes over the wire.
+constexpr const char* kSettings[] = {"Duplex",
+                                     "DuplexForm",
+                                     "Feeder",
+                                     "Rejecter",
+                                     "ReaderGrade",
+                                     "RecognitionMode",
+                                     "RecognitionThreshold",
+                                     "MarkDiscrimination",
+                                     "TimeOut",
+                                     "SleepTime",
+                                     "Barcode"};
 
 std::string SizesText(const Int16Array& rows, const Int16Array& columns) {
   std::string text;
@@ -63,15 +78,12 @@ std::string_view DisposalText(Disposal disposal) {
 }  // namespace
 
 std::string TraceSettingsText(const clsTeskReader& engine, const ScanPlan& plan) {
-  return fmt::format(
-             "Side1={} Side2={} Duplex={} DuplexForm={} Feeder={} Rejecter={} ReaderGrade={} "
-             "RecognitionMode={} RecognitionThreshold={} MarkDiscrimination={} TimeOut={} SleepTime={} "
-             "Barcode={} Windows={} Barcodes={}",
-             SizesText(engine.Side1Rows(), engine.Side1Cols()),
-             SizesText(engine.Side2Rows(), engine.Side2Cols()), engine.Duplex(), engine.DuplexForm(),
-             engine.Feeder(), engine.Rejecter(), engine.ReaderGrade(), std::int32_t{engine.RecognitionMode()},
-             engine.RecognitionThreshold(), engine.MarkDiscrimination(), engine.TimeOut(), engine.SleepTime(),
-             engine.Barcode(), WindowsText(engine), BarcodesText(engine)) +
+  std::string text = fmt::format("Side1={} Side2={}", SizesText(engine.Side1Rows(), engine.Side1Cols()),
+                                 SizesText(engine.Side2Rows(), engine.Side2Cols()));
+  for (const char* name : kSettings) {
+    text += fmt::format(" {}={}", name, LowerCase(SettingText(SettingNamed(name).get(engine))));
+  }
+  return text + fmt::format(" Windows={} Barcodes={}", WindowsText(engine), BarcodesText(engine)) +
          ImprintText(engine) +
          fmt::format(" Dispose={} MaxSheets={}", DisposalText(plan.disposal), plan.maxSheets);
 }

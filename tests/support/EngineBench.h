@@ -13,6 +13,13 @@
 
 namespace tesk::test {
 
+// "Init Read Close".
+inline std::string Joined(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
 // A dispatch that answers as told and keeps the calls in order.
 class FakeDispatch : public ReaderDispatch {
  public:

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "base/conversions.h"
+#include "engine/settings.h"
 #include "setup/frmOptions.h"
 #include "tests/support/TestBench.h"
 
@@ -75,35 +76,13 @@ struct Dialog : Bench {
   frmOptions form;
 };
 
-// Every setting of the engine that the dialog may touch, as text.
-inline std::map<std::string, std::string> Settings(const clsTeskReader& r) {
-  return {{"ReaderType", NumberText(r.ReaderType())},
-          {"ImagingEnabled", BooleanText(r.ImagingEnabled())},
-          {"ReaderGrade", BooleanText(r.ReaderGrade())},
-          {"Barcode", BooleanText(r.Barcode())},
-          {"Duplex", BooleanText(r.Duplex())},
-          {"Feeder", BooleanText(r.Feeder())},
-          {"Image", BooleanText(r.Image())},
-          {"Printer", BooleanText(r.Printer()->Enabled())},
-          {"Distance", NumberText(r.Printer()->Distance())},
-          {"Rejecter", BooleanText(r.Rejecter())},
-          {"Windowing", BooleanText(r.Windowing())},
-          {"Continuous", BooleanText(r.Continuous())},
-          {"BaudRate", NumberText(r.BaudRate())},
-          {"DataBits", NumberText(r.DataBits())},
-          {"Parity", r.Parity()},
-          {"StopBits", NumberText(r.StopBits())},
-          {"FlowControl", NumberText(r.FlowControl())},
-          {"Port", NumberText(r.Port())},
-          {"SleepTime", NumberText(r.SleepTime())},
-          {"TimeOut", NumberText(r.TimeOut())},
-          {"ColorDepth", NumberText(r.ColorDepth())},
-          {"Resolution", NumberText(r.Resolution())},
-          {"MarkCutOff", NumberText(r.MarkCutOff())},
-          {"MarkDiscrimination", NumberText(r.MarkDiscrimination())},
-          {"RecognitionThreshold", NumberText(r.RecognitionThreshold())},
-          {"ErasureThreshold", NumberText(r.ErasureThreshold())},
-          {"RecognitionThresholdMax", NumberText(r.RecognitionThresholdMax())}};
+// Everything that is set in the engine, as text.
+inline std::map<std::string, std::string> Settings(const clsTeskReader& reader) {
+  std::map<std::string, std::string> texts{{"Distance", NumberText(reader.Printer()->Distance())}};
+  for (const EngineSetting& setting : EngineSettings()) {
+    texts[std::string(setting.name)] = SettingText(setting.get(reader));
+  }
+  return texts;
 }
 
 inline std::vector<std::string> Changed(const std::map<std::string, std::string>& before,

@@ -6,7 +6,7 @@
 #include "cli/NearestNames.h"
 #include "cli/PortChoice.h"
 #include "cli/ReaderChoice.h"
-#include "cli/engineProperties.h"
+#include "cli/assignments.h"
 #include "cli/optionValues.h"
 #include "cli/scan/ScanPlan.h"
 #include "tests/support/TestBench.h"
@@ -239,25 +239,24 @@ TEST_F(CliScanPlan, OptionsThatDoNotFitEachOtherOrTheModelAreRefusedByName) {
     Change change;
     const char* says;
   };
-  for (const Case& misfit : {
-           Case{[](ScanOptions& o) { o.side1.clear(); }, "--side1: is required"},
-           {[](ScanOptions& o) { o.port.clear(); }, "--port: is required"},
-           {[](ScanOptions& o) { o.side2 = "50x48,50x48"; }, "--side2"},
-           {[](ScanOptions& o) { o.imprintPosition = "3"; }, "--imprint-position: goes with --imprint"},
-           {[](ScanOptions& o) {
-              o.imprints = {"a", "b"};
-            },
-            "--imprint"},
-           {[](ScanOptions& o) {
-              o.imprints = {"a", "b", "c", "d"};
-            },
-            "up to 3"},
-           {[](ScanOptions& o) { o.imprints = {"a\rb"}; }, "control characters"},
-           {[](ScanOptions& o) { o.imprints = {"a"}, o.imprintPosition = "136"; }, "0 to 135"},
-           {[](ScanOptions& o) { o.maxSheets = "many"; }, "--max-sheets"},
-           {[](ScanOptions& o) { o.dispose = "shred"; }, "eject, reject, none"},
-           {[](ScanOptions& o) { o.format = "xml"; }, "ndjson, csv, grid"},
-       }) {
+  for (const Case& misfit :
+       {Case{[](ScanOptions& o) { o.side1.clear(); }, "--side1: is required"},
+        {[](ScanOptions& o) { o.port.clear(); }, "--port: is required"},
+        {[](ScanOptions& o) { o.side2 = "50x48,50x48"; }, "--side2"},
+        {[](ScanOptions& o) { o.imprintPosition = "3"; }, "--imprint-position: goes with --imprint"},
+        {[](ScanOptions& o) {
+           o.imprints = {"a", "b"};
+         },
+         "--imprint"},
+        {[](ScanOptions& o) {
+           o.imprints = {"a", "b", "c", "d"};
+         },
+         "up to 3"},
+        {[](ScanOptions& o) { o.imprints = {"a\rb"}; }, "control characters"},
+        {[](ScanOptions& o) { o.imprints = {"a"}, o.imprintPosition = "136"; }, "0 to 135"},
+        {[](ScanOptions& o) { o.maxSheets = "many"; }, "--max-sheets"},
+        {[](ScanOptions& o) { o.dispose = "shred"; }, "eject, reject, none"},
+        {[](ScanOptions& o) { o.format = "xml"; }, "ndjson, csv, grid"}}) {
     auto options = Options();
     misfit.change(options);
     EXPECT_THAT(Configure(options), HasSubstr(misfit.says));
@@ -274,48 +273,45 @@ TEST_F(CliScanPlan, WhatTheModelCannotReadIsRefusedBeforePaperMoves) {
   constexpr auto kScanMark = teskReaderTypeScantronScanMark5500;
   constexpr auto kSekonic = teskReaderTypeScanningSystemsSR607;
   constexpr auto kOpScan = teskReaderTypeNCSOpScan4;
-  for (const Case& c : {
-           Case{kScanMark, [](O& o) { o.side1 = "20x12"; },
-                "--side1: 20x12 does not fit: the Scantron Scanmark 5500 "
-                "reads pages of 48 columns; write 20x48"},
-           {kScanMark, [](O& o) { o.side1 = "50x48,40x49"; }, "40x49"},
-           {kScanMark, [](O& o) { o.side1 = "50x48,0x1"; }, ""},
-           {kScanMark, [](O& o) { o.side1 = "9999x48"; }, ""},
-           {kScanMark, [](O& o) { o.side1 = o.side2 = "50x48,40x48"; }, "the same number of rows"},
-           {kScanMark, [](O& o) { o.side1 = "50x48,50x48,40x48", o.side2 = "50x48,40x48,0x48"; }, ""},
-           {kScanMark, [](O& o) { o.side2 = "50x47"; }, "--side2: 50x47 does not fit"},
-           {kScanMark, [](O& o) { o.side1 = "20x12", o.windows = {"1,20,1,1,12,1,1,0"}; }, ""},
-           {kScanMark, [](O& o) { o.side1 = "20x49", o.windows = {"1,20,1,1,12,1,1,0"}; },
-            "at most 48 columns"},
-           {kScanMark, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
-           {kScanMark, [](O& o) { o.assignments = {"RecognitionMode=2"}; }, "--window: is required"},
-           {kScanMark, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, "reads no barcodes"},
-           {teskReaderTypeScantron8000, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; },
-            "reads whole pages only"},
-           {kSekonic, [](O& o) { o.side1 = "999x48"; }, ""},
-           {kSekonic, [](O& o) { o.side1 = "1000x48"; }, "at most 999 rows"},
-           {kSekonic, [](O& o) { o.side1 = "20x12"; }, ""},
-           {teskReaderTypeSekonicSR430, [](O& o) { o.side1 = "20x13"; }, "at most 12 columns"},
-           {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x14"; }, ""},
-           {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "501x14"; }, "at most 500 rows"},
-           {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x15"; }, "at most 14 columns"},
-           {kOpScan, [](O& o) { o.side1 = "150x48"; }, ""},
-           {kOpScan, [](O& o) { o.side1 = "151x48"; }, "at most 150 rows"},
-           {kOpScan,
-            [](O& o) {
-              o.assignments = {"Duplex=True", "DuplexForm=True"};
-            },
-            ""},
-           {kSekonic, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
-           {kOpScan, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; }, "reads whole pages only"},
-           {teskReaderTypeSekonicSR3500, [](O& o) { o.side1 = "201x48"; }, "at most 200 rows"},
-           {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, ""},
-           {kOpScan, [](O& o) { o.barcodes = {"3,1,30,8,2,1"}; }, "Page 3 is no side"},
-           {kOpScan, [](O& o) { o.barcodes = {"1,1,-1,8,2,1"}; }, "are 0 or more"},
-           {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,24,1"}; }, "\"24\" is none of"},
-           {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,3"}; }, "\"3\" is none of"},
-           {kSekonic, [](O& o) { o.barcodes.assign(9, "1,1,30,8,2,1"); }, "at most 8 barcodes, 9 were given"},
-       }) {
+  for (const Case& c :
+       {Case{kScanMark, [](O& o) { o.side1 = "20x12"; },
+             "--side1: 20x12 does not fit: the Scantron Scanmark 5500 "
+             "reads pages of 48 columns; write 20x48"},
+        {kScanMark, [](O& o) { o.side1 = "50x48,40x49"; }, "40x49"},
+        {kScanMark, [](O& o) { o.side1 = "50x48,0x1"; }, ""},
+        {kScanMark, [](O& o) { o.side1 = "9999x48"; }, ""},
+        {kScanMark, [](O& o) { o.side1 = o.side2 = "50x48,40x48"; }, "the same number of rows"},
+        {kScanMark, [](O& o) { o.side1 = "50x48,50x48,40x48", o.side2 = "50x48,40x48,0x48"; }, ""},
+        {kScanMark, [](O& o) { o.side2 = "50x47"; }, "--side2: 50x47 does not fit"},
+        {kScanMark, [](O& o) { o.side1 = "20x12", o.windows = {"1,20,1,1,12,1,1,0"}; }, ""},
+        {kScanMark, [](O& o) { o.side1 = "20x49", o.windows = {"1,20,1,1,12,1,1,0"}; }, "at most 48 columns"},
+        {kScanMark, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
+        {kScanMark, [](O& o) { o.assignments = {"RecognitionMode=2"}; }, "--window: is required"},
+        {kScanMark, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, "reads no barcodes"},
+        {teskReaderTypeScantron8000, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; }, "reads whole pages only"},
+        {kSekonic, [](O& o) { o.side1 = "999x48"; }, ""},
+        {kSekonic, [](O& o) { o.side1 = "1000x48"; }, "at most 999 rows"},
+        {kSekonic, [](O& o) { o.side1 = "20x12"; }, ""},
+        {teskReaderTypeSekonicSR430, [](O& o) { o.side1 = "20x13"; }, "at most 12 columns"},
+        {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x14"; }, ""},
+        {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "501x14"; }, "at most 500 rows"},
+        {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x15"; }, "at most 14 columns"},
+        {kOpScan, [](O& o) { o.side1 = "150x48"; }, ""},
+        {kOpScan, [](O& o) { o.side1 = "151x48"; }, "at most 150 rows"},
+        {kOpScan,
+         [](O& o) {
+           o.assignments = {"Duplex=True", "DuplexForm=True"};
+         },
+         ""},
+        {kSekonic, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
+        {kOpScan, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; }, "reads whole pages only"},
+        {teskReaderTypeSekonicSR3500, [](O& o) { o.side1 = "201x48"; }, "at most 200 rows"},
+        {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, ""},
+        {kOpScan, [](O& o) { o.barcodes = {"3,1,30,8,2,1"}; }, "Page 3 is no side"},
+        {kOpScan, [](O& o) { o.barcodes = {"1,1,-1,8,2,1"}; }, "are 0 or more"},
+        {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,24,1"}; }, "\"24\" is none of"},
+        {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,3"}; }, "\"3\" is none of"},
+        {kSekonic, [](O& o) { o.barcodes.assign(9, "1,1,30,8,2,1"); }, "at most 8 barcodes, 9 were given"}}) {
     auto options = Options(c.reader);
     c.change(options);
     const std::string error = Configure(options);

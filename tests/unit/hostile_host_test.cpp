@@ -14,7 +14,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Names = std::vector<std::string>;
 
 TEST_F(EngineTest, CallsIntoTheWaitTouchNoWire) {
   std::int32_t count = 0;
@@ -75,12 +74,12 @@ class Diary : public ReaderEvents {
   void BeforePrint(bool&) override { Note("BeforePrint", reader_.Side1TimingMarks()); }
   void AfterSheet(bool&) override { Note("After", reader_.Side1TimingMarks()); }
 
-  Names entries;
+  std::vector<std::string> entries;
   std::map<std::string, std::function<void()>> once;  // by entry: what the host does there the first time
 
  private:
   void Note(const std::string& event, std::int16_t sheet, const std::optional<std::string>& text = {}) {
-    const std::string entry = sheet == 0 ? event : event + " " + std::to_string(sheet);
+    const std::string entry = sheet == 0 ? event : event + std::to_string(sheet);
     entries.push_back(entry);
     if (sheet != 0) {
       EXPECT_EQ(text.value_or(std::to_string(sheet)), std::to_string(sheet)) << entry;
@@ -107,59 +106,45 @@ class Nested : public EngineTest {
   Diary diary{*reader};
 };
 
-struct NestedCase {
-  const char* at;
-  Names entries;
-  Names calls;  // the inner sheet is read without its imprint; the outer one is out of the imprinter's reach
-};
-
-class NestedRead : public Nested, public ::testing::WithParamInterface<NestedCase> {};
-
-TEST_P(NestedRead, GivesEachSheetOnceWithItsOwnResults) {
-  ASSERT_TRUE(reader->StartReader());
-  diary.once[GetParam().at] = [&] { EXPECT_TRUE(reader->ReadPage(false)); };
-  EXPECT_TRUE(reader->ReadPage(true));
-  EXPECT_EQ(diary.entries, GetParam().entries);
-  EXPECT_EQ(dispatch->calls, GetParam().calls);
+// The inner sheet is read without its imprint; the outer one is out of the imprinter's reach.
+TEST_F(Nested, ReadGivesEachSheetOnceWithItsOwnResults) {
+  const struct {
+    const char *at, *entries, *calls;
+  } kCases[] = {
+      {"Before", "Before Before Preprocess1 Read1 After1 Preprocess2 Read2 BeforePrint2 After2",
+       "Init Read Read Print"},
+      {"Preprocess1", "Before Preprocess1 Before Preprocess2 Read2 After2 Read1 After1", "Init Read Read"},
+      {"Read1", "Before Preprocess1 Read1 Before Preprocess2 Read2 After2 After1", "Init Read Read"},
+      {"BeforePrint1", "Before Preprocess1 Read1 BeforePrint1 Before Preprocess2 Read2 After2 After1",
+       "Init Read Read"},
+      {"After1", "Before Preprocess1 Read1 BeforePrint1 After1 Before Preprocess2 Read2 After2",
+       "Init Read Print Read"}};
+  for (const auto& [at, entries, calls] : kCases) {
+    dispatch->calls.clear();
+    dispatch->fed = 0;
+    diary.entries.clear();
+    ASSERT_TRUE(reader->StartReader());
+    diary.once[at] = [&] { EXPECT_TRUE(reader->ReadPage(false)); };
+    EXPECT_TRUE(reader->ReadPage(true));
+    EXPECT_EQ(Joined(diary.entries), entries);
+    EXPECT_EQ(Joined(dispatch->calls), calls);
+    EXPECT_TRUE(reader->EndReader());
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    All, NestedRead,
-    ::testing::Values(NestedCase{"Before",
-                                 {"Before", "Before", "Preprocess 1", "Read 1", "After 1", "Preprocess 2",
-                                  "Read 2", "BeforePrint 2", "After 2"},
-                                 {"Init", "Read", "Read", "Print"}},
-                      NestedCase{"Preprocess 1",
-                                 {"Before", "Preprocess 1", "Before", "Preprocess 2", "Read 2", "After 2",
-                                  "Read 1", "After 1"},
-                                 {"Init", "Read", "Read"}},
-                      NestedCase{"Read 1",
-                                 {"Before", "Preprocess 1", "Read 1", "Before", "Preprocess 2", "Read 2",
-                                  "After 2", "After 1"},
-                                 {"Init", "Read", "Read"}},
-                      NestedCase{"BeforePrint 1",
-                                 {"Before", "Preprocess 1", "Read 1", "BeforePrint 1", "Before",
-                                  "Preprocess 2", "Read 2", "After 2", "After 1"},
-                                 {"Init", "Read", "Read"}},
-                      NestedCase{"After 1",
-                                 {"Before", "Preprocess 1", "Read 1", "BeforePrint 1", "After 1", "Before",
-                                  "Preprocess 2", "Read 2", "After 2"},
-                                 {"Init", "Read", "Print", "Read"}}),
-    [](const auto& info) { return "Case" + std::to_string(info.index); });
 
 TEST_F(Nested, ReadThatFailsLeavesTheOuterSheetAndItsImprintAlone) {
   dispatch->sheets = 1;
   ASSERT_TRUE(reader->StartReader());
   dispatch->onRead = [](clsTeskReader& r) { r.SetSide1TimingMarks(-1); };
-  diary.once["Preprocess 1"] = [&] {
+  diary.once["Preprocess1"] = [&] {
     EXPECT_FALSE(reader->ReadPage(false));
     EXPECT_EQ(reader->Side1TimingMarks(), 1) << "the marks are the outer sheet's, and so is their count";
     reader->RejectPage();
   };
-  diary.once["After 1"] = [&] { reader->EjectPage(); };
+  diary.once["After1"] = [&] { reader->EjectPage(); };
   EXPECT_TRUE(reader->ReadPage(true));
-  EXPECT_EQ(diary.entries, (Names{"Before", "Preprocess 1", "Before", "Read 1", "BeforePrint 1", "After 1"}));
-  EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read", "Read", "Reject", "Print"));
+  EXPECT_EQ(Joined(diary.entries), "Before Preprocess1 Before Read1 BeforePrint1 After1");
+  EXPECT_EQ(Joined(dispatch->calls), "Init Read Read Reject Print");
   EXPECT_TRUE(reader->CancelScan());
 }
 
@@ -169,7 +154,7 @@ TEST_F(Nested, SheetIsDisposedOfByItsOwnFlagAlone) {
     dispatch->calls.clear();
     dispatch->fed = 0;
     int ended = 0;
-    diary.once["Read 1"] = [&] {
+    diary.once["Read1"] = [&] {
       EXPECT_TRUE(reader->ReadPage());
       if (hostEjects) reader->EjectPage();
     };
@@ -179,13 +164,13 @@ TEST_F(Nested, SheetIsDisposedOfByItsOwnFlagAlone) {
     };
     std::int32_t count = 0;
     EXPECT_TRUE(reader->ReadBatch(false, 1, count));
-    EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read", "Read", "Eject", "Close")) << hostEjects;
+    EXPECT_EQ(Joined(dispatch->calls), "Init Read Read Eject Close") << hostEjects;
   }
 }
 
 TEST_F(Nested, CancelThatAfterSheetDoesNotTakeBackStands) {
   ASSERT_TRUE(reader->StartReader());
-  diary.once["After 1"] = [&] { reader->SetCancelScan(true); };
+  diary.once["After1"] = [&] { reader->SetCancelScan(true); };
   EXPECT_TRUE(reader->ReadPage());
   EXPECT_TRUE(reader->CancelScan());
 }
@@ -193,11 +178,11 @@ TEST_F(Nested, CancelThatAfterSheetDoesNotTakeBackStands) {
 // ---- Ending in the middle of a batch
 
 TEST_F(Nested, EndReaderInAnyEventEndsTheBatchAndTouchesTheWireNoMore) {
-  const std::pair<const char*, Names> cases[] = {{"Before", {"Init", "Close"}},
-                                                 {"Preprocess 1", {"Init", "Read", "Close"}},
-                                                 {"Read 1", {"Init", "Read", "Close"}},
-                                                 {"BeforePrint 1", {"Init", "Read", "Close"}},
-                                                 {"After 1", {"Init", "Read", "Print", "Close"}}};
+  const std::pair<const char*, const char*> cases[] = {{"Before", "Init Close"},
+                                                       {"Preprocess1", "Init Read Close"},
+                                                       {"Read1", "Init Read Close"},
+                                                       {"BeforePrint1", "Init Read Close"},
+                                                       {"After1", "Init Read Print Close"}};
   for (const auto& [at, calls] : cases) {
     dispatch->calls.clear();
     dispatch->fed = 0;
@@ -205,7 +190,7 @@ TEST_F(Nested, EndReaderInAnyEventEndsTheBatchAndTouchesTheWireNoMore) {
     diary.once[at] = [&] { EXPECT_TRUE(reader->EndReader()); };
     std::int32_t count = 0;
     EXPECT_TRUE(reader->ReadBatch(true, -1, count)) << at;
-    EXPECT_EQ(dispatch->calls, calls) << at;
+    EXPECT_EQ(Joined(dispatch->calls), calls) << at;
     EXPECT_EQ(count, 1) << at;
     EXPECT_TRUE(reader->CancelScan()) << at;
   }
@@ -213,13 +198,13 @@ TEST_F(Nested, EndReaderInAnyEventEndsTheBatchAndTouchesTheWireNoMore) {
 }
 
 TEST_F(Nested, BatchGoesOnWithAReaderThatWasStartedAgain) {
-  diary.once["After 1"] = [&] {
+  diary.once["After1"] = [&] {
     EXPECT_TRUE(reader->EndReader());
     EXPECT_TRUE(reader->StartReader());
   };
   std::int32_t count = 0;
   EXPECT_TRUE(reader->ReadBatch(false, 2, count));
-  EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read", "Close", "Init", "Read", "Eject", "Close"));
+  EXPECT_EQ(Joined(dispatch->calls), "Init Read Close Init Read Eject Close");
 }
 
 TEST_F(EngineTest, CountIsTheHostsOwnWhileTheBatchRuns) {
@@ -244,15 +229,10 @@ TEST_F(EngineTest, LastReferenceMayBeReleasedWhereverAHostIsCalled) {
       {"LoadDefaults", [](clsTeskReader& r) { r.LoadDefaults(teskReaderTypeDatawinHemeraC); }},
       {"LoadSettings", [](clsTeskReader& r) { r.LoadSettings(teskReaderRegistryKeyCurrentUser, "A"); }},
       {"SaveSettings", [](clsTeskReader& r) { r.SaveSettings(teskReaderRegistryKeyCurrentUser, "A"); }},
-      {"ReaderType",
-       [](clsTeskReader& r) {
-         r.SetPrinter(nullptr);
-         r.SetReaderType(teskReaderTypeNCSOpScan2);
-       }},
+      {"ReaderType", [](clsTeskReader& r) { r.SetPrinter(nullptr), r.SetReaderType(teskReaderTypeNone); }},
       {"HelpID", [](clsTeskReader& r) { r.HelpID(static_cast<teskReaderHelpID>(7)); }},
       {"SetHelpID", [](clsTeskReader& r) { r.SetHelpID(static_cast<teskReaderHelpID>(7), 1); }},
-      {"ShowOptions", [](clsTeskReader& r) { r.ShowOptions(); }},
-  };
+      {"ShowOptions", [](clsTeskReader& r) { r.ShowOptions(); }}};
   for (const auto& [name, call] : calls) {
     auto only = NewReader();
     const std::weak_ptr<clsTeskReader> watch = only;

@@ -128,16 +128,14 @@ TEST(PosixSerialLine, ParityStopBitsAndHandshakingReachTheDevice) {
     tcflag_t control;  // of PARODD, CMSPAR, CSTOPB, CRTSCTS; a pseudo-terminal drops PARENB and CSIZE
     tcflag_t input;    // of IXON, IXOFF
   };
-  const Case cases[] = {
-      {Settings(9600, 'N', 8, 1), 0, 0},
-      {Settings(1200, 'E', 7, 1), 0, 0},
-      {Settings(1200, 'O', 7, 2), PARODD | CSTOPB, 0},
-      {Settings(1200, 'M', 6, 1), PARODD | CMSPAR, 0},
-      {Settings(1200, 'S', 5, 1.5F), CMSPAR | CSTOPB, 0},
-      {Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff), 0, IXON | IXOFF},
-      {Settings(9600, 'N', 8, 1, teskReaderFlowControlHardware), CRTSCTS, 0},
-      {Settings(9600, 'N', 8, 1, teskReaderFlowControlBoth), CRTSCTS, IXON | IXOFF},
-  };
+  const Case cases[] = {{Settings(9600, 'N', 8, 1), 0, 0},
+                        {Settings(1200, 'E', 7, 1), 0, 0},
+                        {Settings(1200, 'O', 7, 2), PARODD | CSTOPB, 0},
+                        {Settings(1200, 'M', 6, 1), PARODD | CMSPAR, 0},
+                        {Settings(1200, 'S', 5, 1.5F), CMSPAR | CSTOPB, 0},
+                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff), 0, IXON | IXOFF},
+                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlHardware), CRTSCTS, 0},
+                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlBoth), CRTSCTS, IXON | IXOFF}};
   const auto terminal = CreatePseudoTerminal();
   for (const auto& [settings, control, input] : cases) {
     const auto line = OpenPath(terminal->DevicePath(), settings);
@@ -155,14 +153,12 @@ TEST(PosixSerialLine, RefusesSettingsThatNoLineCanDoAndNamesThem) {
     LineSettings settings;
     const char* named;
   };
-  const Case cases[] = {
-      {Settings(9600, 'N', 4, 1), "4 data bits"},
-      {Settings(9600, 'N', 8, 1.5F), "1.5 stop bits with 8 data bits"},
-      {Settings(9600, 'N', 5, 2), "2 stop bits with 5 data bits"},
-      {Settings(9600, 'X', 8, 1), "parity \"X\""},
-      {Settings(0, 'N', 8, 1), "0 bits per second"},
-      {Settings(9600, 'N', 8, 1, static_cast<teskReaderFlowControl>(4)), "handshaking 4"},
-  };
+  const Case cases[] = {{Settings(9600, 'N', 4, 1), "4 data bits"},
+                        {Settings(9600, 'N', 8, 1.5F), "1.5 stop bits with 8 data bits"},
+                        {Settings(9600, 'N', 5, 2), "2 stop bits with 5 data bits"},
+                        {Settings(9600, 'X', 8, 1), "parity \"X\""},
+                        {Settings(0, 'N', 8, 1), "0 bits per second"},
+                        {Settings(9600, 'N', 8, 1, static_cast<teskReaderFlowControl>(4)), "handshaking 4"}};
   const auto terminal = CreatePseudoTerminal();
   const termios2 before = ModesOf(terminal->DevicePath());
   for (const auto& [settings, named] : cases) {
@@ -210,8 +206,7 @@ TEST(PosixSerialLine, ADeviceThatCannotBeOpenedIsExplained) {
       {folder.File("plain"), "not a serial port", "mode -rw"},
       {folder.File("fifo"), "not a serial port", "mode ?rw-------"},
       {folder.File(""), "not a serial port", "mode drwx------"},
-      {"/dev/null", "not a serial port (Inappropriate ioctl", "user root, group root, mode crw-rw-rw-"},
-  };
+      {"/dev/null", "not a serial port (Inappropriate ioctl", "user root, group root, mode crw-rw-rw-"}};
   for (const auto& [path, reason, owner] : cases) {
     const auto error = ErrorOf([&p = path] { OpenPath(p); });
     ASSERT_TRUE(error) << path;

@@ -55,15 +55,13 @@ TEST_F(Registry, WhatOthersWroteIsReadByTheRules) {
   ASSERT_NE(Add("Large", "REG_DWORD", "258"), "");
   ASSERT_NE(Add("Binary", "REG_BINARY", "010203"), "");
   ASSERT_NE(Add("Long", "REG_SZ", std::string(1500, 'x')), "");
-  const std::pair<const char*, std::optional<std::string>> kValues[] = {
-      {"Text", "E"},
-      {"Small", "7"},
-      {"Zero", ""},
-      {"Large", "18"},
-      {"Binary", std::nullopt},
-      {"Long", std::nullopt},
-      {"Missing", std::nullopt},
-  };
+  const std::pair<const char*, std::optional<std::string>> kValues[] = {{"Text", "E"},
+                                                                        {"Small", "7"},
+                                                                        {"Zero", ""},
+                                                                        {"Large", "18"},
+                                                                        {"Binary", std::nullopt},
+                                                                        {"Long", std::nullopt},
+                                                                        {"Missing", std::nullopt}};
   for (const auto& [name, text] : kValues) EXPECT_EQ(store->LoadValue(kRoot, kKey, name), text) << name;
   EXPECT_THAT(store->LoadValue(kRoot, kKey, "Expandable").value_or("missing"), HasSubstr("%b"));
 }

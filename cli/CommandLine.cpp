@@ -106,14 +106,22 @@ void RequireValuesBehindSigns(int argc, const char* const* argv) {
 }
 
 // An empty value says nothing, but looks as if the option were not there. An imprint may have an empty line.
-void RequireValues(const CLI::App& command) {
-  for (const CLI::Option* option : command.get_options()) {
-    const auto& values = option->results();
-    const bool empty = std::ranges::any_of(values, [](const std::string& value) { return value.empty(); });
-    if (!empty || option->get_type_size() == 0 || option->get_name() == "--imprint") continue;
-    throw UsageError(fmt::format("{0}: takes a value, not an empty text|{0} {1}: {2}", option->get_name(),
-                                 option->get_type_name(), MessageLines(option->get_description())));
+void RefuseEmptyValues(CLI::App& app) {
+  const auto refuse = [](const std::string& text) {
+    return text.empty() ? "takes a value, not an empty text" : "";
+  };
+  for (CLI::Option* option : app.get_options()) {
+    if (option->get_type_size() != 0 && option->get_name() != "--imprint") option->check(refuse);
   }
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    RefuseEmptyValues(*command);
+}
+
+// Whether the command line asks for help, which it gets whatever else is wrong with it.
+bool AsksForHelp(const CLI::App& app) {
+  return app.get_help_ptr()->count() > 0 ||
+         std::ranges::any_of(app.get_subcommands(),
+                             [](const CLI::App* command) { return AsksForHelp(*command); });
 }
 
 // The status of a command line that asks for nothing but help or the version; empty for any other.
@@ -121,7 +129,6 @@ std::optional<int> Parse(CLI::App& app, int argc, const char* const* argv, Progr
   RequireValuesBehindSigns(argc, argv);
   try {
     app.parse(argc, argv);
-    RequireValues(ChosenCommand(app));
   } catch (const CLI::CallForHelp&) {
     program.output->Write(app.help());
     return kStatusDone;
@@ -130,6 +137,10 @@ std::optional<int> Parse(CLI::App& app, int argc, const char* const* argv, Progr
     return kStatusDone;
   } catch (const CLI::ParseError& error) {
     throw UsageError(ParseErrorText(app, error));
+  } catch (const std::runtime_error&) {
+    if (!AsksForHelp(app)) throw;
+    program.output->Write(app.help());
+    return kStatusDone;
   }
   return std::nullopt;
 }
@@ -186,6 +197,7 @@ int RunCommandLine(int argc, const char* const* argv) {
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
     for (const auto add : kCommands) add(app, program);
+    RefuseEmptyValues(app);
     // Last: commands take over what is there when they are added.
     app.footer(std::string(kFooter));
     return Run(app, argc, argv, program);

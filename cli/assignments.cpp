@@ -11,7 +11,7 @@
 #include "base/conversions.h"
 #include "cli/CommandError.h"
 #include "cli/NearestNames.h"
-#include "cli/optionValues.h"
+#include "cli/values.h"
 
 namespace tesk::cli {
 namespace {

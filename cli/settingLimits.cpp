@@ -11,7 +11,7 @@
 #include "base/conversions.h"
 #include "base/readerNames.h"
 #include "cli/CommandError.h"
-#include "cli/optionValues.h"
+#include "cli/values.h"
 #include "setup/optionControls.h"
 
 namespace tesk::cli {

@@ -3,33 +3,21 @@
 
 #include <string>
 
-#include "base/enumerations.h"
+#include <CLI/CLI.hpp>
 
-namespace CLI {
-class App;
-}  // namespace CLI
+#include "base/enumerations.h"
 
 namespace tesk::cli {
 
-struct SettingsKeyOptions {
-  std::string key;
-  std::string root;
-};
-
 struct SettingsKey {
   teskReaderRegistryKey root = teskReaderRegistryKeyCurrentUser;
-  std::string path;
+  std::string path;  // empty: none
 };
 
-void AddSettingsRootOption(CLI::App& command, SettingsKeyOptions& options);
-void AddSettingsKeyOptions(CLI::App& command, SettingsKeyOptions& options, bool required);
+void AddSettingsRootOption(CLI::App& command, SettingsKey& key);
+void AddSettingsKeyOptions(CLI::App& command, SettingsKey& key, bool required);
 
 // A text as a shell takes it for one word; backslashes and blanks survive.
 std::string ShellWord(const std::string& text);
-
-// Throws UsageError where --root names no root of the store, or --key nothing.
-SettingsKey ParseSettingsKey(const SettingsKeyOptions& options);
-// Empty: CurrentUser.
-teskReaderRegistryKey ParseSettingsRoot(const std::string& name);
 
 }  // namespace tesk::cli

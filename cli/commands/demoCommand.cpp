@@ -16,18 +16,18 @@
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/ReaderChoice.h"
+#include "cli/options.h"
 #include "cli/scan/GridText.h"
 #include "cli/scan/ScanRun.h"
 #include "cli/simulated/SimulatedScanner.h"
-#include "cli/simulated/SimulatedSerial.h"
 #include "profiles/catalogue.h"
 
 namespace tesk::cli {
 namespace {
 
 struct DemoOptions {
-  std::string reader = "15";
-  std::string sheets = "3";
+  teskReaderType reader = teskReaderTypeScantronScanMark5500;
+  std::int32_t sheets = 3;
   bool paced = false;
 };
 
@@ -203,18 +203,14 @@ std::string SummaryText(std::size_t good, std::size_t all) {
 }
 
 int RunDemo(const DemoOptions& options, Program& program) {
-  constexpr std::int32_t kMostSheets = 1000;
-  const teskReaderType reader = ParseReader(options.reader);
-  const std::int32_t count = ParseWholeNumber("--sheets", options.sheets, 1, kMostSheets);
-  RequireDriver(reader);
-  RequireLineSimulator(reader);
+  const teskReaderType reader = options.reader;
   platform::InstallInterruptHandler();
-  const auto stock = DemoStock(reader, count);
+  const auto stock = DemoStock(reader, options.sheets);
   DemoScanner scanner(reader, stock, options.paced);
   program.output->Write(fmt::format("A simulated {} listens on {}.\n", ReaderName(reader), scanner.Place()));
   DemoJudge judge(stock, program);
-  const BatchReport report =
-      RunScan(DemoPlan(reader, stock.front().side1, count), scanner.Serial(), program.console, judge);
+  const BatchReport report = RunScan(DemoPlan(reader, stock.front().side1, options.sheets), scanner.Serial(),
+                                     program.console, judge);
   const auto troubles = scanner.Troubles();
   for (const auto& trouble : troubles) program.console->Message("teskread demo", "the scanner: " + trouble);
   program.output->Write(SummaryText(judge.Good(), stock.size()));
@@ -228,14 +224,20 @@ int RunDemo(const DemoOptions& options, Program& program) {
 void AddDemoCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<DemoOptions>();
   CLI::App* command = app.add_subcommand("demo", "Reads sheets from a simulated scanner, no hardware needed");
-  command
-      ->add_option("--reader", options->reader,
-                   Explain("the scanner model: its number or name in the list of models (15)", "--reader 13"))
-      ->type_name("R");
-  command->add_option("--sheets", options->sheets, Explain("how many sheets are read (3)", "--sheets 5"))
-      ->type_name("N");
-  command->add_flag("--paced", options->paced,
-                    Explain("as slow as the scanner's line would be", "teskread demo --paced"));
+  const auto readReader = [](const std::string& text) {
+    const teskReaderType reader = ParseReader(text);
+    RequireDriver(reader);
+    RequireLineSimulator(reader);
+    return reader;
+  };
+  AddOption(
+      *command,
+      {"--reader", "R", "the scanner model: its number or name in the list of models (15)", "--reader 13"},
+      options->reader, readReader);
+  AddOption(*command, {"--sheets", "N", "how many sheets are read (3)", "--sheets 5"}, options->sheets,
+            WholeFrom<std::int32_t>(1, 1000));
+  AddFlag(*command, {"--paced", "", "as slow as the scanner's line would be", "teskread demo --paced"},
+          options->paced);
   command->footer("The last line says how many sheets were read and how many lost.");
   command->callback(
       [options, &program] { program.run = [options, &program] { return RunDemo(*options, program); }; });

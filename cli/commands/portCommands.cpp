@@ -15,10 +15,9 @@
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/EngineSession.h"
-#include "cli/PortChoice.h"
 #include "cli/ReaderChoice.h"
-#include "cli/optionValues.h"
-#include "cli/simulated/SimulatedSerial.h"
+#include "cli/options.h"
+#include "cli/simulated/SimulatedScanner.h"
 #include "platform/Platform.h"
 #include "platform/SerialPorts.h"
 #include "profiles/catalogue.h"
@@ -27,20 +26,30 @@
 namespace tesk::cli {
 namespace {
 
+// A port that the search asks, as the operator knows it.
+struct Asked {
+  std::string name;  // "3" or a device path; what is printed when a scanner answers there
+  std::string device;
+};
+
 struct PortOptions {
-  std::string reader;
-  std::string port;
-  std::string start;
-  std::vector<std::string> ports;  // locate
+  teskReaderType reader = teskReaderTypeNone;
+  PortChoice port;
+  std::int16_t start = 0;
+  std::vector<Asked> ports;  // locate
 };
 
 void AddReaderOption(CLI::App& command, PortOptions& options) {
-  command
-      .add_option("--reader", options.reader,
-                  Explain("the scanner model: its number or name in the list of models (teskread readers)",
-                          "--reader 20"))
-      ->type_name("R")
-      ->required();
+  const auto read = [](const std::string& text) {
+    const teskReaderType reader = ParseReader(text);
+    RequireSystem(reader);
+    return reader;
+  };
+  AddOption(command,
+            {"--reader", "R",
+             "the scanner model: its number or name in the list of models (teskread readers)", "--reader 20"},
+            options.reader, read)
+      .required();
 }
 
 bool ProfileOffers(clsTeskReader& engine, bool (clsTeskReaderProfile::*offers)() const) {
@@ -54,12 +63,6 @@ int NotFound(int messages, Program& program, const char* title, const std::strin
   if (messages == 0) program.console->Message(title, text);
   return kStatusFailed;
 }
-
-// A port that the search asks, as the operator knows it.
-struct Asked {
-  std::string name;  // "3" or a device path; what is printed when a scanner answers there
-  std::string device;
-};
 
 // What stands behind the ports of one search, 1 to 16 at most; the others are not there. Keeps why a port could
 // not be opened, since a search goes on without a word.
@@ -137,17 +140,14 @@ std::vector<Asked> OtherPorts() {
   return others;
 }
 
-std::vector<Asked> ChosenPorts(const std::vector<std::string>& texts) {
-  std::vector<Asked> chosen;
-  for (const std::string& text : texts) {
-    const PortChoice port = ParsePort(text);
-    if (port.kind == PortChoice::Kind::Simulated) {
-      throw UsageError("--port: sim cannot be searched|give the path that \"teskread simulate\" prints");
-    }
-    const bool numbered = port.kind == PortChoice::Kind::Number;
-    chosen.push_back({text, numbered ? platform::DeviceOfPort(port.number) : port.device});
+Asked ReadAsked(std::string_view option, const std::string& text) {
+  const PortChoice port = ParsePort(option, text);
+  if (port.kind == PortChoice::Kind::Simulated) {
+    throw UsageError(
+        fmt::format("{}: sim cannot be searched|give the path that \"teskread simulate\" prints", option));
   }
-  return chosen;
+  const bool numbered = port.kind == PortChoice::Kind::Number;
+  return {text, numbered ? platform::DeviceOfPort(port.number) : port.device};
 }
 
 void TellUnopened(const SearchedPorts& ports, Console& console) {
@@ -178,31 +178,30 @@ void RequireLocatable(teskReaderType type) {
                   ReaderName(type), std::int32_t{type}));
 }
 
-int Locate(const PortOptions& options, Program& program) {
-  const teskReaderType type = ParseReader(options.reader);
-  RequireSystem(type);
-  RequireLocatable(type);
-  const std::int32_t start =
-      options.start.empty() ? 0 : ParseWholeNumber("--start", options.start, 0, kLastPort);
-  if (!options.ports.empty() && start != 0) {
-    throw UsageError("--start: goes with the ports 1 to 16, not with --port, whose order is the search's");
-  }
-  const bool chosen = !options.ports.empty();
-  auto others = chosen ? ChosenPorts(options.ports) : OtherPorts();
-  int messages = 0;
-  if (!chosen && Search(type, NumberedPorts(), static_cast<std::int16_t>(start), messages, program)) {
-    return kStatusDone;
-  }
+// The other ports in searches of as many as an engine has; true where a scanner answered.
+bool SearchOthers(teskReaderType type, const std::vector<Asked>& others, int& messages, Program& program) {
   for (std::size_t first = 0; first < others.size() && !platform::Interrupted(); first += kLastPort) {
     const auto begin = others.begin() + static_cast<std::ptrdiff_t>(first);
     const auto end = begin + std::min<std::ptrdiff_t>(others.end() - begin, kLastPort);
-    if (Search(type, std::vector<Asked>(begin, end), 0, messages, program)) return kStatusDone;
+    if (Search(type, std::vector<Asked>(begin, end), 0, messages, program)) return true;
   }
+  return false;
+}
+
+int Locate(const PortOptions& options, Program& program) {
+  const teskReaderType type = options.reader;
+  RequireLocatable(type);
+  const bool chosen = !options.ports.empty();
+  if (chosen && options.start != 0) {
+    throw UsageError("--start: goes with the ports 1 to 16, not with --port, whose order is the search's");
+  }
+  int messages = 0;
+  if (!chosen && Search(type, NumberedPorts(), options.start, messages, program)) return kStatusDone;
+  if (SearchOthers(type, chosen ? options.ports : OtherPorts(), messages, program)) return kStatusDone;
   return NotFound(messages, program, "teskread locate",
                   chosen
                       ? "no scanner answered on these ports|check that it has power and is connected; "
-                        "\"teskread ports\" lists "
-                        "the ports that there are"
+                        "\"teskread ports\" lists the ports that there are"
                       : "no scanner answered on ports 1 to 16 or on any other serial port|check that it has "
                         "power and is connected");
 }
@@ -216,13 +215,11 @@ std::shared_ptr<SerialSystem> SerialOf(const PortChoice& port, teskReaderType ty
 }
 
 int Firmware(const PortOptions& options, Program& program) {
-  const teskReaderType type = ParseReader(options.reader);
-  RequireSystem(type);
-  const PortChoice port = ParsePort(options.port);
-  const EngineSession session(SerialOf(port, type), program.console);
+  const teskReaderType type = options.reader;
+  const EngineSession session(SerialOf(options.port, type), program.console);
   clsTeskReader& engine = session.Engine();
   LoadModelDefaults(type, engine);
-  engine.SetPort(port.number);
+  engine.SetPort(options.port.number);
   if (!ProfileOffers(engine, &clsTeskReaderProfile::FirmwareEnabled)) {
     throw CommandFailure(fmt::format("the {} cannot be asked for its firmware", engine.ReaderName()));
   }
@@ -251,15 +248,12 @@ void AddLocateCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<PortOptions>();
   CLI::App& command = AddCommand(app, program, options, "locate",
                                  "Searches the ports for a scanner, prints the port", Locate);
-  command
-      .add_option("--start", options->start, Explain("the port of 1 to 16 that is asked first", "--start 5"))
-      ->type_name("N");
-  command
-      .add_option(
-          "--port", options->ports,
-          Explain("asks this port alone, 1 to 16 or a device path; may be repeated", "--port /dev/ttyACM0"))
-      ->allow_extra_args(false)
-      ->type_name("P");
+  AddOption(command, {"--start", "N", "the port of 1 to 16 that is asked first", "--start 5"}, options->start,
+            WholeFrom<std::int16_t>(0, kLastPort));
+  AddOption(command,
+            {"--port", "P", "asks this port alone, 1 to 16 or a device path; may be repeated",
+             "--port /dev/ttyACM0"},
+            options->ports, ReadAsked);
   command.footer(
       "Without --port the ports 1 to 16 are asked, then all others of \"teskread ports\".\n\n"
       "Example:\n  teskread locate --reader \"Chatsworth Data OMR1100\" --start 9");
@@ -269,10 +263,9 @@ void AddFirmwareCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<PortOptions>();
   CLI::App& command =
       AddCommand(app, program, options, "firmware", "Prints the scanner's firmware text", Firmware);
-  command
-      .add_option("--port", options->port, Explain("1 to 16, a device path, or sim", "--port /dev/ttyUSB0"))
-      ->type_name("P")
-      ->required();
+  AddOption(command, {"--port", "P", "1 to 16, a device path, or sim", "--port /dev/ttyUSB0"}, options->port,
+            ParsePort)
+      .required();
   command.footer("Example:\n  teskread firmware --reader 20 --port /dev/ttyUSB0");
 }
 

@@ -1,6 +1,7 @@
 // `teskread settings`: the settings saved under a key of the settings store.
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,9 +14,9 @@
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/EngineSession.h"
-#include "cli/PortChoice.h"
 #include "cli/ReaderChoice.h"
 #include "cli/assignments.h"
+#include "cli/options.h"
 #include "cli/settingLimits.h"
 #include "cli/settingsKey.h"
 #include "cli/storedSettings.h"
@@ -34,10 +35,10 @@ constexpr std::string_view kFooter =
     "  teskread scan --key \"School\\Lab\"";
 
 struct SettingsOptions {
-  SettingsKeyOptions key;
-  std::string reader;
-  std::string port;
-  std::vector<std::string> assignments;
+  SettingsKey key;
+  teskReaderType reader = teskReaderTypeNone;  // None: what is saved stays
+  std::optional<PortChoice> port;
+  std::vector<Assignment> assignments;
 };
 
 CommandFailure NothingSaved(const SettingsKey& key) {
@@ -59,7 +60,7 @@ teskReaderType TypeOf(const std::vector<StoredValue>& values) {
 }
 
 int List(const SettingsOptions& options, Program& program) {
-  const teskReaderRegistryKey root = ParseSettingsRoot(options.key.root);
+  const teskReaderRegistryKey root = options.key.root;
   std::string text;
   for (const std::string& path : platform::SettingsKeys(root)) {
     const auto values = ReadStored({.root = root, .path = path});
@@ -73,7 +74,7 @@ int List(const SettingsOptions& options, Program& program) {
 }
 
 int Show(const SettingsOptions& options, Program& program) {
-  const SettingsKey key = ParseSettingsKey(options.key);
+  const SettingsKey& key = options.key;
   const auto values = ReadStored(key);
   if (values.empty()) throw NothingSaved(key);
   std::string text = fmt::format("{:<24} {:<24} {}\n", "Name", "Stored as", "Value");
@@ -84,8 +85,8 @@ int Show(const SettingsOptions& options, Program& program) {
   return kStatusDone;
 }
 
-void BeginWithDefaults(const std::string& reader, clsTeskReader& engine) {
-  LoadModelDefaults(ParseReader(reader), engine);
+void BeginWithDefaults(teskReaderType reader, clsTeskReader& engine) {
+  LoadModelDefaults(reader, engine);
   engine.SetPort(1);
 }
 
@@ -96,44 +97,43 @@ void BeginWithSaved(const SettingsKey& key, clsTeskReader& engine) {
   engine.SetReaderType(TypeOf(values));
 }
 
-// --port in the words of a saved setting: a number is Port, anything else the device beside it.
-struct SavedPort {
-  std::vector<Assignment> assignments;
-  std::string device;
-};
+PortChoice ReadSavedPort(std::string_view option, const std::string& text) {
+  PortChoice port = ParsePort(option, text);
+  if (port.kind != PortChoice::Kind::Simulated) return port;
+  throw UsageError(fmt::format(
+      "{}: sim is no port that can be saved|give it to the scan: teskread scan --port sim", option));
+}
 
-SavedPort ParseSavedPort(const std::string& text) {
-  if (text.empty()) return {};
-  const PortChoice port = ParsePort(text);
-  if (port.kind == PortChoice::Kind::Simulated) {
-    throw UsageError(
-        "--port: sim is no port that can be saved|give it to the scan: teskread scan --port sim");
+// What is assigned, --port first: a number is Port, a device stands beside the settings.
+std::vector<Assignment> AssignmentsOf(const SettingsOptions& options) {
+  std::vector<Assignment> assignments;
+  if (options.port && options.port->device.empty()) {
+    assignments.push_back(ParseAssignment("Port=" + NumberText(std::int32_t{options.port->number})));
   }
-  if (port.kind == PortChoice::Kind::Device) return {{}, port.device};
-  return {{ParseAssignment("Port=" + NumberText(std::int32_t{port.number}))}, {}};
+  assignments.insert(assignments.end(), options.assignments.begin(), options.assignments.end());
+  return assignments;
 }
 
 // With a reader all settings are saved, its defaults and what is assigned; without one only what is assigned.
 int Save(const SettingsOptions& options, Program& program) {
-  const SettingsKey key = ParseSettingsKey(options.key);
-  SavedPort port = ParseSavedPort(options.port);
-  std::vector<Assignment> assignments = std::move(port.assignments);
-  for (const std::string& text : options.assignments) assignments.push_back(ParseAssignment(text));
+  const SettingsKey& key = options.key;
+  const std::string device = options.port ? options.port->device : "";
+  const auto assignments = AssignmentsOf(options);
   RequireSettings(assignments);
   const EngineSession session(platform::CreateSerialSystem(), program.console);
   clsTeskReader& engine = session.Engine();
-  const bool afresh = !options.reader.empty();
+  const bool afresh = options.reader != teskReaderTypeNone;
   afresh ? BeginWithDefaults(options.reader, engine) : BeginWithSaved(key, engine);
   for (const Assignment& assignment : assignments) Apply(assignment, engine);
   for (const Assignment& assignment : assignments) CheckSaved(assignment, engine);
-  const bool saved = afresh ? SaveAll(key, engine, port.device)
-                            : SaveAssigned(key, assignments, engine) &&
-                                  (port.device.empty() || SaveDevice(key, port.device, engine));
+  const bool saved =
+      afresh ? SaveAll(key, engine, device)
+             : SaveAssigned(key, assignments, engine) && (device.empty() || SaveDevice(key, device, engine));
   return saved ? kStatusDone : kStatusFailed;
 }
 
 int Delete(const SettingsOptions& options, Program&) {
-  const SettingsKey key = ParseSettingsKey(options.key);
+  const SettingsKey& key = options.key;
   if (!platform::CreateSettingsStore()->DeleteValues(key.root, key.path, StoredNames())) {
     throw NothingSaved(key);
   }
@@ -155,6 +155,21 @@ CLI::App& AddAction(CLI::App& settings, Program& program, const std::shared_ptr<
   return action;
 }
 
+void AddSaveOptions(CLI::App& save, SettingsOptions& options) {
+  AddOption(
+      save,
+      {"--reader", "R", "begins with this model's defaults; without it, with what is saved", "--reader 4"},
+      options.reader, ParseReader);
+  AddOption(save,
+            {"--port", "P", "1 to 16, or a device path that scans with this key use", "--port /dev/ttyACM0"},
+            options.port, ReadSavedPort);
+  AddOption(
+      save,
+      {"--set", "NAME=VALUE", "sets a value by its name (teskread help settings lists them); may be repeated",
+       "--set TimeOut=30"},
+      options.assignments, ParseAssignment);
+}
+
 }  // namespace
 
 void AddSettingsCommand(CLI::App& app, Program& program) {
@@ -168,17 +183,7 @@ void AddSettingsCommand(CLI::App& app, Program& program) {
   CLI::App& save = AddAction(
       settings, program, options, "save",
       "Saves settings under a key: a model's defaults with changes, or changes to what is saved", Save);
-  save.add_option("--reader", options->reader,
-                  Explain("begins with this model's defaults; without it, with what is saved", "--reader 4"))
-      ->type_name("R");
-  save.add_option("--port", options->port,
-                  Explain("1 to 16, or a device path that scans with this key use", "--port /dev/ttyACM0"))
-      ->type_name("P");
-  save.add_option("--set", options->assignments,
-                  Explain("sets a value by its name (teskread help settings lists them); may be repeated",
-                          "--set TimeOut=30"))
-      ->allow_extra_args(false)
-      ->type_name("NAME=VALUE");
+  AddSaveOptions(save, *options);
   AddAction(settings, program, options, "delete", "Deletes the settings saved under a key", Delete);
 }
 

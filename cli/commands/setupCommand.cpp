@@ -12,6 +12,7 @@
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/ReaderChoice.h"
+#include "cli/options.h"
 #include "cli/settingsKey.h"
 #include "cli/storedSettings.h"
 #include "platform/Platform.h"
@@ -22,8 +23,8 @@ namespace tesk::cli {
 namespace {
 
 struct SetupOptions {
-  SettingsKeyOptions key;
-  std::string reader;
+  SettingsKey key;
+  teskReaderType reader = teskReaderTypeNone;  // None: begins with what is saved
 };
 
 // Messages stand where the dialog stands, and on standard error before and after it.
@@ -47,8 +48,8 @@ class SetupHost : public ConsoleHost {
 // The named model's proposals (empty), or what is saved.
 std::optional<LoadedSettings> Begin(const SetupOptions& options, const SettingsKey& key,
                                     clsTeskReader& engine) {
-  if (!options.reader.empty()) {
-    LoadModelDefaults(ParseReader(options.reader), engine);
+  if (options.reader != teskReaderTypeNone) {
+    LoadModelDefaults(options.reader, engine);
     engine.SetPort(1);
     return std::nullopt;
   }
@@ -89,7 +90,7 @@ std::shared_ptr<SetupScreen> Screen() {
 }
 
 int RunSetup(const SetupOptions& options, Program& program) {
-  const SettingsKey key = ParseSettingsKey(options.key);
+  const SettingsKey& key = options.key;
   platform::InstallInterruptHandler();
   const auto screen = Screen();
   const InstalledHost host(std::make_shared<SetupHost>(program.console, screen));
@@ -116,10 +117,10 @@ void AddSetupCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<SetupOptions>();
   CLI::App& command = *app.add_subcommand("setup", "Shows and changes the settings under a key in a dialog");
   AddSettingsKeyOptions(command, options->key, true);
-  command
-      .add_option("--reader", options->reader,
-                  Explain("begins with this model's defaults; without it, with what is saved", "--reader 4"))
-      ->type_name("R");
+  AddOption(
+      command,
+      {"--reader", "R", "begins with this model's defaults; without it, with what is saved", "--reader 4"},
+      options->reader, ParseReader);
   command.footer(
       "Examples:\n"
       "  teskread setup --key \"School\\Lab\" --reader \"Scantron EZData\"\n"

@@ -1,6 +1,7 @@
 // `teskread simulate`: is a scanner.
 #include <charconv>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,6 +15,7 @@
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/ReaderChoice.h"
+#include "cli/options.h"
 #include "cli/simulated/SimulatedScanner.h"
 #include "cli/trace/TraceFile.h"
 
@@ -25,51 +27,53 @@ constexpr std::size_t kTranscript = std::size_t{64} * 1024;  // bytes
 constexpr std::size_t kComplaints = 100;
 
 struct SimulateOptions {
-  std::string reader;
+  teskReaderType reader = teskReaderTypeNone;
   std::string sheets;
-  std::string count;
-  std::string seed;
-  std::string side1;
-  std::string side2;
+  std::optional<std::int32_t> count;
+  std::optional<std::uint64_t> seed;
+  std::optional<SheetSizes> side1;
+  std::optional<SheetSizes> side2;
   std::string link;
   std::string replay;
   bool paced = false;
-  std::vector<std::string> faults;
+  std::vector<std::string> faults;  // which there are depends on the reader
+
+  bool Generates() const { return count || seed || side1 || side2; }
 };
 
+std::uint64_t ReadSeed(std::string_view option, const std::string& text) {
+  std::uint64_t seed = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, seed);
+  if (result.ec == std::errc() && result.ptr == end) return seed;
+  throw UsageError(fmt::format("{}: \"{}\" is no whole number from 0 to {}", option, text, UINT64_MAX));
+}
+
 // Generated sheets are of one size, front and back.
-void ParseSizes(const SimulateOptions& options, StockOptions& stock) {
-  if (!options.side1.empty()) stock.side1 = ParseSheetSizes("--side1", options.side1);
-  if (!options.side2.empty()) stock.side2 = ParseSheetSizes("--side2", options.side2);
-  if (!stock.side1) stock.side1 = stock.side2;
+void TakeSizes(const SimulateOptions& options, StockOptions& stock) {
+  stock.side1 = options.side1 ? options.side1 : options.side2;
+  stock.side2 = options.side2;
   if (stock.side1 && stock.side1->rows.size() > 1) {
     throw UsageError("--side1: generated sheets are of one size|--sheets takes sheets of any");
   }
   if (stock.side2 &&
       (stock.side2->rows != stock.side1->rows || stock.side2->columns != stock.side1->columns)) {
-    throw UsageError(
-        fmt::format("--side2: a generated back is as large as the front; write --side2 {}", options.side1));
+    throw UsageError(fmt::format("--side2: a generated back is as large as the front; write --side2 {}x{}",
+                                 stock.side1->rows[0], stock.side1->columns[0]));
   }
 }
 
-StockOptions ParseStock(const SimulateOptions& options) {
-  StockOptions stock;
-  stock.sheetFile = options.sheets;
-  if (!stock.sheetFile.empty() && !(options.count + options.seed + options.side1 + options.side2).empty()) {
+StockOptions StockOf(const SimulateOptions& options) {
+  if (!options.sheets.empty() && options.Generates()) {
     throw UsageError(
         "--sheets: the sheets come from the file, so --count, --seed, --side1 and --side2 do not go "
         "with it");
   }
-  if (!options.count.empty()) stock.count = ParseWholeNumber("--count", options.count, 0, kMostSheets);
-  if (!options.seed.empty()) {
-    const char* end = options.seed.data() + options.seed.size();
-    const auto result = std::from_chars(options.seed.data(), end, stock.seed);
-    if (result.ec != std::errc() || result.ptr != end) {
-      throw UsageError(
-          fmt::format("--seed: \"{}\" is no whole number from 0 to {}", options.seed, UINT64_MAX));
-    }
-  }
-  ParseSizes(options, stock);
+  StockOptions stock;
+  stock.sheetFile = options.sheets;
+  stock.count = options.count.value_or(stock.count);
+  stock.seed = options.seed.value_or(stock.seed);
+  TakeSizes(options, stock);
   return stock;
 }
 
@@ -114,9 +118,10 @@ void ServeUntilInterrupted(const SimulateOptions& options, teskReaderType reader
 }
 
 void CheckReplayStandsAlone(const SimulateOptions& options) {
-  const std::string others =
-      options.reader + options.sheets + options.count + options.seed + options.side1 + options.side2;
-  if (others.empty() && options.faults.empty()) return;
+  if (options.reader == teskReaderTypeNone && options.sheets.empty() && !options.Generates() &&
+      options.faults.empty()) {
+    return;
+  }
   throw UsageError(
       "--replay: the scanner, its sheets and its faults are the recorded ones, so only --link and --paced go "
       "with it");
@@ -134,14 +139,13 @@ int RunReplay(const SimulateOptions& options, Program& program) {
 
 int RunSimulate(const SimulateOptions& options, Program& program) {
   if (!options.replay.empty()) return RunReplay(options, program);
-  if (options.reader.empty()) {
+  if (options.reader == teskReaderTypeNone) {
     throw UsageError(
         "--reader: is required, except with --replay; it takes a number or name from the list of models "
         "(teskread readers)");
   }
-  const teskReaderType reader = ParseReader(options.reader);
-  RequireLineSimulator(reader);
-  const StockOptions stock = ParseStock(options);
+  const teskReaderType reader = options.reader;
+  const StockOptions stock = StockOf(options);
   const auto scanner =
       CreateSimulatedScanner(reader, StockOf(reader, stock), ParseFaults(reader, options.faults), stock.seed);
   ServeUntilInterrupted(options, reader, *scanner, *platform::CreateClock(), program);
@@ -164,69 +168,58 @@ std::string FooterText(const SimulateOptions& options) {
       "  teskread simulate --reader 15 --link /tmp/scanner\n"
       "  teskread simulate --reader 15 --sheets class7.ndjson --paced --fault jam@3 --fault cut@100@5\n"
       "  teskread simulate --replay scan.trace --link /tmp/scanner\n";
-  teskReaderType reader = teskReaderTypeScantronScanMark5500;
-  if (!options.reader.empty()) reader = ParseReader(options.reader);
+  const bool named = options.reader != teskReaderTypeNone;
+  const teskReaderType reader = named ? options.reader : teskReaderTypeScantronScanMark5500;
   try {
     RequireLineSimulator(reader);
   } catch (const CommandFailure& failure) {
     return Replace(failure.what(), "|", "\n") + "\n" + std::string(kExamples);
   }
-  const std::string hint =
-      options.reader.empty() ? "With --reader R, --help lists the faults of that model.\n" : "";
+  const std::string hint = !named ? "With --reader R, --help lists the faults of that model.\n" : "";
   return FaultsText(reader) + hint + std::string(kExamples);
 }
 
 void AddStockOptions(CLI::App& command, SimulateOptions& options) {
-  command
-      .add_option(
-          "--sheets", options.sheets,
-          Explain(
-              "the sheets in the hopper: a file of what scan --format ndjson writes; without it sheets are "
-              "generated, filled as people fill them",
-              "--sheets class7.ndjson"))
-      ->type_name("FILE");
-  command.add_option("--count", options.count, Explain("how many sheets are generated (20)", "--count 200"))
-      ->type_name("N");
-  command
-      .add_option(
-          "--seed", options.seed,
-          Explain("the same seed gives the same sheets and the same garbage everywhere (1)", "--seed 42"))
-      ->type_name("S");
-  command
-      .add_option("--side1", options.side1,
-                  Explain("rows and columns of the generated sheets (50x48)", "--side1 40x48"))
-      ->type_name("RxC");
-  command
-      .add_option(
-          "--side2", options.side2,
-          Explain("generates the back too, of the same size; it is there anyway where the model reads both "
-                  "sides",
-                  "--side2 40x48"))
-      ->type_name("RxC");
+  AddOption(command,
+            {"--sheets", "FILE",
+             "the sheets in the hopper: a file of what scan --format ndjson writes; without it sheets are "
+             "generated, filled as people fill them",
+             "--sheets class7.ndjson"},
+            options.sheets);
+  AddOption(command, {"--count", "N", "how many sheets are generated (20)", "--count 200"}, options.count,
+            WholeFrom<std::int32_t>(0, kMostSheets));
+  AddOption(
+      command,
+      {"--seed", "S", "the same seed gives the same sheets and the same garbage everywhere (1)", "--seed 42"},
+      options.seed, ReadSeed);
+  AddOption(command, {"--side1", "RxC", "rows and columns of the generated sheets (50x48)", "--side1 40x48"},
+            options.side1, ParseSheetSizes);
+  AddOption(command,
+            {"--side2", "RxC",
+             "generates the back too, of the same size; it is there anyway where the model reads both sides",
+             "--side2 40x48"},
+            options.side2, ParseSheetSizes);
 }
 
 void AddLineOptions(CLI::App& command, SimulateOptions& options) {
-  command
-      .add_option(
-          "--replay", options.replay,
-          Explain("answers as the scanner did that scan --trace recorded, and checks every byte of the "
-                  "host's; in place of --reader and the sheets",
-                  "--replay scan.trace"))
-      ->type_name("TRACE");
-  command
-      .add_option(
-          "--link", options.link,
-          Explain("a symbolic link to the pseudo-terminal, removed at the end", "--link /tmp/scanner"))
-      ->type_name("PATH");
-  command.add_flag("--paced", options.paced,
-                   Explain("delivers bytes no faster than the bit rate that the model's profile proposes",
-                           "teskread simulate --reader 15 --paced"));
-  command
-      .add_option(
-          "--fault", options.faults,
-          Explain("something that goes wrong at a sheet, see below; may be repeated", "--fault jam@3"))
-      ->type_name("KIND@SHEET")
-      ->allow_extra_args(false);
+  AddOption(command,
+            {"--replay", "TRACE",
+             "answers as the scanner did that scan --trace recorded, and checks every byte of the "
+             "host's; in place of --reader and the sheets",
+             "--replay scan.trace"},
+            options.replay);
+  AddOption(
+      command,
+      {"--link", "PATH", "a symbolic link to the pseudo-terminal, removed at the end", "--link /tmp/scanner"},
+      options.link);
+  AddFlag(command,
+          {"--paced", "", "delivers bytes no faster than the bit rate that the model's profile proposes",
+           "teskread simulate --reader 15 --paced"},
+          options.paced);
+  AddOption(command,
+            {"--fault", "KIND@SHEET", "something that goes wrong at a sheet, see below; may be repeated",
+             "--fault jam@3"},
+            options.faults);
 }
 
 }  // namespace
@@ -235,11 +228,15 @@ void AddSimulateCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<SimulateOptions>();
   CLI::App* command = app.add_subcommand(
       "simulate", "Is a scanner: opens a pseudo-terminal and speaks that model's side of the wire");
-  command
-      ->add_option("--reader", options->reader,
-                   Explain("the scanner model: its number or name in the list of models (teskread readers)",
-                           "--reader 15"))
-      ->type_name("R");
+  AddOption(*command,
+            {"--reader", "R",
+             "the scanner model: its number or name in the list of models (teskread readers)", "--reader 15"},
+            options->reader, [options = options.get()](const std::string& text) {
+              // Help is about this model even where there is no simulator.
+              options->reader = ParseReader(text);
+              RequireLineSimulator(options->reader);
+              return options->reader;
+            });
   AddStockOptions(*command, *options);
   AddLineOptions(*command, *options);
   command->footer([options] { return FooterText(*options); });

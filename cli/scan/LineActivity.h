@@ -2,7 +2,6 @@
 // protocol.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,23 +17,31 @@ class LineActivity : public LineObserver {
  public:
   explicit LineActivity(std::shared_ptr<const Clock> clock) : clock_(std::move(clock)) {}
 
-  void Sent(std::string_view bytes) override;
-  void Received(std::string_view bytes) override;
+  void Sent(std::string_view bytes) override {
+    repeated_ = bytes == lastSent_;
+    lastSent_ = bytes;
+    Act();
+  }
+  void Received(std::string_view /*bytes*/) override { Act(); }
   void Closed() override { *this = LineActivity(clock_); }
 
   // The same command goes out over and over: the scanner has no sheet yet.
   bool Polling() const { return repeated_; }
   // A command was sent or bytes came no longer than `quiet` ago, and it was no repeated poll.
-  bool Working(Milliseconds quiet) const;
-  // Bytes since the last command.
-  std::size_t AnswerLength() const { return answerLength_; }
+  bool Working(Milliseconds quiet) const {
+    return active_ && !repeated_ && clock_->Now() - lastActivity_ <= quiet;
+  }
 
  private:
+  void Act() {
+    active_ = true;
+    lastActivity_ = clock_->Now();
+  }
+
   std::shared_ptr<const Clock> clock_;
   std::string lastSent_;
   bool repeated_ = false;
   bool active_ = false;
-  std::size_t answerLength_ = 0;
   TimePoint lastActivity_{};
 };
 

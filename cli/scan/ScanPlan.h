@@ -1,4 +1,4 @@
-// What a scan is to do: the options as typed, and as understood. Knows the engine.
+// What a scan is to do. Knows the engine.
 #pragma once
 
 #include <cstdint>
@@ -6,41 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "cli/PortChoice.h"
 #include "cli/assignments.h"
-#include "cli/optionValues.h"
 #include "cli/settingsKey.h"
+#include "cli/values.h"
 
 namespace tesk::cli {
-
-// The texts of the command line; empty where an option was not given.
-struct ScanOptions {
-  std::string reader;
-  SettingsKeyOptions key;
-  std::string port;
-  std::vector<std::string> assignments;
-  std::string side1;
-  std::string side2;
-  std::vector<std::string> windows;
-  std::vector<std::string> barcodes;
-  std::vector<std::string> imprints;
-  std::string imprintPosition;
-  std::string maxSheets;
-  std::string dispose;
-  std::string format;
-  std::string output;
-  bool append = false;
-  bool strict = false;
-  std::string summary;
-  std::string trace;
-};
 
 enum class Disposal { Eject, Reject, None };
 enum class SheetFormat { Ndjson, Csv, Grid };
 
 struct ScanPlan {
-  teskReaderType reader = teskReaderTypeNone;
-  std::optional<SettingsKey> key;  // saved settings, loaded over the reader's defaults
+  teskReaderType reader = teskReaderTypeNone;  // None: the saved settings name it
+  SettingsKey key;  // saved settings, loaded over the reader's defaults; without a path: none
   std::optional<PortChoice> port;
   std::vector<Assignment> assignments;
   std::optional<SheetSizes> side1;
@@ -61,13 +38,20 @@ struct ScanPlan {
   bool Assigns(std::string_view property) const;
 };
 
-// Throws UsageError, which names the option and says what it accepts. Without --reader the settings under
-// --key name the reader; CommandFailure where they do not.
-ScanPlan ParseScanOptions(const ScanOptions& options);
+// The options of a scan, in the order in which they take effect.
+void AddScanOptions(CLI::App& command, ScanPlan& plan);
+
+// To be called once all options are read: takes from the saved settings what no option says. Throws UsageError where
+// options do not go together, CommandFailure where no saved settings name the reader, or the system cannot read with
+// it.
+void CompleteScanPlan(ScanPlan& plan);
 
 // Sets the engine up: the model's defaults first, then the options in the order of their documentation.
 // Touches no wire. Throws UsageError where an option does not fit the model, CommandFailure where the model
 // cannot be scanned with.
 void ConfigureEngine(const ScanPlan& plan, clsTeskReader& engine);
+
+// What decides what goes over the wire, as a trace states it: NAME=VALUE, parted by blanks.
+std::string TraceSettingsText(const clsTeskReader& engine, const ScanPlan& plan);
 
 }  // namespace tesk::cli

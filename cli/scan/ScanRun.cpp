@@ -13,7 +13,6 @@
 #include "cli/scan/LineActivity.h"
 #include "cli/scan/SheetRoad.h"
 #include "cli/trace/Trace.h"
-#include "cli/trace/traceSettings.h"
 #include "platform/Platform.h"
 
 namespace tesk::cli {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/optionValues.h"
+#include "cli/values.h"
 #include "engine/clsTeskReader.h"
 
 namespace tesk::cli {

@@ -102,7 +102,7 @@ void SetImprint(const ScanPlan& plan, clsTeskReader& engine) {
 
 void CheckWhole(const ScanPlan& plan, const clsTeskReader& engine) {
   RequireDriver(engine.ReaderType());
-  if (!plan.port && !plan.key && !plan.Assigns("Port") && IsSerial(engine)) {
+  if (!plan.port && plan.key.path.empty() && !plan.Assigns("Port") && IsSerial(engine)) {
     throw UsageError("--port: is required; it takes 1 to 16, a device path or \"sim\"");
   }
 }
@@ -115,15 +115,16 @@ void ConfigureEngine(const ScanPlan& plan, clsTeskReader& engine) {
     throw CommandFailure(fmt::format("there are no defaults for the {}", ReaderName(plan.reader)));
   }
   engine.SetRecognitionMode(teskRecognitionTypePage);
-  if (plan.key && !engine.LoadSettings(plan.key->root, plan.key->path)) {
+  const bool saved = !plan.key.path.empty();
+  if (saved && !engine.LoadSettings(plan.key.root, plan.key.path)) {
     throw CommandFailure(
         fmt::format("--key: the settings under {0} cannot be read|\"teskread settings save --key {1} --set "
                     "NAME=VALUE\" mends one of them, \"teskread settings show --key {1}\" shows them all",
-                    plan.key->path, ShellWord(plan.key->path)));
+                    plan.key.path, ShellWord(plan.key.path)));
   }
-  if (plan.key && engine.ReaderType() != plan.reader) {
+  if (saved && engine.ReaderType() != plan.reader) {
     throw CommandFailure(fmt::format("--key: the settings under {} are for \"{}\", not for the {}",
-                                     plan.key->path, engine.ReaderName(), ReaderName(plan.reader)));
+                                     plan.key.path, engine.ReaderName(), ReaderName(plan.reader)));
   }
   SetPort(plan, engine);
   for (const auto& assignment : plan.assignments) Apply(assignment, engine);

@@ -11,7 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandError.h"
-#include "cli/optionValues.h"
+#include "cli/values.h"
 
 namespace tesk::cli {
 namespace {

@@ -9,9 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "cli/optionValues.h"
+#include "cli/values.h"
 #include "platform/Platform.h"
 #include "simulator/Simulators.h"
+#include "transport/SerialLine.h"
 
 namespace tesk::cli {
 
@@ -36,6 +37,20 @@ std::unique_ptr<simulator::SheetScanner> CreateSimulatedScanner(teskReaderType t
                                                                 std::vector<simulator::Sheet> stock,
                                                                 std::vector<simulator::Fault> faults = {},
                                                                 std::uint64_t seed = 1);
+
+// A serial system in memory whose every port leads to one simulated scanner.
+class SimulatedSerial : public SerialSystem {
+ public:
+  // The scanner's bytes come due on `clock`.
+  SimulatedSerial(std::shared_ptr<simulator::Scanner> scanner, std::shared_ptr<const Clock> clock);
+  // Throws error 8005 while a line is open, as a port that another program holds.
+  std::unique_ptr<SerialLine> Open(std::int16_t port, const LineSettings& settings) override;
+
+ private:
+  std::shared_ptr<simulator::Scanner> scanner_;
+  std::shared_ptr<const Clock> clock_;
+  std::weak_ptr<const void> open_;  // lives as long as the open line
+};
 
 // Serves hosts, one after the other, until `stop` says so, which is asked at least once a second.
 void Serve(platform::PseudoTerminal& terminal, simulator::Scanner& scanner, const Clock& clock,

@@ -14,8 +14,8 @@
 
 #include "base/readerNames.h"
 #include "cli/CommandError.h"
-#include "cli/optionValues.h"
 #include "cli/trace/Trace.h"
+#include "cli/values.h"
 
 namespace tesk::cli {
 namespace {

@@ -1,9 +1,8 @@
 // The line "settings" of a trace.
-#include "cli/trace/traceSettings.h"
-
 #include <fmt/format.h>
 
 #include "base/conversions.h"
+#include "cli/scan/ScanPlan.h"
 #include "cli/trace/TraceFile.h"
 #include "engine/settings.h"
 

@@ -1,14 +1,18 @@
 // The values of the command line's options: what is taken, what is refused, and that a refusal helps.
+#include <set>
+#include <string>
+#include <tuple>
+
+#include <CLI/CLI.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "cli/CommandError.h"
 #include "cli/NearestNames.h"
-#include "cli/PortChoice.h"
 #include "cli/ReaderChoice.h"
 #include "cli/assignments.h"
-#include "cli/optionValues.h"
 #include "cli/scan/ScanPlan.h"
+#include "cli/values.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::cli {
@@ -58,32 +62,34 @@ TEST(CliOptions, SheetSizesThatAreNoneAreRefusedByName) {
 }
 
 TEST(CliOptions, WindowsTakeExactlyEight16BitNumbers) {
-  EXPECT_THAT(ParseWindow("1,10,-1,5,+4,32767,2,-32768"), ElementsAre(1, 10, -1, 5, 4, 32767, 2, -32768));
+  EXPECT_THAT(ParseWindow("--window", "1,10,-1,5,+4,32767,2,-32768"),
+              ElementsAre(1, 10, -1, 5, 4, 32767, 2, -32768));
   for (const char* text : {"", "1,2,3,4,5,6,7", "1,2,3,4,5,6,7,8,9", "1,2,3,4,5,6,7,x", "1,2,3,4,5,6,7,32768",
                            "1,,3,4,5,6,7,8", "1,2,3,4,5,6,7, 8"}) {
-    EXPECT_THAT(UsageErrorOf([&] { ParseWindow(text); }), HasSubstr("--window")) << text;
+    EXPECT_THAT(UsageErrorOf([&] { ParseWindow("--window", text); }), HasSubstr("--window")) << text;
   }
 }
 
 TEST(CliOptions, BarcodesTakeSymbologyAndOrientationByNumberOrName) {
-  const auto byNumber = ParseBarcode("1,2,30,8,2,1");
-  const auto byName = ParseBarcode("1,2,30,8,teskbarcodetypecode39,teskBarcodeOrientationVertical");
+  const auto byNumber = ParseBarcode("--barcode", "1,2,30,8,2,1");
+  const auto byName =
+      ParseBarcode("--barcode", "1,2,30,8,teskbarcodetypecode39,teskBarcodeOrientationVertical");
   EXPECT_EQ(byNumber.symbology, teskBarcodeTypeCode39);
   EXPECT_EQ(byName.symbology, byNumber.symbology);
   EXPECT_EQ(byName.orientation, teskBarcodeOrientationVertical);
   EXPECT_EQ(byNumber.distance, 30);
-  EXPECT_THAT(UsageErrorOf([] { ParseBarcode("1,2,30,8,Code39,1"); }),
+  EXPECT_THAT(UsageErrorOf([] { ParseBarcode("--barcode", "1,2,30,8,Code39,1"); }),
               HasSubstr("teskBarcodeTypeCode39 (2)"));
 }
 
 TEST(CliOptions, PortsAreNumbersDevicesOrTheSimulator) {
-  EXPECT_EQ(ParsePort("16").number, 16);
-  EXPECT_EQ(ParsePort("SIM").kind, PortChoice::Kind::Simulated);
-  EXPECT_EQ(ParsePort("/dev/pts/4").device, "/dev/pts/4");
-  EXPECT_EQ(ParsePort("/dev/pts/4").number, 1);
-  EXPECT_EQ(ParsePort("COM23").kind, PortChoice::Kind::Device);
-  for (const char* text : {"", "0", "17", "-1", "+17", "99999999999"}) {
-    EXPECT_THAT(UsageErrorOf([&] { ParsePort(text); }), HasSubstr("--port")) << text;
+  EXPECT_EQ(ParsePort("--port", "16").number, 16);
+  EXPECT_EQ(ParsePort("--port", "SIM").kind, PortChoice::Kind::Simulated);
+  EXPECT_EQ(ParsePort("--port", "/dev/pts/4").device, "/dev/pts/4");
+  EXPECT_EQ(ParsePort("--port", "/dev/pts/4").number, 1);
+  EXPECT_EQ(ParsePort("--port", "COM23").kind, PortChoice::Kind::Device);
+  for (const char* text : {"0", "17", "-1", "+17", "99999999999"}) {
+    EXPECT_THAT(UsageErrorOf([&] { ParsePort("--port", text); }), HasSubstr("--port")) << text;
   }
 }
 
@@ -122,47 +128,55 @@ TEST(CliOptions, NearestNamesPutThoseThatContainTheTextFirst) {
   EXPECT_EQ(EditDistance("kitten", "sitting"), 3U);
 }
 
-class CliProperties : public testing::Test {
+class CliAssignments : public testing::Test {
  protected:
   std::string Set(const std::string& text) {
     return UsageErrorOf([&] { Apply(ParseAssignment(text), *bench_.reader); });
   }
-  clsTeskReader& Engine() { return *bench_.reader; }
 
- private:
   test::Bench bench_{teskReaderTypeScantronScanMark5500, nullptr};
 };
 
-TEST_F(CliProperties, EveryKindOfValueConvertsAsHostsWriteIt) {
-  for (const char* text :
-       {"Duplex=False", "feeder=0", "Rejecter=TRUE", "SleepTime=5", "TimeOut=3", "Parity=E", "StopBits=1.5",
-        "BaudRate=38400", "FlowControl=teskReaderFlowControlHardware", "Resolution=-1", "ReaderType=16",
-        "CancelScan=1", "HelpFile=a=b", "RecognitionMode=2"}) {
-    EXPECT_EQ(Set(text), "no UsageError") << text;
+TEST_F(CliAssignments, EveryKindOfValueConvertsAsHostsWriteIt) {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"Duplex", "False", "False"},
+      {"feeder", "0", "False"},
+      {"Rejecter", "TRUE", "True"},
+      {"Duplex", "-1", "True"},
+      {"SleepTime", "+5", "5"},
+      {"SleepTime", "-2147483648", "-2147483648"},
+      {"Parity", "E", "E"},
+      {"StopBits", "1.5", "1.5"},
+      {"BaudRate", "38400", "38400"},
+      {"BaudRate", "4800", "4800"},
+      {"Resolution", "-1", "-1"},
+      {"FlowControl", "teskreaderflowcontrolhardware", "2"},
+      {"Port", "32767", "32767"},
+      {"ReaderType", "16", "16"},
+      {"ReaderType", "teskReaderTypeScantron8400", "17"},
+      {"DataBits", "teskReaderDataBits5", "5"},
+      {"HelpFile", "a=b", "a=b"},
+      {"RecognitionMode", "teskRecognitionTypeWindow", "2"},
+      {"ColorDepth", "teskReaderColorDepthColor", "2"}};
+  for (const auto& [name, value, held] : cases) {
+    const Assignment assignment = ParseAssignment(std::string(name) + "=" + value);
+    Apply(assignment, *bench_.reader);
+    EXPECT_EQ(SettingText(assignment.setting->get(*bench_.reader)), held) << name;
   }
-  EXPECT_FALSE(Engine().Duplex());
-  EXPECT_FALSE(Engine().Feeder());
-  EXPECT_TRUE(Engine().Rejecter());
-  EXPECT_EQ(Engine().SleepTime(), 5);
-  EXPECT_EQ(Engine().TimeOut(), 3);
-  EXPECT_EQ(Engine().Parity(), "E");
-  EXPECT_EQ(Engine().StopBits(), 1.5F);
-  EXPECT_EQ(Engine().BaudRate(), teskReaderBaudRate38400);
-  EXPECT_EQ(Engine().FlowControl(), teskReaderFlowControlHardware);
-  EXPECT_EQ(Engine().Resolution(), -1);
-  EXPECT_EQ(Engine().ReaderType(), teskReaderTypeScantron8000);
-  EXPECT_EQ(Engine().HelpFile(), "a=b");
-  EXPECT_EQ(Engine().RecognitionMode(), teskRecognitionTypeWindow);
 }
 
-TEST_F(CliProperties, WhatDoesNotConvertIsRefusedAndSaysWhatIsTaken) {
+TEST_F(CliAssignments, WhatDoesNotConvertIsRefusedAndSaysWhatIsTaken) {
   for (const Refused& refused : {Refused{"Duplex=yes", "True or False"},
                                  {"Duplex=", "True or False"},
+                                 {"Duplex=2", "True or False"},
                                  {"Port=32768", "-32768 to 32767"},
+                                 {"Port=-32769", "-32768 to 32767"},
+                                 {"SleepTime=2147483648", "whole number"},
                                  {"SleepTime=5 ", "whole number"},
                                  {"SleepTime=1e3", "whole number"},
                                  {"StopBits=one", "decimal point"},
-                                 {"StopBits=1e99", "decimal point"},
+                                 {"StopBits=1e39", "decimal point"},
+                                 {"StopBits=nan", "decimal point"},
                                  {"BaudRate=fast", "a bit rate"},
                                  {"Duplex", "NAME=VALUE"},
                                  {"Duplx=1", "did you mean Duplex"},
@@ -175,176 +189,143 @@ TEST_F(CliProperties, WhatDoesNotConvertIsRefusedAndSaysWhatIsTaken) {
   }
 }
 
+// What operators are told of the settings, one line each, matches the engine's own table.
+TEST_F(CliAssignments, EverySettingIsExplainedOnce) {
+  std::set<std::string_view> explained;
+  for (const SettingWords& words : WordsOfSettings()) {
+    EXPECT_EQ(SettingNamed(words.name).name, words.name);
+    EXPECT_TRUE(explained.insert(words.name).second) << words.name;
+  }
+  EXPECT_EQ(explained.size(), EngineSettings().size());
+}
+
 class CliScanPlan : public testing::Test {
  protected:
-  ScanOptions Options(teskReaderType reader = teskReaderTypeScantronScanMark5500) {
-    ScanOptions options;
-    options.reader = std::to_string(reader);
-    options.port = "sim";
-    options.side1 = "50x48";
-    return options;
-  }
-  std::string Configure(const ScanOptions& options) {
+  // What refuses the options of a scan, on the command line or by the engine; behind it what the engine holds.
+  std::string Configure(const std::string& options) {
+    plan_ = {};
     Engine().SetDuplexForm(false);  // as in a fresh engine
-    return UsageErrorOf([&] { ConfigureEngine(ParseScanOptions(options), Engine()); });
+    Engine().Windows()->RemoveAll();
+    Engine().Barcodes()->RemoveAll();
+    return UsageErrorOf([&] {
+      CLI::App app;
+      AddScanOptions(app, plan_);
+      app.parse(options);
+      CompleteScanPlan(plan_);
+      ConfigureEngine(plan_, Engine());
+    });
   }
   clsTeskReader& Engine() { return *bench_.reader; }
+
+  ScanPlan plan_;
 
  private:
   test::Bench bench_{teskReaderTypeScantronScanMark5500, nullptr};
 };
 
-TEST_F(CliScanPlan, ABackMakesATwoSidedFormOnlyWhereTheScannerReadsOne) {
-  auto options = Options();
-  options.side2 = "40x48";
-  EXPECT_EQ(Configure(options), "no UsageError");
+TEST_F(CliScanPlan, OptionsArriveInTheEngineOnceEachInTheirOrder) {
+  EXPECT_EQ(Configure("--reader 15 --port sim --side1 50x48 --side2 40x48 --window 1,10,1,1,5,2,1,0 "
+                      "--window 3,4,1,1,5,2,2,1 --imprint \"Room 7\" --imprint-position 12 --max-sheets -3 "
+                      "--dispose REJECT --format csv --output o --append --strict --summary s --trace t"),
+            "no UsageError");
   EXPECT_TRUE(Engine().TwoSided());
+  EXPECT_THAT(Engine().Side1Rows().Elements(), ElementsAre(50));
   EXPECT_THAT(Engine().Side2Rows().Elements(), ElementsAre(40));
-
-  options.assignments = {"DuplexForm=False"};
-  EXPECT_EQ(Configure(options), "no UsageError");
-  EXPECT_FALSE(Engine().DuplexForm());
-
-  auto oneSided = Options(teskReaderTypeScantronScanMark2000);
-  oneSided.side2 = "40x48";
-  EXPECT_EQ(Configure(oneSided), "no UsageError");
-  EXPECT_FALSE(Engine().DuplexForm());
-}
-
-TEST_F(CliScanPlan, WindowsSelectWindowReadingAndNoneSelectsThePage) {
-  auto options = Options();
-  EXPECT_EQ(Configure(options), "no UsageError");
-  EXPECT_EQ(Engine().RecognitionMode(), teskRecognitionTypePage);
-  options.side2 = "50x48";
-  options.windows = {"1,10,1,1,5,2,1,0", "3,4,1,1,5,2,2,1"};
-  EXPECT_EQ(Configure(options), "no UsageError");
-  EXPECT_EQ(Engine().RecognitionMode(), teskRecognitionTypeWindow);
-  EXPECT_EQ(Engine().Windows()->Count(), 2);
-  EXPECT_EQ(Engine().Windows()->Item(2)->Page(), 2);
-}
-
-TEST_F(CliScanPlan, TheImprintReachesItsBuffersWithPositionAndSwitches) {
-  auto options = Options();
-  options.imprints = {"Room 7"};
-  options.imprintPosition = "12";
-  EXPECT_EQ(Configure(options), "no UsageError");
-  EXPECT_TRUE(Engine().Printer()->Active());
-  EXPECT_EQ(Engine().Printer()->Buffer1(), "Room 7");
-  EXPECT_EQ(Engine().Printer()->Distance(), 12);
+  EXPECT_EQ(
+      TraceSettingsText(Engine(), plan_),
+      "Side1=50x48 Side2=40x48 Duplex=true DuplexForm=true Feeder=true Rejecter=true ReaderGrade=false "
+      "RecognitionMode=2 RecognitionThreshold=7 MarkDiscrimination=3 TimeOut=10 SleepTime=50 Barcode=false "
+      "Windows=1,10,1,1,5,2,1,0;3,4,1,1,5,2,2,1 Barcodes=none Imprint=Room%207;; ImprintPosition=12 "
+      "Dispose=reject MaxSheets=-3");
+  EXPECT_EQ(plan_.output + plan_.summary + plan_.trace, "ost");
+  EXPECT_TRUE(plan_.append && plan_.strict && plan_.format == SheetFormat::Csv);
+  EXPECT_EQ(Configure("--reader 15 --port sim --side1 50x48"), "no UsageError");
+  EXPECT_EQ(Engine().RecognitionMode(), teskRecognitionTypePage) << "no window: the whole page";
 }
 
 TEST_F(CliScanPlan, OptionsThatDoNotFitEachOtherOrTheModelAreRefusedByName) {
-  using Change = void (*)(ScanOptions&);
   struct Case {
-    Change change;
-    const char* says;
-  };
-  for (const Case& misfit :
-       {Case{[](ScanOptions& o) { o.side1.clear(); }, "--side1: is required"},
-        {[](ScanOptions& o) { o.port.clear(); }, "--port: is required"},
-        {[](ScanOptions& o) { o.side2 = "50x48,50x48"; }, "--side2"},
-        {[](ScanOptions& o) { o.imprintPosition = "3"; }, "--imprint-position: goes with --imprint"},
-        {[](ScanOptions& o) {
-           o.imprints = {"a", "b"};
-         },
-         "--imprint"},
-        {[](ScanOptions& o) {
-           o.imprints = {"a", "b", "c", "d"};
-         },
-         "up to 3"},
-        {[](ScanOptions& o) { o.imprints = {"a\rb"}; }, "control characters"},
-        {[](ScanOptions& o) { o.imprints = {"a"}, o.imprintPosition = "136"; }, "0 to 135"},
-        {[](ScanOptions& o) { o.maxSheets = "many"; }, "--max-sheets"},
-        {[](ScanOptions& o) { o.dispose = "shred"; }, "eject, reject, none"},
-        {[](ScanOptions& o) { o.format = "xml"; }, "ndjson, csv, grid"}}) {
-    auto options = Options();
-    misfit.change(options);
-    EXPECT_THAT(Configure(options), HasSubstr(misfit.says));
-  }
-}
-
-TEST_F(CliScanPlan, WhatTheModelCannotReadIsRefusedBeforePaperMoves) {
-  struct Case {
-    teskReaderType reader;
-    void (*change)(ScanOptions&);
+    int reader;
+    const char* options;
     const char* says;  // empty: it is taken
   };
-  using O = ScanOptions;
-  constexpr auto kScanMark = teskReaderTypeScantronScanMark5500;
-  constexpr auto kSekonic = teskReaderTypeScanningSystemsSR607;
-  constexpr auto kOpScan = teskReaderTypeNCSOpScan4;
-  for (const Case& c :
-       {Case{kScanMark, [](O& o) { o.side1 = "20x12"; },
-             "--side1: 20x12 does not fit: the Scantron Scanmark 5500 "
-             "reads pages of 48 columns; write 20x48"},
-        {kScanMark, [](O& o) { o.side1 = "50x48,40x49"; }, "40x49"},
-        {kScanMark, [](O& o) { o.side1 = "50x48,0x1"; }, ""},
-        {kScanMark, [](O& o) { o.side1 = "9999x48"; }, ""},
-        {kScanMark, [](O& o) { o.side1 = o.side2 = "50x48,40x48"; }, "the same number of rows"},
-        {kScanMark, [](O& o) { o.side1 = "50x48,50x48,40x48", o.side2 = "50x48,40x48,0x48"; }, ""},
-        {kScanMark, [](O& o) { o.side2 = "50x47"; }, "--side2: 50x47 does not fit"},
-        {kScanMark, [](O& o) { o.side1 = "20x12", o.windows = {"1,20,1,1,12,1,1,0"}; }, ""},
-        {kScanMark, [](O& o) { o.side1 = "20x49", o.windows = {"1,20,1,1,12,1,1,0"}; }, "at most 48 columns"},
-        {kScanMark, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
-        {kScanMark, [](O& o) { o.assignments = {"RecognitionMode=2"}; }, "--window: is required"},
-        {kScanMark, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, "reads no barcodes"},
-        {teskReaderTypeScantron8000, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; }, "reads whole pages only"},
-        {kSekonic, [](O& o) { o.side1 = "999x48"; }, ""},
-        {kSekonic, [](O& o) { o.side1 = "1000x48"; }, "at most 999 rows"},
-        {kSekonic, [](O& o) { o.side1 = "20x12"; }, ""},
-        {teskReaderTypeSekonicSR430, [](O& o) { o.side1 = "20x13"; }, "at most 12 columns"},
-        {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x14"; }, ""},
-        {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "501x14"; }, "at most 500 rows"},
-        {teskReaderTypePDIVMR138, [](O& o) { o.side1 = "500x15"; }, "at most 14 columns"},
-        {kOpScan, [](O& o) { o.side1 = "150x48"; }, ""},
-        {kOpScan, [](O& o) { o.side1 = "151x48"; }, "at most 150 rows"},
-        {kOpScan,
-         [](O& o) {
-           o.assignments = {"Duplex=True", "DuplexForm=True"};
-         },
-         ""},
-        {kSekonic, [](O& o) { o.assignments = {"DuplexForm=True"}; }, "--side2: is required"},
-        {kOpScan, [](O& o) { o.windows = {"1,2,1,1,2,1,1,0"}; }, "reads whole pages only"},
-        {teskReaderTypeSekonicSR3500, [](O& o) { o.side1 = "201x48"; }, "at most 200 rows"},
-        {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,1"}; }, ""},
-        {kOpScan, [](O& o) { o.barcodes = {"3,1,30,8,2,1"}; }, "Page 3 is no side"},
-        {kOpScan, [](O& o) { o.barcodes = {"1,1,-1,8,2,1"}; }, "are 0 or more"},
-        {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,24,1"}; }, "\"24\" is none of"},
-        {kOpScan, [](O& o) { o.barcodes = {"1,1,30,8,2,3"}; }, "\"3\" is none of"},
-        {kSekonic, [](O& o) { o.barcodes.assign(9, "1,1,30,8,2,1"); }, "at most 8 barcodes, 9 were given"}}) {
-    auto options = Options(c.reader);
-    c.change(options);
-    const std::string error = Configure(options);
-    EXPECT_THAT(error, HasSubstr(*c.says ? c.says : "no UsageError")) << c.reader << ' ' << options.side1;
+  constexpr int kScanMark = teskReaderTypeScantronScanMark5500;
+  constexpr int kSekonic = teskReaderTypeScanningSystemsSR607;
+  constexpr int kOpScan = teskReaderTypeNCSOpScan4;
+  const Case cases[] = {
+      {kScanMark, "--port sim", "--side1: is required"},
+      {kScanMark, "--side1 50x48", "--port: is required"},
+      {kScanMark, "--side1 50x48 --set Port=4", ""},
+      {kScanMark, "--port sim --side1 50x48 --side2 50x48,50x48", "as many as --side1: 1, not 2"},
+      {kScanMark, "--port sim --side2 50x48", "--side2: goes with --side1"},
+      {kScanMark, "--port sim --side1 50x48 --imprint-position 3", "--imprint-position: goes with --imprint"},
+      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint b",
+       "--imprint: the Scantron Scanmark 5500 prints 1 line(s), 2 were given"},
+      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint b --imprint c --imprint d", "up to 3"},
+      {kScanMark, "--port sim --side1 50x48 --imprint 'a\rb'", "control characters"},
+      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint-position 135", ""},
+      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint-position 136", "0 to 135"},
+      {kScanMark, "--port sim --side1 50x48 --max-sheets many", "--max-sheets"},
+      {kScanMark, "--port sim --side1 50x48 --dispose shred",
+       "--dispose: \"shred\" is none of eject, reject, none"},
+      {kScanMark, "--port sim --side1 50x48 --format xml", "ndjson, csv, grid"},
+      {kScanMark, "--port sim --side1 20x12",
+       "--side1: 20x12 does not fit: the Scantron Scanmark 5500 reads pages of 48 columns; write 20x48"},
+      {kScanMark, "--port sim --side1 50x48,40x49", "40x49"},
+      {kScanMark, "--port sim --side1 50x48,0x1", ""},
+      {kScanMark, "--port sim --side1 9999x48", ""},
+      {kScanMark, "--port sim --side1 50x48,40x48 --side2 50x48,40x48", "the same number of rows"},
+      {kScanMark, "--port sim --side1 50x48,50x48,40x48 --side2 50x48,40x48,0x48", ""},
+      {kScanMark, "--port sim --side1 50x48 --side2 50x47", "--side2: 50x47 does not fit"},
+      {kScanMark, "--port sim --side1 20x12 --window 1,20,1,1,12,1,1,0", ""},
+      {kScanMark, "--port sim --side1 20x49 --window 1,20,1,1,12,1,1,0", "at most 48 columns"},
+      {kScanMark, "--port sim --side1 50x48 --set DuplexForm=True", "--side2: is required"},
+      {kScanMark, "--port sim --side1 50x48 --side2 40x48 --set DuplexForm=False", ""},
+      {kScanMark, "--port sim --side1 50x48 --set RecognitionMode=2", "--window: is required"},
+      {kScanMark, "--port sim --side1 50x48 --barcode 1,1,30,8,2,1", "reads no barcodes"},
+      {teskReaderTypeScantron8000, "--port sim --side1 50x48 --window 1,2,1,1,2,1,1,0",
+       "reads whole pages only"},
+      {kSekonic, "--port sim --side1 999x48", ""},
+      {kSekonic, "--port sim --side1 1000x48", "at most 999 rows"},
+      {kSekonic, "--port sim --side1 20x12", ""},
+      {teskReaderTypeSekonicSR430, "--port sim --side1 20x13", "at most 12 columns"},
+      {teskReaderTypePDIVMR138, "--port sim --side1 500x14", ""},
+      {teskReaderTypePDIVMR138, "--port sim --side1 501x14", "at most 500 rows"},
+      {teskReaderTypePDIVMR138, "--port sim --side1 500x15", "at most 14 columns"},
+      {kOpScan, "--port sim --side1 150x48", ""},
+      {kOpScan, "--port sim --side1 151x48", "at most 150 rows"},
+      {kOpScan, "--port sim --side1 50x48 --set Duplex=True --set DuplexForm=True", ""},
+      {kSekonic, "--port sim --side1 50x48 --set DuplexForm=True", "--side2: is required"},
+      {kOpScan, "--port sim --side1 50x48 --window 1,2,1,1,2,1,1,0", "reads whole pages only"},
+      {teskReaderTypeSekonicSR3500, "--port sim --side1 201x48", "at most 200 rows"},
+      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,30,8,2,1", ""},
+      {kOpScan, "--port sim --side1 50x48 --barcode 3,1,30,8,2,1", "Page 3 is no side"},
+      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,-1,8,2,1", "are 0 or more"},
+      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,30,8,24,1", "\"24\" is none of"},
+      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,30,8,2,3", "\"3\" is none of"},
+      {kSekonic,
+       "--port sim --side1 50x48 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 "
+       "--barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 "
+       "--barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1",
+       "at most 8 barcodes, 9 were given"},
+      {kScanMark, "--port sim --side1 50x48 --window 1,50,1,1,48,1,1,0", ""},
+      {kScanMark, "--port sim --side1 50x48 --window 50,50,-1,48,48,-1,1,1", ""},
+      {kScanMark, "--port sim --side1 50x48 --window 1,51,1,1,48,1,1,0",
+       "rows 1 to 51 lie outside the sheet, which has rows 1 to 50"},
+      {kScanMark, "--port sim --side1 50x48 --window 49,50,-1,1,48,1,1,0", "rows 0 to 49"},
+      {kScanMark, "--port sim --side1 50x48 --window 1,50,1,2,48,1,1,0", "columns 2 to 49"},
+      {kScanMark, "--port sim --side1 50x48 --window 1,2,0,1,2,1,1,0", "the step from row to row is 0"},
+      {kScanMark, "--port sim --side1 50x48 --window 1,1,0,1,1,0,1,0", ""},
+      {kScanMark, "--port sim --side1 50x48 --window 1,0,1,1,2,1,1,0", "it has no rows"},
+      {kScanMark, "--port sim --side1 50x48 --window 1,2,1,1,2,1,0,0", "Page is 1 (front) or 2 (back)"},
+      {kScanMark, "--port sim --side1 50x48 --window 1,2,1,1,2,1,2,0", "the back is not read"},
+      {kScanMark, "--port sim --side1 50x48 --window 1,2,1,1,2,1,1,2", "Orientation is 0"},
+      {kScanMark, "--port sim --side1 50x48 --side2 50x48 --window 1,2,1,1,2,1,2,0 --window 1,2,1,1,2,1,1,0",
+       "the windows of the front (Page 1) come before"}};
+  for (const auto& [reader, options, says] : cases) {
+    const std::string error = Configure("--reader " + std::to_string(reader) + " " + options);
+    EXPECT_THAT(error, HasSubstr(*says ? says : "no UsageError")) << reader << ' ' << options;
   }
-  for (const auto& [fields, says] :
-       {Refused{"1,50,1,1,48,1,1,0", ""},
-        {"50,50,-1,48,48,-1,1,1", ""},
-        {"1,51,1,1,48,1,1,0", "rows 1 to 51 lie outside the sheet, which has rows 1 to 50"},
-        {"49,50,-1,1,48,1,1,0", "rows 0 to 49"},
-        {"1,50,1,2,48,1,1,0", "columns 2 to 49"},
-        {"1,2,0,1,2,1,1,0", "the step from row to row is 0"},
-        {"1,1,0,1,1,0,1,0", ""},
-        {"1,0,1,1,2,1,1,0", "it has no rows"},
-        {"1,2,1,1,2,1,0,0", "Page is 1 (front) or 2 (back)"},
-        {"1,2,1,1,2,1,2,0", "the back is not read"},
-        {"1,2,1,1,2,1,1,2", "Orientation is 0"}}) {
-    auto options = Options(kScanMark);
-    options.windows = {fields};
-    EXPECT_THAT(Configure(options), HasSubstr(*says ? says : "no UsageError")) << fields;
-  }
-  auto backFirst = Options(kScanMark);
-  backFirst.side2 = "50x48";
-  backFirst.windows = {"1,2,1,1,2,1,2,0", "1,2,1,1,2,1,1,0"};
-  EXPECT_THAT(Configure(backFirst), HasSubstr("the windows of the front (Page 1) come before"));
-}
-
-TEST_F(CliScanPlan, APropertyMayStandInForThePortOption) {
-  auto options = Options();
-  options.port.clear();
-  options.assignments = {"Port=4"};
-  EXPECT_EQ(Configure(options), "no UsageError");
-  EXPECT_EQ(Engine().Port(), 4);
 }
 
 }  // namespace

@@ -9,9 +9,10 @@
 
 #include "cli/CommandError.h"
 #include "cli/scan/BatchHost.h"
-#include "cli/simulated/SimulatedSerial.h"
+#include "cli/simulated/SimulatedScanner.h"
 #include "cli/trace/Trace.h"
 #include "simulator/Simulators.h"
+#include "tests/support/ScanCommand.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::cli {
@@ -38,15 +39,12 @@ class CliScan : public testing::Test, public SheetTaker {
          .timer = std::make_shared<TracedTimer>(std::make_shared<DeadlineTimer>(time_), trace_)});
     trace_->CancelledBy([this] { return engine_->CancelScan(); });
     engine_->SetError(host_);
-    ScanOptions scan;
-    scan.reader = std::to_string(type);
-    scan.port = "sim";
-    scan.side1 = side1_;
-    scan.side2 = side2_;
-    scan.assignments = std::move(assignments);
-    scan.dispose = dispose_;
-    scan.strict = strict_;
-    plan_ = ParseScanOptions(scan);
+    std::vector<std::string> arguments{
+        "--reader", std::to_string(type), "--port", "sim", "--side1", side1_, "--side2",
+        side2_,     "--dispose",          dispose_};
+    for (const std::string& text : assignments) arguments.insert(arguments.end(), {"--set", text});
+    if (strict_) arguments.emplace_back("--strict");
+    test::ParseScan(std::move(arguments), plan_);
     plan_.maxSheets = maxSheets_;
     ConfigureEngine(plan_, *engine_);
     batch_ =
@@ -102,7 +100,7 @@ class CliScan : public testing::Test, public SheetTaker {
   ScanPlan plan_;
   std::string side1_ = "50x48";
   std::string side2_ = "50x48";
-  std::string dispose_;
+  std::string dispose_ = "eject";
   bool strict_ = false;
   std::int32_t maxSheets_ = -1;
   bool interrupted_ = false;

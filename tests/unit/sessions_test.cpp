@@ -14,9 +14,10 @@
 
 #include "cli/CommandError.h"
 #include "cli/scan/BatchHost.h"
-#include "cli/scan/ScanPlan.h"
-#include "cli/simulated/SimulatedSerial.h"
+#include "cli/simulated/SimulatedScanner.h"
 #include "cli/trace/TraceFile.h"
+#include "cli/values.h"
+#include "tests/support/ScanCommand.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {
@@ -36,28 +37,30 @@ std::string FileText(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+// What the setting was on the command line.
+std::vector<std::string> OptionsOf(const std::string& name, const std::string& value) {
+  static const std::map<std::string, std::string> kOptions = {
+      {"Side1", "--side1"},      {"Side2", "--side2"},         {"Windows", "--window"},
+      {"Barcodes", "--barcode"}, {"Imprint", "--imprint"},     {"ImprintPosition", "--imprint-position"},
+      {"Dispose", "--dispose"},  {"MaxSheets", "--max-sheets"}};
+  const auto option = kOptions.find(name);
+  if (option == kOptions.end()) return {"--set=" + name + "=" + value};
+  if (value == "none" && name != "Dispose") return {};
+  std::vector<std::string> options;
+  for (const auto& one : cli::SplitText(value, ';')) {
+    options.push_back(option->second);
+    options.push_back(one);
+  }
+  return options;
+}
+
 // The scan that the settings of a trace describe.
 cli::ScanPlan PlanOf(const cli::RecordedTrace& trace) {
-  cli::ScanOptions options;
-  options.reader = std::to_string(std::int32_t{trace.reader});
-  options.port = "sim";
-  const std::map<std::string, std::string*> texts = {{"Side1", &options.side1},
-                                                     {"Side2", &options.side2},
-                                                     {"ImprintPosition", &options.imprintPosition},
-                                                     {"Dispose", &options.dispose},
-                                                     {"MaxSheets", &options.maxSheets}};
-  const std::map<std::string, std::vector<std::string>*> lists = {
-      {"Windows", &options.windows}, {"Barcodes", &options.barcodes}, {"Imprint", &options.imprints}};
+  std::vector<std::string> arguments{"--reader", std::to_string(std::int32_t{trace.reader}), "--port", "sim"};
   for (const auto& [name, value] : trace.settings) {
-    if (texts.contains(name)) {
-      *texts.at(name) = value == "none" && name.starts_with("Side") ? "" : value;
-    } else if (!lists.contains(name)) {
-      options.assignments.push_back(name + "=" + value);
-    } else if (value != "none") {
-      *lists.at(name) = cli::SplitText(value, ';');
-    }
+    for (auto& option : OptionsOf(name, value)) arguments.push_back(std::move(option));
   }
-  return cli::ParseScanOptions(options);
+  return ParseScan(std::move(arguments));
 }
 
 // What a scan writes.

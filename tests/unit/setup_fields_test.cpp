@@ -1,5 +1,8 @@
 // The setup dialog's spin fields, its reader-grade box and its search button.
+#include <array>
 #include <map>
+#include <tuple>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -70,47 +73,39 @@ TEST(ReaderGrade, HasNoSayWhereNobodyCanClearIt) {
 // ---- Spin fields
 
 TEST(SpinField, IsCorrectedToItsBoundsAndDecimals) {
-  struct Case {
-    std::string text;
-    std::int32_t minimum;
-    std::int32_t maximum;
-    std::size_t decimals;
-    char separator;
-    std::string expected;
-  };
-  const Case cases[] = {{"40", 0, 15, 0, '.', "15"},     {"-1", 0, 15, 0, '.', "0"},
-                        {"1", 192, 254, 0, '.', "192"},  {"15", 0, 15, 0, '.', "15"},
-                        {"0", 0, 15, 0, '.', "0"},       {"1.25", 0, 15, 1, '.', "1.2"},
-                        {"1.2", 0, 15, 1, '.', "1.2"},   {"1,25", 0, 15, 1, ',', "1,2"},
-                        {"1.25", 0, 15, 3, '.', "1.25"}, {"7.9", 0, 15, 0, '.', "7"},
-                        {"7.", 0, 15, 0, '.', "7."},     {"15.01", 0, 15, 1, '.', "15"},
-                        {"15,01", 0, 15, 1, ',', "15"},  {"99999999999999", 0, 600, 0, '.', "600"},
-                        {"", 1, 600, 0, '.', "1"},       {"-12.345", -20, 0, 2, '.', "-12.34"}};
-  for (const Case& c : cases) {
+  const std::tuple<const char*, std::int32_t, std::int32_t, std::size_t, char, const char*> cases[] = {
+      {"40", 0, 15, 0, '.', "15"},     {"-1", 0, 15, 0, '.', "0"},
+      {"1", 192, 254, 0, '.', "192"},  {"15", 0, 15, 0, '.', "15"},
+      {"0", 0, 15, 0, '.', "0"},       {"1.25", 0, 15, 1, '.', "1.2"},
+      {"1.2", 0, 15, 1, '.', "1.2"},   {"1,25", 0, 15, 1, ',', "1,2"},
+      {"1.25", 0, 15, 3, '.', "1.25"}, {"7.9", 0, 15, 0, '.', "7"},
+      {"7.", 0, 15, 0, '.', "7."},     {"15.01", 0, 15, 1, '.', "15"},
+      {"15,01", 0, 15, 1, ',', "15"},  {"99999999999999", 0, 600, 0, '.', "600"},
+      {"", 1, 600, 0, '.', "1"},       {"-12.345", -20, 0, 2, '.', "-12.34"}};
+  for (const auto& [text, minimum, maximum, decimals, separator, expected] : cases) {
     Control field{.kind = ControlKind::SpinField,
-                  .text = c.text,
-                  .minimum = c.minimum,
-                  .maximum = c.maximum,
-                  .decimals = c.decimals,
-                  .separator = c.separator};
-    EXPECT_EQ(CorrectSpinText(field), c.text != c.expected) << c.text;
-    EXPECT_EQ(field.text, c.expected) << c.text;
+                  .text = text,
+                  .minimum = minimum,
+                  .maximum = maximum,
+                  .decimals = decimals,
+                  .separator = separator};
+    EXPECT_EQ(CorrectSpinText(field), std::string(text) != expected) << text;
+    EXPECT_EQ(field.text, expected) << text;
   }
 }
 
 TEST(SpinField, NeverHoldsAMinimumAboveItsMaximum) {
-  struct Case {
-    std::int32_t low, high, minimum, maximum, expectedLow, expectedHigh;
-  };
-  const Case cases[] = {{0, 15, 192, 254, 192, 254}, {192, 254, 0, 15, 0, 15}, {0, 0, 0, 0, 0, 0},
-                        {0, 15, 15, 31, 15, 31},     {0, 15, 9, 4, 9, 9},      {0, 15, 30, 20, 20, 20},
-                        {10, 15, 20, 5, 5, 5},       {0, 31, 1, 8, 1, 8},      {0, 0, 1, 1, 1, 1}};
-  for (const Case& c : cases) {
-    Control field{.kind = ControlKind::SpinField, .minimum = c.low, .maximum = c.high};
+  using Bounds = std::pair<std::int32_t, std::int32_t>;
+  const std::array<Bounds, 3> cases[] = {
+      // before, asked for, afterwards
+      {{{0, 15}, {192, 254}, {192, 254}}}, {{{192, 254}, {0, 15}, {0, 15}}}, {{{0, 0}, {0, 0}, {0, 0}}},
+      {{{0, 15}, {15, 31}, {15, 31}}},     {{{0, 15}, {9, 4}, {9, 9}}},      {{{0, 15}, {30, 20}, {20, 20}}},
+      {{{10, 15}, {20, 5}, {5, 5}}},       {{{0, 31}, {1, 8}, {1, 8}}},      {{{0, 0}, {1, 1}, {1, 1}}}};
+  for (const auto& [before, asked, after] : cases) {
+    Control field{.kind = ControlKind::SpinField, .minimum = before.first, .maximum = before.second};
     // The control refuses bounds that cross, so the wrong order would throw.
-    EXPECT_NO_THROW(SetSpinMinMax(field, c.minimum, c.maximum)) << c.minimum << ' ' << c.maximum;
-    EXPECT_EQ(field.minimum, c.expectedLow);
-    EXPECT_EQ(field.maximum, c.expectedHigh);
+    EXPECT_NO_THROW(SetSpinMinMax(field, asked.first, asked.second)) << asked.first;
+    EXPECT_EQ(Bounds(field.minimum, field.maximum), after);
   }
   Control field{.maximum = 15};
   EXPECT_THROW(SetSpinMinimum(field, 16), RunTimeError);
@@ -173,12 +168,12 @@ TEST(SpinField, IsCheckedWhenEnterConfirmsTheDialog) {
 TEST(SpinField, SpinsWithinItsBounds) {
   Dialog dialog(teskReaderTypeNCSOpScan2);
   dialog.Load();
-  dialog.form.Spin(txtRecognitionThreshold, 1);
-  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "8");
-  dialog.form.Spin(txtRecognitionThreshold, 100);
-  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "15");
-  dialog.form.Spin(txtRecognitionThreshold, -2'000'000'000);
-  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "0");
+  std::string texts;
+  for (const std::int32_t steps : {1, 100, -2'000'000'000}) {
+    dialog.form.Spin(txtRecognitionThreshold, steps);
+    texts += dialog[txtRecognitionThreshold].text + " ";
+  }
+  EXPECT_EQ(texts, "8 15 0 ");
   dialog[txtRecognitionThreshold].enabled = false;
   dialog.form.Spin(txtRecognitionThreshold, 1);
   dialog.form.Type(txtRecognitionThreshold, "3");

@@ -1,6 +1,7 @@
 // The setup dialog without its window: what every reader of the catalogue shows, loading, saving, cancelling.
 #include <map>
 #include <set>
+#include <tuple>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,85 +36,65 @@ void ExpectState(Dialog& dialog, ControlId id, bool enabled, bool visible) {
   }
 }
 
-void ExpectBox(Dialog& dialog, ControlId id, bool checked, bool enabled, bool visible) {
-  EXPECT_EQ(dialog[id].checked, checked) << ControlName(id);
-  ExpectState(dialog, id, enabled, visible);
-}
+using P = clsTeskReaderProfile;
 
-void ExpectField(Dialog& dialog, ControlId id, std::int32_t value, std::int32_t minimum,
-                 std::int32_t maximum) {
-  EXPECT_EQ(dialog[id].text, NumberText(value)) << ControlName(id);
-  EXPECT_EQ(dialog[id].minimum, minimum) << ControlName(id);
-  EXPECT_EQ(dialog[id].maximum, maximum) << ControlName(id);
-}
+// What a profile says of a control and its label.
+struct Shown {
+  ControlId id;
+  bool (P::*enabled)() const;
+  bool (P::*visible)() const;
+};
 
-TEST_P(EveryReader, ShowsItsOptions) {
+constexpr Shown kShown[] = {
+    {chkReaderGrade, &P::ReaderGradeEnabled, &P::ReaderGradeVisible},
+    {chkBarcode, &P::BarcodeEnabled, &P::BarcodeVisible},
+    {chkDuplex, &P::DuplexEnabled, &P::DuplexVisible},
+    {chkFeeder, &P::FeederEnabled, &P::FeederVisible},
+    {chkPrinter, &P::PrinterEnabled, &P::PrinterVisible},
+    {chkRejecter, &P::RejecterEnabled, &P::RejecterVisible},
+    {chkWindowing, &P::WindowingEnabled, &P::WindowingVisible},
+    {chkContinuous, &P::ContinuousEnabled, &P::ContinuousVisible},
+    {cboPort, &P::PortEnabled, &P::PortVisible},
+    {cboBaud, &P::BaudRateEnabled, &P::BaudRateVisible},
+    {cboDataBits, &P::DataBitsEnabled, &P::DataBitsVisible},
+    {cboParity, &P::ParityEnabled, &P::ParityVisible},
+    {cboStopBits, &P::StopBitsEnabled, &P::StopBitsVisible},
+    {cboFlowControl, &P::FlowControlEnabled, &P::FlowControlVisible},
+    {cboColorDepth, &P::ColorDepthEnabled, &P::ColorDepthVisible},
+    {cboResolution, &P::ResolutionEnabled, &P::ResolutionVisible},
+    {fraImageSettings, &P::ImagingEnabled, &P::ImagingVisible},
+    {txtRecognitionThreshold, &P::RecognitionThresholdEnabled, &P::RecognitionThresholdVisible},
+    {txtErasureThreshold, &P::RecognitionThresholdEnabled, &P::RecognitionThresholdVisible},
+    {txtMarkDiscrimination, &P::MarkDiscriminationEnabled, &P::MarkDiscriminationVisible},
+    {txtMarkCutOff, &P::MarkDiscriminationEnabled, &P::MarkDiscriminationVisible},
+    {txtReaderTimeout, &P::TimeOutEnabled, &P::TimeOutVisible},
+    {txtSystemPause, &P::SleepTimeEnabled, &P::SleepTimeVisible},
+    {fraTiming, &P::TimeOutEnabled, &P::TimeOutVisible}};
+
+TEST_P(EveryReader, ShowsWhatItHasAndLetsItBeChangedWhereItCanBe) {
   Dialog dialog;
   dialog.Load();
   dialog.ChooseReader(GetParam());
   const auto p = Profile(dialog);
-  ExpectBox(dialog, chkReaderGrade, p->ReaderGrade(), p->ReaderGradeEnabled(), p->ReaderGradeVisible());
-  ExpectBox(dialog, chkBarcode, p->Barcode(), p->BarcodeEnabled(), p->BarcodeVisible());
-  ExpectBox(dialog, chkDuplex, p->Duplex(), p->DuplexEnabled(), p->DuplexVisible());
-  ExpectBox(dialog, chkFeeder, p->Feeder(), p->FeederEnabled(), p->FeederVisible());
-  ExpectBox(dialog, chkPrinter, p->Printer(), p->PrinterEnabled(), p->PrinterVisible());
-  ExpectBox(dialog, chkRejecter, p->Rejecter(), p->RejecterEnabled(), p->RejecterVisible());
-  ExpectBox(dialog, chkWindowing, p->Windowing(), p->WindowingEnabled(), p->WindowingVisible());
-  ExpectBox(dialog, chkContinuous, p->Continuous(), p->ContinuousEnabled(), p->ContinuousVisible());
+  for (const auto& [id, enabled, visible] : kShown)
+    ExpectState(dialog, id, ((*p).*enabled)(), ((*p).*visible)());
+  ExpectState(dialog, frmComPort, p->PortEnabled(), true);
+  EXPECT_EQ(dialog[cmdLocate].visible, p->LocateEnabled());
   const std::set<int> selfScore{2, 3, 4, 5, 6, 25, 26, 31, 32, 23};
   EXPECT_EQ(dialog[chkReaderGrade].caption,
             selfScore.contains(GetParam()) ? "SelfSco&re option installed" : "Use scanne&r grade features");
-}
-
-TEST_P(EveryReader, ShowsItsLineAndImageSettings) {
-  Dialog dialog;
-  dialog.Load();
-  dialog.ChooseReader(GetParam());
-  const auto p = Profile(dialog);
-  const auto orNothing = [](const std::string& value) { return value == "0" || value.empty() ? "-" : value; };
+  EXPECT_TRUE(ShowsProposals(dialog.form.Controls(), *p));
   EXPECT_EQ(dialog.Value(cboPort), "2") << "no reader proposes a port";
-  EXPECT_EQ(dialog.Value(cboBaud), NumberText(p->BaudRate()));
-  EXPECT_EQ(dialog.Value(cboDataBits), orNothing(NumberText(p->DataBits())));
-  EXPECT_EQ(dialog.Value(cboParity), orNothing(p->Parity()));
-  EXPECT_EQ(dialog.Value(cboStopBits), orNothing(NumberText(p->StopBits())));
-  EXPECT_EQ(dialog.Value(cboFlowControl), NumberText(p->FlowControl()));
-  EXPECT_EQ(dialog.Value(cboColorDepth), NumberText(p->ColorDepth()));
-  EXPECT_EQ(dialog.Text(cboResolution), NumberText(p->Resolution()) + " DPI");
-  ExpectState(dialog, cboPort, p->PortEnabled(), p->PortVisible());
-  ExpectState(dialog, cboBaud, p->BaudRateEnabled(), p->BaudRateVisible());
-  ExpectState(dialog, cboDataBits, p->DataBitsEnabled(), p->DataBitsVisible());
-  ExpectState(dialog, cboParity, p->ParityEnabled(), p->ParityVisible());
-  ExpectState(dialog, cboStopBits, p->StopBitsEnabled(), p->StopBitsVisible());
-  ExpectState(dialog, cboFlowControl, p->FlowControlEnabled(), p->FlowControlVisible());
-  ExpectState(dialog, cboColorDepth, p->ColorDepthEnabled(), p->ColorDepthVisible());
-  ExpectState(dialog, cboResolution, p->ResolutionEnabled(), p->ResolutionVisible());
-  ExpectState(dialog, fraImageSettings, p->ImagingEnabled(), p->ImagingVisible());
-  ExpectState(dialog, frmComPort, p->PortEnabled(), true);
-  EXPECT_EQ(dialog[cmdLocate].visible, p->LocateEnabled());
-}
-
-TEST_P(EveryReader, ShowsAndBoundsItsThresholds) {
-  Dialog dialog;
-  dialog.Load();
-  dialog.ChooseReader(GetParam());
-  const auto p = Profile(dialog);
-  const auto low = p->RecognitionThresholdMinimum();
-  const auto high = p->RecognitionThresholdMaximum();
-  ExpectField(dialog, txtRecognitionThreshold, p->RecognitionThreshold(), low, high);
-  ExpectField(dialog, txtErasureThreshold, p->ErasureThreshold(), low, high);
-  ExpectField(dialog, txtMarkDiscrimination, p->MarkDiscrimination(), 0, high);
-  ExpectField(dialog, txtMarkCutOff, p->MarkCutOff(), low, high);
-  ExpectField(dialog, txtReaderTimeout, p->TimeOut(), 1, 600);
-  ExpectField(dialog, txtSystemPause, p->SleepTime(), 0, 60'000);
-  for (const ControlId id : {txtRecognitionThreshold, txtErasureThreshold}) {
-    ExpectState(dialog, id, p->RecognitionThresholdEnabled(), p->RecognitionThresholdVisible());
+  const auto low = p->RecognitionThresholdMinimum(), high = p->RecognitionThresholdMaximum();
+  for (const auto& [id, least, most] : {std::tuple<ControlId, int, int>{txtRecognitionThreshold, low, high},
+                                        {txtErasureThreshold, low, high},
+                                        {txtMarkDiscrimination, 0, high},
+                                        {txtMarkCutOff, low, high},
+                                        {txtReaderTimeout, 1, 600},
+                                        {txtSystemPause, 0, 60'000}}) {
+    EXPECT_EQ(dialog[id].minimum, least) << ControlName(id);
+    EXPECT_EQ(dialog[id].maximum, most) << ControlName(id);
   }
-  for (const ControlId id : {txtMarkDiscrimination, txtMarkCutOff}) {
-    ExpectState(dialog, id, p->MarkDiscriminationEnabled(), p->MarkDiscriminationVisible());
-  }
-  ExpectState(dialog, txtReaderTimeout, p->TimeOutEnabled(), p->TimeOutVisible());
-  ExpectState(dialog, txtSystemPause, p->SleepTimeEnabled(), p->SleepTimeVisible());
-  ExpectState(dialog, fraTiming, p->TimeOutEnabled(), p->TimeOutVisible());
 }
 
 TEST_P(EveryReader, ComesThroughTheDialogUnchanged) {
@@ -197,32 +178,28 @@ TEST(SetupDialog, ListsEveryReaderInTheCataloguesOrder) {
 
 TEST(SetupDialog, ShowsTheEnginesSettingsNotTheProposals) {
   Dialog dialog(teskReaderTypeSekonicSR6500Hybrid);
-  clsTeskReader& r = *dialog.reader;
-  r.SetBarcode(true);
-  r.SetDuplex(false);
-  r.SetBaudRate(teskReaderBaudRate300);
-  r.SetParity("M");
-  r.SetStopBits(1.5F);
-  r.SetDataBits(teskReaderDataBits5);
-  r.SetFlowControl(teskReaderFlowControlBoth);
-  r.SetColorDepth(teskReaderColorDepthColor);
-  r.SetResolution(240);
-  r.SetRecognitionThreshold(11);
-  r.SetTimeOut(33);
-  r.Printer()->SetEnabled(true);
+  for (const auto& [name, value] : std::map<std::string, SettingValue>{{"Barcode", true},
+                                                                       {"Duplex", false},
+                                                                       {"Printer", true},
+                                                                       {"BaudRate", 300},
+                                                                       {"Parity", "M"},
+                                                                       {"StopBits", 1.5F},
+                                                                       {"DataBits", 5},
+                                                                       {"FlowControl", 3},
+                                                                       {"ColorDepth", 2},
+                                                                       {"Resolution", 240},
+                                                                       {"RecognitionThreshold", 11},
+                                                                       {"TimeOut", 33}}) {
+    SettingNamed(name).set(*dialog.reader, value);
+  }
   dialog.Load();
-  EXPECT_TRUE(dialog[chkBarcode].checked);
-  EXPECT_FALSE(dialog[chkDuplex].checked);
-  EXPECT_TRUE(dialog[chkPrinter].checked);
-  EXPECT_EQ(dialog.Text(cboBaud), "300");
-  EXPECT_EQ(dialog.Text(cboParity), "Mark");
-  EXPECT_EQ(dialog.Text(cboStopBits), "1.5");
-  EXPECT_EQ(dialog.Text(cboDataBits), "5");
-  EXPECT_EQ(dialog.Text(cboFlowControl), "Both");
-  EXPECT_EQ(dialog.Text(cboColorDepth), "Color");
-  EXPECT_EQ(dialog.Text(cboResolution), "240 DPI");
-  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "11");
-  EXPECT_EQ(dialog[txtReaderTimeout].text, "33");
+  EXPECT_TRUE(dialog[chkBarcode].checked && dialog[chkPrinter].checked && !dialog[chkDuplex].checked);
+  std::string shown;
+  for (const auto list :
+       {cboBaud, cboParity, cboStopBits, cboDataBits, cboFlowControl, cboColorDepth, cboResolution})
+    shown += dialog.Text(list) + "|";
+  EXPECT_EQ(shown, "300|Mark|1.5|5|Both|Color|240 DPI|");
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text + " " + dialog[txtReaderTimeout].text, "11 33");
   EXPECT_EQ(dialog[txtRecognitionThreshold].maximum, 15);
   EXPECT_TRUE(dialog[fraImageSettings].visible);
 }
@@ -253,6 +230,14 @@ TEST(SetupDialog, ShowsTheProposalWhereTheStoredLineIsNone) {
   }
 }
 
+TEST(SetupDialog, ProposesAResolutionWhereTheStoredOneIsNone) {
+  Dialog dialog(teskReaderTypeSekonicSR3500Hybrid);
+  dialog.reader->SetResolution(-1);
+  dialog.Load();
+  dialog.form.Click(cmdOK);
+  EXPECT_EQ(dialog.Text(cboResolution) + NumberText(dialog.reader->Resolution()), "200 DPI200");
+}
+
 TEST(SetupDialog, ReadsParityAsSerialLinesDo) {
   for (const auto& [parity, shown] : std::map<std::string, std::string>{
            {"n", "None"}, {"S", "Space"}, {"s", "Space"}, {" ", "Space"}, {"e", "Even"}, {"O", "Odd"}}) {
@@ -268,15 +253,6 @@ TEST(SetupDialog, ReadsParityAsSerialLinesDo) {
   dialog.Choose(cboParity, " ");
   dialog.form.Click(cmdOK);
   EXPECT_EQ(dialog.reader->Parity(), " ");
-}
-
-TEST(SetupDialog, ProposesAResolutionWhereTheStoredOneIsNone) {
-  Dialog dialog(teskReaderTypeSekonicSR3500Hybrid);
-  dialog.reader->SetResolution(-1);
-  dialog.Load();
-  EXPECT_EQ(dialog.Text(cboResolution), "200 DPI");
-  dialog.form.Click(cmdOK);
-  EXPECT_EQ(dialog.reader->Resolution(), 200);
 }
 
 TEST(SetupDialog, StaysHarmlessForAReaderThatTheCatalogueDoesNotHave) {

@@ -1,5 +1,5 @@
-// Parsing of option values.
-#include "cli/optionValues.h"
+// The texts of values.
+#include "cli/values.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,6 +8,7 @@
 
 #include "base/conversions.h"
 #include "cli/CommandError.h"
+#include "platform/Platform.h"
 
 namespace tesk::cli {
 namespace {
@@ -115,23 +116,34 @@ SheetSizes ParseSheetSizes(std::string_view option, std::string_view text) {
   return sizes;
 }
 
-WindowFields ParseWindow(std::string_view text) {
+WindowFields ParseWindow(std::string_view option, std::string_view text) {
   constexpr std::string_view kFields = "StartRow,NumRows,RowGap,StartCol,NumCols,ColGap,Page,Orientation";
   WindowFields fields{};
-  const auto parts = FieldParts("--window", text, kFields, fields.size());
-  for (std::size_t i = 0; i < fields.size(); ++i) fields[i] = Int16Part("--window", text, parts[i]);
+  const auto parts = FieldParts(option, text, kFields, fields.size());
+  for (std::size_t i = 0; i < fields.size(); ++i) fields[i] = Int16Part(option, text, parts[i]);
   return fields;
 }
 
-BarcodeFields ParseBarcode(std::string_view text) {
-  const auto parts = FieldParts("--barcode", text, "Page,Field,Distance,Length,Symbology,Orientation", 6);
-  const auto number = [&](std::size_t i) { return Int16Part("--barcode", text, parts[i]); };
+BarcodeFields ParseBarcode(std::string_view option, std::string_view text) {
+  const auto parts = FieldParts(option, text, "Page,Field,Distance,Length,Symbology,Orientation", 6);
+  const auto number = [&](std::size_t i) { return Int16Part(option, text, parts[i]); };
   return {.page = number(0),
           .field = number(1),
           .distance = number(2),
           .length = number(3),
-          .symbology = Member<teskBarcodeType>("--barcode", parts[4]),
-          .orientation = Member<teskBarcodeOrientation>("--barcode", parts[5])};
+          .symbology = Member<teskBarcodeType>(option, parts[4]),
+          .orientation = Member<teskBarcodeOrientation>(option, parts[5])};
+}
+
+PortChoice ParsePort(std::string_view option, const std::string& text) {
+  if (LowerCase(text) == "sim") return {.kind = PortChoice::Kind::Simulated, .number = 1, .device = {}};
+  const std::size_t digits = text[0] == '-' || text[0] == '+' ? 1 : 0;
+  if (text.size() == digits || text.find_first_not_of("0123456789", digits) != std::string::npos) {
+    return {.kind = PortChoice::Kind::Device, .number = 1, .device = platform::DeviceOfName(text)};
+  }
+  return {.kind = PortChoice::Kind::Number,
+          .number = static_cast<std::int16_t>(ParseWholeNumber(option, text, 1, 16)),
+          .device = {}};
 }
 
 }  // namespace tesk::cli

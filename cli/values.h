@@ -1,4 +1,5 @@
-// The values of options as texts: numbers, sheet sizes, windows, barcode definitions. Knows base alone.
+// What options are about: numbers, ports, sheet sizes, windows, barcode definitions, and their texts. Knows the
+// platform.
 #pragma once
 
 #include <array>
@@ -17,6 +18,14 @@ namespace tesk::cli {
 struct SheetSizes {
   std::vector<std::int16_t> rows;
   std::vector<std::int16_t> columns;
+};
+
+// A number of the engine's, a device, or the built-in simulated scanner.
+struct PortChoice {
+  enum class Kind { Number, Device, Simulated };
+  Kind kind = Kind::Number;
+  std::int16_t number = 1;  // the engine's Port; a device stands behind port 1
+  std::string device;       // Device only
 };
 
 // StartRow, NumRows, RowGap, StartCol, NumCols, ColGap, Page, Orientation.
@@ -44,9 +53,11 @@ std::int32_t ParseWholeNumber(std::string_view option, std::string_view text, st
                               std::int32_t most);
 // "50x48" or "50x48,40x48": 0 to 32767 rows and 1 to 32767 columns each, at most kLargestSide positions.
 SheetSizes ParseSheetSizes(std::string_view option, std::string_view text);
-WindowFields ParseWindow(std::string_view text);
+WindowFields ParseWindow(std::string_view option, std::string_view text);
 // Symbology and orientation by number or by enumerator.
-BarcodeFields ParseBarcode(std::string_view text);
+BarcodeFields ParseBarcode(std::string_view option, std::string_view text);
+// "1" to "16", "sim" in any case, or a device path.
+PortChoice ParsePort(std::string_view option, const std::string& text);
 
 inline constexpr std::int32_t kLargestSide = 4'000'000;  // mark positions; no sheet comes near it
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -156,6 +157,30 @@ TEST(PaddedText, FillsWithZerosBehindTheSignAndCutsNothing) {
        {std::pair{0, 2}, {7, 2}, {42, 2}, {123, 2}, {-7, 2}, {-123, 2}, {5, 0}, {INT32_MIN, 12}})
     texts += PaddedText(value, digits) + " ";
   EXPECT_EQ(texts, "00 07 42 123 -07 -123 5 -002147483648 ");
+}
+
+// What goes into a scanner's command: a byte per character, nothing that would end the command.
+TEST(WireText, IsOneByteThatTheLineCarriesPerCharacter) {
+  const std::tuple<std::string_view, std::int32_t, std::string_view> kCases[] = {
+      {"A\xC3\xBF z", 8, "A\xFF z"},
+      {"\xC3\xA9", 8, "\xE9"},
+      {"\xC2\xA0", 8, "\xA0"},
+      {"\xC2\x9F", 8, " "},
+      {"\xC2\xA0", 7, "?"},
+      {"~", 7, "~"},
+      {"?@", 6, "??"},
+      {"?", 5, "?"},
+      {"\x1F\x20\x7E\x7F", 8, "  ~ "},
+      {"\r\x1B", 4, "  "},
+      {"\xE2\x82\xAC!", 8, "?!"},
+      {"\xF0\x9F\x96\xA8!", 8, "?!"},
+      {"\xC4\x80!", 8, "?!"},
+      {"\xC3", 8, "?"},
+      {"\x80!", 8, "?!"},
+      {"\xC3\xBF", 9, "\xFF"},
+      {"\xC3\xBF", 3, "\xFF"},
+      {"\x20!", 4, "??"}};
+  for (const auto& [text, dataBits, wire] : kCases) EXPECT_EQ(WireText(text, dataBits), wire) << text;
 }
 
 TEST(Texts, SmallHelpersDoWhatTheirNamesSay) {

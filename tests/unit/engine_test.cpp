@@ -102,6 +102,23 @@ TEST_F(EngineTest, WhatPreprocessSheetChangesIsWhatReadSheetGets) {
   EXPECT_EQ(reader->Side1Array().At(2, 3), 42);
 }
 
+TEST_F(EngineTest, WhatASheetDoesNotSayStaysAsTheOneBeforeHadIt) {
+  const auto shown = [&] {
+    return reader->Side1Image() + reader->Side2Image() + reader->Side1Coordinates() +
+           reader->Side2Coordinates() + NumberText(reader->Side1TimingMarks()) +
+           NumberText(reader->Side2TimingMarks());
+  };
+  reader->StoreSheet({.side1TimingMarks = 3,
+                      .side2TimingMarks = 4,
+                      .side1Image = "a",
+                      .side2Image = "b",
+                      .side1Coordinates = "c",
+                      .side2Coordinates = "d"});
+  EXPECT_EQ(shown(), "abcd34");
+  reader->StoreSheet({});
+  EXPECT_EQ(shown(), "abcd34");
+}
+
 TEST_F(EngineTest, AnswerOfAfterSheetBecomesCancelScanEvenWhenItClearsIt) {
   ASSERT_TRUE(reader->StartReader());
   events.onReadSheet = [&] { reader->SetCancelScan(true); };

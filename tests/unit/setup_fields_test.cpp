@@ -126,20 +126,22 @@ TEST(SpinField, TakesOnlyTheCharactersOfItsNumbers) {
 TEST(SpinField, BeepsForWhatItChangesAndOnlyThen) {
   Dialog dialog(teskReaderTypeNCSOpScan2);
   dialog.Load();
-  dialog.form.Type(txtRecognitionThreshold, "4");
-  dialog.form.Type(txtRecognitionThreshold, "40");
-  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "40");
-  dialog.form.Leave(txtRecognitionThreshold);
-  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "15");
-  EXPECT_EQ(dialog.view.beeps, 1);
-  dialog.form.Leave(txtRecognitionThreshold);
-  dialog.form.Type(txtRecognitionThreshold, "9");
-  dialog.form.Leave(txtRecognitionThreshold);
-  EXPECT_EQ(dialog.view.beeps, 1);
+  const std::string longest = std::string(19, '0') + "9";  // of which a number may have so many characters
+  for (const auto& [typed, left, beeps] : {std::tuple<std::string, std::string, int>{"4", "4", 0},
+                                           {"40", "15", 1},
+                                           {"15", "15", 1},
+                                           {"-4", "0", 2},
+                                           {longest, longest, 2}}) {
+    dialog.form.Type(txtRecognitionThreshold, typed);
+    EXPECT_EQ(dialog[txtRecognitionThreshold].text, typed) << "checked before it is left";
+    dialog.form.Leave(txtRecognitionThreshold);
+    EXPECT_EQ(dialog[txtRecognitionThreshold].text, left);
+    EXPECT_EQ(dialog.view.beeps, beeps) << typed;
+  }
   dialog.form.Type(txtMarkCutOff, "99");
   dialog.form.ValidateSpinValue(txtMarkCutOff, true);
   EXPECT_EQ(dialog[txtMarkCutOff].text, "15");
-  EXPECT_EQ(dialog.view.beeps, 1) << "silent";
+  EXPECT_EQ(dialog.view.beeps, 2) << "silent";
 }
 
 TEST(SpinField, GivesWhatIsNoNumberBack) {

@@ -388,7 +388,9 @@ TEST(SetupDialog, CancelChangesNothing) {
   Dialog dialog;
   const auto before = Settings(*dialog.reader);
   dialog.Load();
+  const int drawn = dialog.view.refreshed;
   dialog.ChooseReader(teskReaderTypeSekonicSR8000Hybrid);
+  EXPECT_EQ(dialog.view.refreshed, drawn + 1);
   dialog.form.Type(txtMarkCutOff, "99");
   dialog.form.Leave(txtMarkCutOff, cmdCancel);
   dialog.form.Click(cmdCancel);

@@ -3,9 +3,11 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "base/enumerations.h"
+
+namespace CLI {
+class App;
+}  // namespace CLI
 
 namespace tesk::cli {
 

@@ -10,6 +10,10 @@
 #include "cli/settingsKey.h"
 #include "cli/values.h"
 
+namespace CLI {
+class App;
+}  // namespace CLI
+
 namespace tesk::cli {
 
 enum class Disposal { Eject, Reject, None };

@@ -1,6 +1,7 @@
 // The options of a scan.
 #include <algorithm>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/conversions.h"

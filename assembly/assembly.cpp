@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "drivers/Driver.h"
-#include "platform/OmrLibrary.h"
+#include "platform/OmrLibraryLoader.h"
 #include "platform/SettingsStores.h"
 #include "setup/SetupScreen.h"
 #include "setup/portSearch.h"

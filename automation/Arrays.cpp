@@ -1,4 +1,3 @@
-// Safe arrays.
 #include <algorithm>
 #include <cstddef>
 #include <cstring>

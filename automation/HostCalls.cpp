@@ -50,7 +50,7 @@ bool FindMember(IDispatch& object, const wchar_t* name, DISPID& id) {
 }
 
 Variant Invoke(IDispatch& object, const wchar_t* name, WORD flags, std::span<VARIANT> reversed) {
-  // Compatibility: the call may release the last reference that the host has.
+  // The call may release the last reference that the host has.
   const ComPtr<IDispatch> kept(&object);
   Exception exception;
   DISPID id = DISPID_UNKNOWN;

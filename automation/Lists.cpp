@@ -1,4 +1,3 @@
-// The collections.
 #include "automation/Lists.h"
 
 namespace tesk::automation {

@@ -136,7 +136,9 @@ std::optional<int> Parse(CLI::App& app, int argc, const char* const* argv, Progr
     program.output->Write(fmt::format("teskread {}\n", TESKREAD_VERSION));
     return kStatusDone;
   } catch (const CLI::ParseError& error) {
-    throw UsageError(ParseErrorText(app, error));
+    if (!AsksForHelp(app)) throw UsageError(ParseErrorText(app, error));
+    program.output->Write(app.help());
+    return kStatusDone;
   } catch (const std::runtime_error&) {
     if (!AsksForHelp(app)) throw;
     program.output->Write(app.help());

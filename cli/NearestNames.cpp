@@ -12,7 +12,7 @@ namespace {
 
 // How far a name is from the wanted one; both are folded. A name that contains the wanted text is near
 // however long it is.
-std::size_t Remoteness(const std::string& wanted, const std::string& name) {
+std::size_t Distance(const std::string& wanted, const std::string& name) {
   if (!wanted.empty() && name.find(wanted) != std::string::npos) return 0;
   return 1 + EditDistance(wanted, name);
 }
@@ -38,7 +38,7 @@ std::vector<std::string> NearestNames(std::string_view wanted, std::span<const s
   const std::string folded = LowerCase(wanted.substr(0, kLongestCompared));
   std::vector<std::pair<std::size_t, std::string>> ranked;
   for (const std::string_view name : names) {
-    const std::size_t distance = Remoteness(folded, LowerCase(name));
+    const std::size_t distance = Distance(folded, LowerCase(name));
     if (distance <= std::max(folded.size(), name.size()) / 2 + 1) ranked.emplace_back(distance, name);
   }
   std::stable_sort(ranked.begin(), ranked.end(),

@@ -10,7 +10,7 @@ namespace tesk::cli {
 namespace {
 
 template <class Action>
-auto Told(Action action) {
+auto AsCommandFailure(Action action) {
   try {
     return action();
   } catch (const RunTimeError& error) {
@@ -21,25 +21,25 @@ auto Told(Action action) {
 }  // namespace
 
 void Output::Check() {
-  Told([&] { file_->Check(); });
+  AsCommandFailure([&] { file_->Check(); });
 }
 void Output::Write(std::string_view text) {
-  Told([&] { file_->Append(text); });
+  AsCommandFailure([&] { file_->Append(text); });
 }
 void Output::Keep(std::string_view text) {
-  Told([&] { file_->Keep(text); });
+  AsCommandFailure([&] { file_->Keep(text); });
 }
 void Output::Settle(std::string_view text) {
-  Told([&] { file_->Settle(text); });
+  AsCommandFailure([&] { file_->Settle(text); });
 }
 void Output::Close() {
-  Told([&] { file_->Close(); });
+  AsCommandFailure([&] { file_->Close(); });
 }
 
 std::unique_ptr<Output> OpenStandardOutput() { return std::make_unique<Output>(platform::StandardOutput()); }
 
 std::unique_ptr<Output> OpenOutput(const std::string& path, platform::OpenMode mode) {
-  return Told([&] { return std::make_unique<Output>(platform::OpenOutputFile(path, mode)); });
+  return AsCommandFailure([&] { return std::make_unique<Output>(platform::OpenOutputFile(path, mode)); });
 }
 
 }  // namespace tesk::cli

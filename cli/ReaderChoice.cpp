@@ -12,7 +12,7 @@
 #include "base/readerNames.h"
 #include "cli/CommandError.h"
 #include "cli/NearestNames.h"
-#include "platform/OmrLibrary.h"
+#include "platform/OmrLibraryLoader.h"
 #include "profiles/models.h"
 #include "simulator/Simulators.h"
 

@@ -89,7 +89,11 @@ void CheckRange(const Assignment& assignment, std::int32_t least, std::int32_t m
 void CheckChoice(const Assignment& assignment, const Choice& choice) {
   constexpr std::string_view kSpaceParity = " ";  // as hosts store it
   const std::string value = LowerCase(SettingText(assignment.value));
-  const auto means = [&](const std::string& taken) { return LowerCase(taken) == value; };
+  const auto typed = DecimalNumber(assignment.text);
+  // What was typed counts, since a number may have been rounded to one that is taken.
+  const auto means = [&](const std::string& taken) {
+    return typed ? typed == DecimalNumber(taken) : LowerCase(taken) == value;
+  };
   if (value == kSpaceParity || std::ranges::any_of(SplitText(choice.values, ' '), means)) return;
   Refuse(assignment, fmt::format("{} takes one of {}", choice.property, choice.values));
 }

@@ -1,4 +1,3 @@
-// The texts of values.
 #include "cli/values.h"
 
 #include <algorithm>

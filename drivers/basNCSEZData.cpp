@@ -15,6 +15,7 @@
 #include "base/HostServices.h"
 #include "base/conversions.h"
 #include "engine/clsTeskReader.h"
+#include "transport/SerialPort.h"
 #include "transport/basUtils.h"
 
 namespace tesk::basNCSEZData {
@@ -43,9 +44,9 @@ constexpr std::array kPortFaults = {kErrorPort,       kErrorPortInUse, kErrorLin
 
 // The engine's communications form, lent for one request: opened on the port with the engine's line settings
 // and a deadline of the request's own, and put back as it was found.
-class Borrowed {
+class BorrowedComm {
  public:
-  explicit Borrowed(const clsTeskReader& reader)
+  explicit BorrowedComm(const clsTeskReader& reader)
       : comm_(reader.fComm()), port_(Deref(comm_).mscComm()), timer_(Deref(comm_).tmrScan()) {
     if (port_->PortOpen()) {
       throw RunTimeError(kErrorPortOpen, "The scanner cannot be asked while its port is open", {},
@@ -57,11 +58,11 @@ class Borrowed {
     handshaking_ = port_->Handshaking();
     inputLen_ = port_->InputLen();
   }
-  Borrowed(const Borrowed&) = delete;
-  Borrowed& operator=(const Borrowed&) = delete;
+  BorrowedComm(const BorrowedComm&) = delete;
+  BorrowedComm& operator=(const BorrowedComm&) = delete;
 
   // One by one: a control of the host's own may refuse what it held itself.
-  ~Borrowed() {
+  ~BorrowedComm() {
     Attempt([&] { timer_->SetEnabled(false); });
     Attempt([&] { timer_->SetInterval(interval_); });
     Attempt([&] { Close(); });
@@ -74,8 +75,8 @@ class Borrowed {
   void Configure(const clsTeskReader& reader, std::int16_t port) {
     port_->SetHandshaking(reader.FlowControl());
     port_->SetCommPort(port);
-    port_->SetSettings(NumberText(reader.BaudRate()) + "," + reader.Parity() + "," +
-                       NumberText(reader.DataBits()) + "," + NumberText(reader.StopBits()));
+    port_->SetSettings(
+        SettingsText(reader.BaudRate(), reader.Parity(), reader.DataBits(), reader.StopBits()));
     port_->SetInputLen(0);
     timer_->SetInterval(TimeForAnswer(reader.BaudRate()));
   }
@@ -131,7 +132,7 @@ std::optional<std::string> IdentityIn(const std::optional<std::string>& line) {
 }  // namespace
 
 bool ProbePortNCSEZ(clsTeskReader& reader, std::int16_t port) {
-  Borrowed comm(reader);
+  BorrowedComm comm(reader);
   comm.Configure(reader, port);
   std::optional<std::string> line;
   const auto fault = Attempt([&] { line = comm.Ask(reader); });
@@ -140,7 +141,7 @@ bool ProbePortNCSEZ(clsTeskReader& reader, std::int16_t port) {
 }
 
 bool FirmwareNCSEZ(clsTeskReader& reader, std::string& firmware) {
-  Borrowed comm(reader);
+  BorrowedComm comm(reader);
   comm.Configure(reader, reader.Port());
   const auto identity = IdentityIn(comm.Ask(reader));
   if (identity) firmware = *identity;

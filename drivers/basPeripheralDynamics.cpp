@@ -403,7 +403,7 @@ constinit const Driver kDriver = {
     .family = Family::PeripheralDynamics,
     .module = "basPeripheralDynamics",
     .initReader = InitReaderPD,
-    // Kept: hosts are told that closing failed.
+    // Compatibility: hosts are told that closing failed.
     .closeReader = [](clsTeskReader& r) { return CloseReaderPD(r), false; },
     .readPage = ReadPagePD,
     .rejectPage = [](clsTeskReader& r) { return RejectPagePD(r), true; },

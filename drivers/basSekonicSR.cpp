@@ -45,7 +45,7 @@ constexpr std::int32_t kMostBarcodes = 99;       // on one sheet; a library that
 
 // What the set-up wants.
 constexpr std::int32_t kReadingMethod = 3;
-constexpr std::int32_t kOtherReadingMethod = 0;  // Compatibility: deliberately left alone
+constexpr std::int32_t kOtherReadingMethod = 0;  // deliberately left alone
 constexpr std::int32_t kFeedMode = 0;
 constexpr std::int32_t kBarcodeUnitOff = 0;
 constexpr std::int32_t kBarcodeReadType = 23;
@@ -109,21 +109,23 @@ void ShowLibraryMissing() {
 }
 
 // Tells what the library did that no library in order does.
-void Disbelieve(const std::string& what) {
+void ReportBadAnswer(const std::string& what) {
   ShowComposedMessage(kReadTitle, LoadString(kNotBelievable) + "|" + what);
 }
 
-void Disbelieve(const char* what, std::int32_t value) { Disbelieve(LoadString(what) + NumberText(value)); }
+void ReportBadAnswer(const char* what, std::int32_t value) {
+  ReportBadAnswer(LoadString(what) + NumberText(value));
+}
 
-void DisbelieveWriting() { Disbelieve(LoadString("It wrote beyond the memory that it was given.")); }
+void ReportOverrun() { ReportBadAnswer(LoadString("It wrote beyond the memory that it was given.")); }
 
 // ---- Memory that the library writes to
 
 // Room for the library, all 0, and behind it a strip that shows whether the library kept to its room.
 template <class Item>
-class LibraryRoom {
+class GuardedBuffer {
  public:
-  explicit LibraryRoom(std::size_t size) : size_(size), items_(size + kStrip, kUntouched) {
+  explicit GuardedBuffer(std::size_t size) : size_(size), items_(size + kStrip, kUntouched) {
     std::fill_n(items_.begin(), size_, Item{});
   }
 
@@ -239,17 +241,17 @@ void SetUpBarcodes(const clsTeskReader& reader, OmrLibrary& library) {
 // The text of one barcode; one that could not be read is empty. Nothing where the library is not to be
 // believed, which has been shown.
 std::optional<std::string> TakeBarcode(OmrLibrary& library, std::int32_t index) {
-  LibraryRoom<char> buffer(kTextBytes);
+  GuardedBuffer<char> buffer(kTextBytes);
   std::int32_t length = 0;
   std::int32_t value = 0;
   const bool failed = library.OMR_GetBarcodeData(index, length, value, buffer.Room()) != 0;
-  if (!buffer.Kept()) return DisbelieveWriting(), std::nullopt;
+  if (!buffer.Kept()) return ReportOverrun(), std::nullopt;
   if (failed) return std::string();
   const auto room = buffer.Room();
   const auto end = std::ranges::find(room, '\0');
-  if (end == room.end()) return Disbelieve(LoadString("A barcode text has no end.")), std::nullopt;
+  if (end == room.end()) return ReportBadAnswer(LoadString("A barcode text has no end.")), std::nullopt;
   if (length < 0 || length >= static_cast<std::int32_t>(kTextBytes)) {
-    return Disbelieve("Barcode length: ", length), std::nullopt;
+    return ReportBadAnswer("Barcode length: ", length), std::nullopt;
   }
   // What the length counts is the library's; the text ends where it ends.
   return library.FromAnsi(std::string(room.begin(), end));
@@ -257,13 +259,13 @@ std::optional<std::string> TakeBarcode(OmrLibrary& library, std::int32_t index) 
 
 // One text per barcode that was read, a single empty one where none was.
 std::optional<BarcodeArray> TakeBarcodes(OmrLibrary& library) {
-  LibraryRoom<std::int32_t> information(kInformationFields);
+  GuardedBuffer<std::int32_t> information(kInformationFields);
   std::int32_t count = 0;
   // A scanner that has no barcode unit has no information either: its sheets have no barcodes.
   const bool none = library.OMR_GetBarcodeInfo(information.Room(), count) != 0;
-  if (!information.Kept()) return DisbelieveWriting(), std::nullopt;
+  if (!information.Kept()) return ReportOverrun(), std::nullopt;
   if (none) return BarcodeArray(1);
-  if (count < 0 || count > kMostBarcodes) return Disbelieve("Barcodes: ", count), std::nullopt;
+  if (count < 0 || count > kMostBarcodes) return ReportBadAnswer("Barcodes: ", count), std::nullopt;
   BarcodeArray texts;
   for (std::int32_t index = 0; index < count; ++index) {
     auto text = TakeBarcode(library, index);
@@ -307,12 +309,12 @@ bool Feed(clsTeskReader& reader, OmrLibrary& library) {
 }
 
 std::optional<Side> TakeSide(OmrLibrary& library, const SideOfSheet& which, std::int32_t columns) {
-  LibraryRoom<std::uint8_t> buffer(kMarkBytes);
+  GuardedBuffer<std::uint8_t> buffer(kMarkBytes);
   std::int32_t rows = kRows;
   const bool failed = library.OMR_GetMarks(which.number, rows, buffer.Room()) == 0;
-  if (!buffer.Kept()) return DisbelieveWriting(), std::nullopt;
+  if (!buffer.Kept()) return ReportOverrun(), std::nullopt;
   if (failed) return Fail(which.failure), std::nullopt;
-  if (rows < 0 || rows > kRows) return Disbelieve("Rows: ", rows), std::nullopt;
+  if (rows < 0 || rows > kRows) return ReportBadAnswer("Rows: ", rows), std::nullopt;
   Side side;
   side.rows = static_cast<std::int16_t>(rows);
   auto mark = buffer.Room().begin();
@@ -445,7 +447,7 @@ std::optional<Sheet> ReadPageSR(clsTeskReader& reader, std::int16_t /*threshold*
     if (barcodes) SetUpBarcodes(reader, *library);
     const std::int32_t columns = library->OMR_GetNumberOfColumnsToRead();
     // Before the feeding: with more columns the library would fill another extent than there is room for.
-    if (columns < 1 || columns > kColumns) return Disbelieve("Columns: ", columns), std::nullopt;
+    if (columns < 1 || columns > kColumns) return ReportBadAnswer("Columns: ", columns), std::nullopt;
     if (!Feed(reader, *library)) return std::nullopt;
     auto page = TakePage(*library, columns, twoSided, barcodes);
     return page ? std::optional(SheetOf(std::move(*page))) : std::nullopt;

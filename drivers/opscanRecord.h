@@ -52,7 +52,7 @@ class OpScanRecord {
   WrongLength WrongEnd(std::size_t behind) const;
 
   // The sheet as it was taken: sides of 150 x 48 values from 0, the scanner sends 0 to 15; the lines of each
-  // side as timing marks, those of side 2 only where that is read. Kept: a record without a text section has
+  // side as timing marks, those of side 2 only where that is read. Compatibility: a record without a text section has
   // the one text "?".
   Sheet Result() const;
 

@@ -116,7 +116,7 @@ std::span<const StatusText> StatusTexts(teskReaderType type, std::int16_t readin
 
 // ---- Marks
 
-// The columns of a card in the order of its punch positions. Kept: 1 to 9 run from column 9 down.
+// The columns of a card in the order of its punch positions. Compatibility: 1 to 9 run from column 9 down.
 constexpr std::string_view kCardColumns = "9876543210XYABC";
 constexpr std::string_view kWrongModeColumns = ":;<=>";
 

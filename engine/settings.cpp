@@ -16,8 +16,8 @@
 namespace tesk {
 namespace {
 
-using R = clsTeskReader;
-using P = clsTeskReaderProfile;
+using Reader = clsTeskReader;
+using Profile = clsTeskReaderProfile;
 
 template <auto kGet, class Owner>
 using ValueOf = std::remove_cvref_t<decltype((std::declval<const Owner&>().*kGet)())>;
@@ -59,11 +59,11 @@ Value Taken(const SettingValue& value) {
 
 template <auto kGet, auto kSet>
 constexpr EngineSetting Unsaved(const char* name) {
-  using Value = ValueOf<kGet, R>;
+  using Value = ValueOf<kGet, Reader>;
   EngineSetting setting = {.name = name,
                            .kind = KindOf<Value>(),
-                           .get = [](const R& r) { return Held((r.*kGet)()); },
-                           .set = [](R& r, const SettingValue& v) { (r.*kSet)(Taken<Value>(v)); }};
+                           .get = [](const Reader& r) { return Held((r.*kGet)()); },
+                           .set = [](Reader& r, const SettingValue& v) { (r.*kSet)(Taken<Value>(v)); }};
   if constexpr (std::is_enum_v<Value>) setting.members = EnumeratorsOf<Value>;
   return setting;
 }
@@ -80,7 +80,7 @@ constexpr EngineSetting HostsOwn(const char* name, const char* missing, const ch
 template <auto kGet, auto kSet, auto kProposed>
 constexpr EngineSetting Proposed(const char* name, const char* missing, const char* savedAs = nullptr) {
   EngineSetting setting = HostsOwn<kGet, kSet>(name, missing, savedAs);
-  setting.proposed = [](const P& p) { return Held((p.*kProposed)()); };
+  setting.proposed = [](const Profile& p) { return Held((p.*kProposed)()); };
   return setting;
 }
 
@@ -93,50 +93,54 @@ constexpr EngineSetting LoadedAsBoolean(EngineSetting setting) {
 constexpr EngineSetting kImprinter = {
     .name = "Printer",
     .kind = SettingKind::Boolean,
-    .get = [](const R& r) { return Held(Deref(r.Printer()).Enabled()); },
-    .set = [](R& r, const SettingValue& v) { Deref(r.Printer()).SetEnabled(std::get<bool>(v)); },
+    .get = [](const Reader& r) { return Held(Deref(r.Printer()).Enabled()); },
+    .set = [](Reader& r, const SettingValue& v) { Deref(r.Printer()).SetEnabled(std::get<bool>(v)); },
     .savedAs = "Printer",
     .missing = "False",
-    .proposed = [](const P& p) { return Held(p.Printer()); }};
+    .proposed = [](const Profile& p) { return Held(p.Printer()); }};
 
 constexpr EngineSetting kSettings[] = {
-    Proposed<&R::ImagingEnabled, &R::SetImagingEnabled, &P::ImagingEnabled>("ImagingEnabled", "True"),
-    Proposed<&R::ReaderGrade, &R::SetReaderGrade, &P::ReaderGrade>("ReaderGrade", "False"),
-    Proposed<&R::Barcode, &R::SetBarcode, &P::Barcode>("Barcode", "False"),
-    Proposed<&R::Duplex, &R::SetDuplex, &P::Duplex>("Duplex", "False"),
-    Proposed<&R::Feeder, &R::SetFeeder, &P::Feeder>("Feeder", "False"),
-    Proposed<&R::FlowControl, &R::SetFlowControl, &P::FlowControl>("FlowControl", "0"),
-    Proposed<&R::Image, &R::SetImage, &P::Imaging>("Image", "False"),
-    Proposed<&R::MarkCutOff, &R::SetMarkCutOff, &P::MarkCutOff>("MarkCutOff", "0"),
-    Proposed<&R::MarkDiscrimination, &R::SetMarkDiscrimination, &P::MarkDiscrimination>("MarkDiscrimination",
-                                                                                        "0"),
+    Proposed<&Reader::ImagingEnabled, &Reader::SetImagingEnabled, &Profile::ImagingEnabled>("ImagingEnabled",
+                                                                                            "True"),
+    Proposed<&Reader::ReaderGrade, &Reader::SetReaderGrade, &Profile::ReaderGrade>("ReaderGrade", "False"),
+    Proposed<&Reader::Barcode, &Reader::SetBarcode, &Profile::Barcode>("Barcode", "False"),
+    Proposed<&Reader::Duplex, &Reader::SetDuplex, &Profile::Duplex>("Duplex", "False"),
+    Proposed<&Reader::Feeder, &Reader::SetFeeder, &Profile::Feeder>("Feeder", "False"),
+    Proposed<&Reader::FlowControl, &Reader::SetFlowControl, &Profile::FlowControl>("FlowControl", "0"),
+    Proposed<&Reader::Image, &Reader::SetImage, &Profile::Imaging>("Image", "False"),
+    Proposed<&Reader::MarkCutOff, &Reader::SetMarkCutOff, &Profile::MarkCutOff>("MarkCutOff", "0"),
+    Proposed<&Reader::MarkDiscrimination, &Reader::SetMarkDiscrimination, &Profile::MarkDiscrimination>(
+        "MarkDiscrimination", "0"),
     kImprinter,
-    HostsOwn<&R::ReaderType, &R::SetReaderType>("ReaderType", "0", "ScannerType"),
-    Proposed<&R::ErasureThreshold, &R::SetErasureThreshold, &P::ErasureThreshold>("ErasureThreshold", "0"),
-    Proposed<&R::RecognitionThreshold, &R::SetRecognitionThreshold, &P::RecognitionThreshold>(
+    HostsOwn<&Reader::ReaderType, &Reader::SetReaderType>("ReaderType", "0", "ScannerType"),
+    Proposed<&Reader::ErasureThreshold, &Reader::SetErasureThreshold, &Profile::ErasureThreshold>(
+        "ErasureThreshold", "0"),
+    Proposed<&Reader::RecognitionThreshold, &Reader::SetRecognitionThreshold, &Profile::RecognitionThreshold>(
         "RecognitionThreshold", "0"),
-    Proposed<&R::RecognitionThresholdMax, &R::SetRecognitionThresholdMax, &P::RecognitionThresholdMaximum>(
-        "RecognitionThresholdMax", "0"),
-    Proposed<&R::Rejecter, &R::SetRejecter, &P::Rejecter>("Rejecter", "False", "Reject"),
-    Proposed<&R::BaudRate, &R::SetBaudRate, &P::BaudRate>("BaudRate", "9600", "ScannerBaud"),
-    Proposed<&R::DataBits, &R::SetDataBits, &P::DataBits>("DataBits", "7", "ScannerDataBits"),
-    Proposed<&R::Parity, &R::SetParity, &P::Parity>("Parity", "N", "ScannerParity"),
-    HostsOwn<&R::Port, &R::SetPort>("Port", "1", "ScannerPort"),
-    Proposed<&R::StopBits, &R::SetStopBits, &P::StopBits>("StopBits", "1", "ScannerStopBits"),
-    Proposed<&R::SleepTime, &R::SetSleepTime, &P::SleepTime>("SleepTime", "50"),
-    Proposed<&R::TimeOut, &R::SetTimeOut, &P::TimeOut>("TimeOut", "10"),
-    HostsOwn<&R::Continuous, &R::SetContinuous>("Continuous", "False"),
-    HostsOwn<&R::Windowing, &R::SetWindowing>("Windowing", "False"),
-    LoadedAsBoolean(Proposed<&R::ColorDepth, &R::SetColorDepth, &P::ColorDepth>("ColorDepth", "0")),
-    LoadedAsBoolean(Proposed<&R::Resolution, &R::SetResolution, &P::Resolution>("Resolution", "200")),
-    Unsaved<&R::DuplexForm, &R::SetDuplexForm>("DuplexForm"),
-    Unsaved<&R::RecognitionMode, &R::SetRecognitionMode>("RecognitionMode"),
-    Unsaved<&R::CancelScan, &R::SetCancelScan>("CancelScan"),
-    Unsaved<&R::HelpFile, &R::SetHelpFile>("HelpFile"),
-    Unsaved<&R::Side1Image, &R::SetSide1Image>("Side1Image"),
-    Unsaved<&R::Side2Image, &R::SetSide2Image>("Side2Image"),
-    Unsaved<&R::Side1Coordinates, &R::SetSide1Coordinates>("Side1Coordinates"),
-    Unsaved<&R::Side2Coordinates, &R::SetSide2Coordinates>("Side2Coordinates"),
+    Proposed<&Reader::RecognitionThresholdMax, &Reader::SetRecognitionThresholdMax,
+             &Profile::RecognitionThresholdMaximum>("RecognitionThresholdMax", "0"),
+    Proposed<&Reader::Rejecter, &Reader::SetRejecter, &Profile::Rejecter>("Rejecter", "False", "Reject"),
+    Proposed<&Reader::BaudRate, &Reader::SetBaudRate, &Profile::BaudRate>("BaudRate", "9600", "ScannerBaud"),
+    Proposed<&Reader::DataBits, &Reader::SetDataBits, &Profile::DataBits>("DataBits", "7", "ScannerDataBits"),
+    Proposed<&Reader::Parity, &Reader::SetParity, &Profile::Parity>("Parity", "N", "ScannerParity"),
+    HostsOwn<&Reader::Port, &Reader::SetPort>("Port", "1", "ScannerPort"),
+    Proposed<&Reader::StopBits, &Reader::SetStopBits, &Profile::StopBits>("StopBits", "1", "ScannerStopBits"),
+    Proposed<&Reader::SleepTime, &Reader::SetSleepTime, &Profile::SleepTime>("SleepTime", "50"),
+    Proposed<&Reader::TimeOut, &Reader::SetTimeOut, &Profile::TimeOut>("TimeOut", "10"),
+    HostsOwn<&Reader::Continuous, &Reader::SetContinuous>("Continuous", "False"),
+    HostsOwn<&Reader::Windowing, &Reader::SetWindowing>("Windowing", "False"),
+    LoadedAsBoolean(
+        Proposed<&Reader::ColorDepth, &Reader::SetColorDepth, &Profile::ColorDepth>("ColorDepth", "0")),
+    LoadedAsBoolean(
+        Proposed<&Reader::Resolution, &Reader::SetResolution, &Profile::Resolution>("Resolution", "200")),
+    Unsaved<&Reader::DuplexForm, &Reader::SetDuplexForm>("DuplexForm"),
+    Unsaved<&Reader::RecognitionMode, &Reader::SetRecognitionMode>("RecognitionMode"),
+    Unsaved<&Reader::CancelScan, &Reader::SetCancelScan>("CancelScan"),
+    Unsaved<&Reader::HelpFile, &Reader::SetHelpFile>("HelpFile"),
+    Unsaved<&Reader::Side1Image, &Reader::SetSide1Image>("Side1Image"),
+    Unsaved<&Reader::Side2Image, &Reader::SetSide2Image>("Side2Image"),
+    Unsaved<&Reader::Side1Coordinates, &Reader::SetSide1Coordinates>("Side1Coordinates"),
+    Unsaved<&Reader::Side2Coordinates, &Reader::SetSide2Coordinates>("Side2Coordinates"),
 };
 
 auto SavedSettings() {

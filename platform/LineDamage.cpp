@@ -1,4 +1,3 @@
-// The wording of damage on a line.
 #include "platform/LineDamage.h"
 
 #include <string_view>

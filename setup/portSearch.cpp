@@ -1,4 +1,3 @@
-// The search over the ports.
 #include "setup/portSearch.h"
 
 #include "drivers/basNCSEZData.h"

@@ -1,4 +1,3 @@
-// The rules of spin fields.
 #include "setup/spinField.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// The deadline timer.
 #include "transport/OneShotTimer.h"
 
 #include <utility>

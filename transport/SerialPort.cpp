@@ -75,6 +75,11 @@ LineSettings ParseSettings(const std::string& settings) {
   return line;
 }
 
+std::string SettingsText(std::int32_t bitRate, const std::string& parity, std::int32_t dataBits,
+                         float stopBits) {
+  return NumberText(bitRate) + "," + parity + "," + NumberText(dataBits) + "," + NumberText(stopBits);
+}
+
 SerialPort::SerialPort(std::shared_ptr<SerialSystem> system) : system_(std::move(system)) {}
 
 void SerialPort::SetCommPort(std::int16_t port) {

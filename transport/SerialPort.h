@@ -13,6 +13,9 @@ namespace tesk {
 // "9600,N,8,1" taken apart. Throws error 380 for a text that is not four parts or holds a value that no
 // line has; which of the remaining ones this line can do shows at opening.
 LineSettings ParseSettings(const std::string& settings);
+// The same text from its parts; they are taken as they are.
+std::string SettingsText(std::int32_t bitRate, const std::string& parity, std::int32_t dataBits,
+                         float stopBits);
 
 class SerialPort : public SerialControl {
  public:

@@ -204,6 +204,8 @@ std::string SummaryText(std::size_t good, std::size_t all) {
 
 int RunDemo(const DemoOptions& options, Program& program) {
   const teskReaderType reader = options.reader;
+  RequireDriver(reader);
+  RequireLineSimulator(reader);
   platform::InstallInterruptHandler();
   const auto stock = DemoStock(reader, options.sheets);
   DemoScanner scanner(reader, stock, options.paced);
@@ -224,16 +226,10 @@ int RunDemo(const DemoOptions& options, Program& program) {
 void AddDemoCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<DemoOptions>();
   CLI::App* command = app.add_subcommand("demo", "Reads sheets from a simulated scanner, no hardware needed");
-  const auto readReader = [](const std::string& text) {
-    const teskReaderType reader = ParseReader(text);
-    RequireDriver(reader);
-    RequireLineSimulator(reader);
-    return reader;
-  };
   AddOption(
       *command,
       {"--reader", "R", "the scanner model: its number or name in the list of models (15)", "--reader 13"},
-      options->reader, readReader);
+      options->reader, ParseReader);
   AddOption(*command, {"--sheets", "N", "how many sheets are read (3)", "--sheets 5"}, options->sheets,
             WholeFrom<std::int32_t>(1, 1000));
   AddFlag(*command, {"--paced", "", "as slow as the scanner's line would be", "teskread demo --paced"},

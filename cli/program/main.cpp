@@ -1,4 +1,3 @@
-// teskread.
 #include <string>
 #include <vector>
 

@@ -15,6 +15,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandError.h"
+#include "cli/inputFile.h"
 #include "cli/scan/SheetRecord.h"
 #include "platform/Platform.h"
 
@@ -26,8 +27,6 @@ namespace fs = std::filesystem;
 constexpr std::uintmax_t kLongestRecord = 32U << 20U;  // bytes; two sides of the largest size fit
 
 constexpr const char* kStandardOutput = "/dev/stdout";  // where the system has one
-
-fs::path PathOf(const std::string& utf8) { return {std::u8string(utf8.begin(), utf8.end())}; }
 
 bool IsRegular(const std::string& path) {
   std::error_code ignored;

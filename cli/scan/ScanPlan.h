@@ -50,12 +50,4 @@ void AddScanOptions(CLI::App& command, ScanPlan& plan);
 // it.
 void CompleteScanPlan(ScanPlan& plan);
 
-// Sets the engine up: the model's defaults first, then the options in the order of their documentation.
-// Touches no wire. Throws UsageError where an option does not fit the model, CommandFailure where the model
-// cannot be scanned with.
-void ConfigureEngine(const ScanPlan& plan, clsTeskReader& engine);
-
-// What decides what goes over the wire, as a trace states it: NAME=VALUE, parted by blanks.
-std::string TraceSettingsText(const clsTeskReader& engine, const ScanPlan& plan);
-
 }  // namespace tesk::cli

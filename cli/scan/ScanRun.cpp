@@ -12,7 +12,9 @@
 #include "cli/scan/BatchHost.h"
 #include "cli/scan/LineActivity.h"
 #include "cli/scan/SheetRoad.h"
+#include "cli/scan/scanSetup.h"
 #include "cli/trace/Trace.h"
+#include "cli/trace/traceSettings.h"
 #include "platform/Platform.h"
 
 namespace tesk::cli {

@@ -1,4 +1,3 @@
-// The judgement of sheets.
 #include "cli/scan/SheetJudge.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // Sets the engine up for a scan.
+#include "cli/scan/scanSetup.h"
+
 #include <algorithm>
 #include <iterator>
 #include <memory>

@@ -1,16 +1,13 @@
 // The reader of sheet files. Nothing in the file is trusted.
 #include "cli/simulated/SheetFile.h"
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <string_view>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandError.h"
+#include "cli/inputFile.h"
 #include "cli/values.h"
 
 namespace tesk::cli {
@@ -157,14 +154,7 @@ std::vector<simulator::Sheet> ReadSheets(std::istream& stream, const std::string
 }
 
 std::vector<simulator::Sheet> ReadSheetFile(const std::string& file, std::int16_t darkest) {
-  const std::filesystem::path path(file);
-  std::error_code ignored;
-  if (std::filesystem::is_directory(path, ignored)) throw CommandFailure(file + ": is a directory");
-  errno = 0;
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) {
-    throw CommandFailure(fmt::format("{}: cannot be read: {}", file, std::strerror(errno ? errno : ENOENT)));
-  }
+  auto stream = OpenInputFile(file);
   return ReadSheets(stream, file, darkest);
 }
 

@@ -2,11 +2,7 @@
 #include "cli/trace/TraceFile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string_view>
 
@@ -14,6 +10,7 @@
 
 #include "base/readerNames.h"
 #include "cli/CommandError.h"
+#include "cli/inputFile.h"
 #include "cli/trace/Trace.h"
 #include "cli/values.h"
 
@@ -262,14 +259,7 @@ RecordedTrace ReadTrace(std::istream& stream, const std::string& file) {
 }
 
 RecordedTrace ReadTraceFile(const std::string& file) {
-  const std::filesystem::path path(file);
-  std::error_code ignored;
-  if (std::filesystem::is_directory(path, ignored)) throw CommandFailure(file + ": is a directory");
-  errno = 0;
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) {
-    throw CommandFailure(fmt::format("{}: cannot be read: {}", file, std::strerror(errno ? errno : ENOENT)));
-  }
+  auto stream = OpenInputFile(file);
   return ReadTrace(stream, file);
 }
 

@@ -1,4 +1,5 @@
-// The line "settings" of a trace.
+#include "cli/trace/traceSettings.h"
+
 #include <fmt/format.h>
 
 #include "base/conversions.h"

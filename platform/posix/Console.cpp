@@ -11,7 +11,7 @@
 #include <iostream>
 
 #include "platform/Platform.h"
-#include "platform/Terminal.h"
+#include "platform/terminal.h"
 
 namespace tesk::platform {
 namespace {

@@ -15,9 +15,6 @@ using LineCounters = std::array<int, 5>;
 inline constexpr std::array kCounted = {LineDamage::Parity, LineDamage::Framing, LineDamage::Break,
                                         LineDamage::PortOverrun, LineDamage::SystemOverrun};
 
-// Empty for a device that counts nothing, such as a pseudo-terminal.
-std::optional<LineCounters> CountersOf(int descriptor);
-
 // Compares the counters with what they were the last time.
 class CounterWatch {
  public:

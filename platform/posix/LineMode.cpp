@@ -11,9 +11,9 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/LineRules.h"
+#include "platform/lineRules.h"
+#include "platform/openError.h"
 #include "platform/posix/Descriptor.h"
-#include "platform/posix/OpenError.h"
 
 namespace tesk::platform {
 namespace {

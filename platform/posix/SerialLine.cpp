@@ -3,6 +3,7 @@
 
 #include <asm/termbits.h>
 #include <fcntl.h>
+#include <linux/serial.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -19,10 +20,10 @@
 #include "base/conversions.h"
 #include "platform/LineDamage.h"
 #include "platform/Platform.h"
+#include "platform/openError.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/LineCounters.h"
 #include "platform/posix/LineMode.h"
-#include "platform/posix/OpenError.h"
 #include "platform/posix/ParityMarks.h"
 
 namespace tesk::platform {
@@ -209,6 +210,12 @@ std::string DeviceOfName(const std::string& name) {
 bool SameDevice(const std::string& one, const std::string& other) {
   std::error_code error;
   return one == other || std::filesystem::equivalent(one, other, error);
+}
+
+std::optional<LineCounters> CountersOf(int descriptor) {
+  serial_icounter_struct counts{};
+  if (::ioctl(descriptor, TIOCGICOUNT, &counts) != 0) return std::nullopt;
+  return LineCounters{counts.parity, counts.frame, counts.brk, counts.overrun, counts.buf_overrun};
 }
 
 PosixSerialSystem::PosixSerialSystem(DevicePaths paths, Milliseconds patience, CounterSource counters)

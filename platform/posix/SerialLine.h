@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/LineCommon.h"
+#include "platform/lineCommon.h"
 #include "platform/posix/LineCounters.h"
 #include "transport/HostLoop.h"
 #include "transport/SerialLine.h"
@@ -21,6 +21,9 @@ DevicePaths DefaultDevicePaths(std::string explicitPort);
 
 // What a device's driver has counted of damaged and lost bytes; empty where it counts nothing.
 using CounterSource = std::function<std::optional<LineCounters>(int descriptor)>;
+
+// The system's own; empty for a device that counts nothing, such as a pseudo-terminal.
+std::optional<LineCounters> CountersOf(int descriptor);
 
 class PosixSerialSystem : public SerialSystem {
  public:

@@ -17,7 +17,7 @@
 #include <sstream>
 
 #include "base/conversions.h"
-#include "platform/posix/Owner.h"
+#include "platform/posix/owner.h"
 
 namespace tesk::platform {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/SettingsStores.h"
-#include "platform/SettingsText.h"
+#include "platform/settingsText.h"
 
 namespace tesk::platform {
 

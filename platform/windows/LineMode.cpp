@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/LineRules.h"
-#include "platform/windows/OpenError.h"
+#include "platform/lineRules.h"
+#include "platform/openError.h"
 #include "platform/windows/Text.h"
 
 namespace tesk::platform {

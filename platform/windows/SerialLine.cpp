@@ -7,12 +7,12 @@
 #include "base/conversions.h"
 #include "platform/LineDamage.h"
 #include "platform/Platform.h"
-#include "platform/windows/CommErrors.h"
+#include "platform/openError.h"
 #include "platform/windows/Handle.h"
 #include "platform/windows/LineMode.h"
-#include "platform/windows/OpenError.h"
 #include "platform/windows/Overlapped.h"
 #include "platform/windows/Text.h"
+#include "platform/windows/commErrors.h"
 
 namespace tesk::platform {
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/LineCommon.h"
+#include "platform/lineCommon.h"
 #include "transport/HostLoop.h"
 #include "transport/SerialLine.h"
 

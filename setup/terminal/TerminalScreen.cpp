@@ -10,8 +10,8 @@
 #include "base/RunTimeError.h"
 #include "base/ShownText.h"
 #include "platform/Platform.h"
-#include "setup/terminal/TerminalKind.h"
 #include "setup/terminal/TerminalPopups.h"
+#include "setup/terminal/terminalKind.h"
 
 namespace tesk {
 namespace {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Terminal.h"
+#include "platform/terminal.h"
 #include "setup/terminal/Curses.h"
 #include "setup/terminal/TerminalKeys.h"
 

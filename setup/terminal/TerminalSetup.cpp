@@ -4,8 +4,8 @@
 
 #include "platform/Platform.h"
 #include "setup/SetupScreen.h"
-#include "setup/terminal/TerminalKind.h"
 #include "setup/terminal/TerminalOptions.h"
+#include "setup/terminal/terminalKind.h"
 
 namespace tesk {
 namespace {

@@ -12,6 +12,8 @@
 #include "cli/ReaderChoice.h"
 #include "cli/assignments.h"
 #include "cli/scan/ScanPlan.h"
+#include "cli/scan/scanSetup.h"
+#include "cli/trace/traceSettings.h"
 #include "cli/values.h"
 #include "tests/support/TestBench.h"
 

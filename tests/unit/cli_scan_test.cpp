@@ -9,6 +9,7 @@
 
 #include "cli/CommandError.h"
 #include "cli/scan/BatchHost.h"
+#include "cli/scan/scanSetup.h"
 #include "cli/simulated/SimulatedScanner.h"
 #include "cli/trace/Trace.h"
 #include "simulator/Simulators.h"

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/windows/CommErrors.h"
+#include "platform/windows/commErrors.h"
 
 namespace tesk::platform {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/OmrLibrary.h"
+#include "platform/OmrLibraryLoader.h"
 #include "platform/windows/Text.h"
 #include "platform/windows/WindowsApi.h"
 

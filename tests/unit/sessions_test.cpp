@@ -14,6 +14,7 @@
 
 #include "cli/CommandError.h"
 #include "cli/scan/BatchHost.h"
+#include "cli/scan/scanSetup.h"
 #include "cli/simulated/SimulatedScanner.h"
 #include "cli/trace/TraceFile.h"
 #include "cli/values.h"

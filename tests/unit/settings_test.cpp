@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/SettingsStores.h"
-#include "platform/SettingsText.h"
+#include "platform/settingsText.h"
 #include "tests/support/TestBench.h"
 
 namespace tesk::test {

@@ -10,6 +10,7 @@
 #include "drivers/Driver.h"
 #include "engine/clsTeskReader.h"
 #include "profiles/models.h"
+#include "transport/SerialPort.h"
 
 namespace tesk {
 namespace {
@@ -42,8 +43,7 @@ void OpenPort(const clsTeskReader& reader, SerialControl& port) {
   if (port.PortOpen()) port.SetPortOpen(false);
   port.SetHandshaking(reader.FlowControl());
   port.SetCommPort(reader.Port());
-  port.SetSettings(NumberText(reader.BaudRate()) + "," + reader.Parity() + "," +
-                   NumberText(reader.DataBits()) + "," + NumberText(reader.StopBits()));
+  port.SetSettings(SettingsText(reader.BaudRate(), reader.Parity(), reader.DataBits(), reader.StopBits()));
   port.SetPortOpen(true);
 }
 

@@ -1,5 +1,5 @@
 // The words for a port that cannot be opened.
-#include "platform/windows/OpenError.h"
+#include "platform/openError.h"
 
 #include <array>
 

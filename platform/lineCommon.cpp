@@ -1,5 +1,5 @@
 // The common part of serial lines.
-#include "platform/LineCommon.h"
+#include "platform/lineCommon.h"
 
 #include <thread>
 

@@ -1,5 +1,5 @@
 // Reading and writing the settings file's text.
-#include "platform/SettingsText.h"
+#include "platform/settingsText.h"
 
 #include <algorithm>
 #include <cstddef>

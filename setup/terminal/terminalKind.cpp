@@ -1,5 +1,5 @@
 // The description of the terminal. Apart from the screen: the header's macros have names such as "lines".
-#include "setup/terminal/TerminalKind.h"
+#include "setup/terminal/terminalKind.h"
 
 #include <term.h>
 

@@ -1,5 +1,5 @@
 // There is no library of the Sekonic USB readers for this system.
-#include "platform/OmrLibrary.h"
+#include "platform/OmrLibraryLoader.h"
 
 namespace tesk::platform {
 namespace {

@@ -1,4 +1,5 @@
-// The options of a scan.
+#include "cli/scan/ScanPlan.h"
+
 #include <algorithm>
 
 #include <CLI/CLI.hpp>
@@ -9,7 +10,6 @@
 #include "cli/CommandError.h"
 #include "cli/ReaderChoice.h"
 #include "cli/options.h"
-#include "cli/scan/ScanPlan.h"
 #include "cli/storedSettings.h"
 #include "platform/SettingsStores.h"
 
@@ -28,20 +28,12 @@ void AddReaderOptions(CLI::App& command, ScanPlan& plan) {
       command,
       {"--reader", "R", "the scanner model: its number or name in the list of models (teskread readers)",
        "--reader \"Scantron Scanmark 5500\""},
-      plan.reader, [](const std::string& text) {
-        const teskReaderType reader = ParseReader(text);
-        RequireDriver(reader);
-        return reader;
-      });
+      plan.reader, ParseReader);
   AddSettingsKeyOptions(command, plan.key, false);
   AddOption(command,
             {"--port", "P", "1 to 16, a device path, or sim: a simulated scanner of the chosen model",
              "--port /dev/ttyUSB0"},
-            plan.port, [&plan](std::string_view option, const std::string& text) {
-              // What no port would help comes before what is wrong with this one.
-              if (LowerCase(text) != "sim") RequireSystem(plan.reader);
-              return ParsePort(option, text);
-            });
+            plan.port, ParsePort);
   AddOption(
       command,
       {"--set", "NAME=VALUE", "sets a value by its name (teskread help settings lists them); may be repeated",

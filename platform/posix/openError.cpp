@@ -1,5 +1,5 @@
 // The words for a device that cannot be opened.
-#include "platform/posix/OpenError.h"
+#include "platform/openError.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,8 +8,8 @@
 #include <cerrno>
 
 #include "platform/posix/Descriptor.h"
-#include "platform/posix/Owner.h"
 #include "platform/posix/SerialPorts.h"
+#include "platform/posix/owner.h"
 
 namespace tesk::platform {
 namespace {

@@ -1,5 +1,5 @@
 // The library of the Sekonic USB readers: a DLL of the scanner maker's, loaded by name at run time.
-#include "platform/OmrLibrary.h"
+#include "platform/OmrLibraryLoader.h"
 
 #include <memory>
 #include <string>

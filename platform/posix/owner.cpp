@@ -1,5 +1,5 @@
 // Users, groups and modes as texts.
-#include "platform/posix/Owner.h"
+#include "platform/posix/owner.h"
 
 #include <grp.h>
 #include <pwd.h>

@@ -1,5 +1,5 @@
 // The rules of asynchronous lines.
-#include "platform/LineRules.h"
+#include "platform/lineRules.h"
 
 #include <array>
 #include <string_view>

@@ -1,5 +1,6 @@
 // A batch through the command line's parts, in memory and in virtual time: what is delivered, how it ends
 // when the operator asks, and what the trace holds.
+#include <iterator>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -27,7 +28,7 @@ constexpr auto kHeld = teskReaderTypeScantronScanMark5500;
 // teskread's own arrangement around an engine, with everything that it writes kept in memory.
 class CliScan : public testing::Test, public SheetTaker {
  protected:
-  void Start(teskReaderType type, simulator::Options options, std::vector<std::string> assignments = {}) {
+  void Start(teskReaderType type, simulator::Options options, const std::string& more = {}) {
     scanner_ = simulator::CreateScanner(type, std::move(options));
     time_->nextDue = [this] { return scanner_->NextDue(); };
     trace_ = std::make_shared<Trace>(time_, [](const std::string&) {});
@@ -41,13 +42,12 @@ class CliScan : public testing::Test, public SheetTaker {
          .timer = std::make_shared<TracedTimer>(std::make_shared<DeadlineTimer>(time_), trace_)});
     trace_->CancelledBy([this] { return engine_->CancelScan(); });
     engine_->SetError(host_);
-    std::vector<std::string> arguments{
-        "--reader", std::to_string(type), "--port", "sim", "--side1", side1_, "--side2",
-        side2_,     "--dispose",          dispose_};
-    for (const std::string& text : assignments) arguments.insert(arguments.end(), {"--set", text});
-    if (strict_) arguments.emplace_back("--strict");
+    std::vector<std::string> arguments{"--reader", std::to_string(type), "--port", "sim"};
+    if (more.find("--side1") == std::string::npos)
+      arguments.insert(arguments.end(), {"--side1", "50x48", "--side2", "50x48"});
+    std::istringstream words(more);
+    arguments.insert(arguments.end(), std::istream_iterator<std::string>(words), {});
     test::ParseScan(std::move(arguments), plan_);
-    plan_.maxSheets = maxSheets_;
     ConfigureEngine(plan_, *engine_);
     batch_ =
         std::make_unique<BatchHost>(*engine_, plan_,
@@ -73,7 +73,7 @@ class CliScan : public testing::Test, public SheetTaker {
 
   BatchReport Read() {
     std::int32_t count = 0;
-    return batch_->Report(engine_->ReadBatch(false, maxSheets_, count));
+    return batch_->Report(engine_->ReadBatch(false, plan_.maxSheets, count));
   }
 
   std::shared_ptr<test::VirtualTime> time_ = std::make_shared<test::VirtualTime>();
@@ -89,17 +89,12 @@ class CliScan : public testing::Test, public SheetTaker {
   std::vector<SheetRecord> records_;
   std::function<void(int)> onMessages_;
   ScanPlan plan_;
-  std::string side1_ = "50x48";
-  std::string side2_ = "50x48";
-  std::string dispose_ = "eject";
-  bool strict_ = false;
-  std::int32_t maxSheets_ = -1;
   bool interrupted_ = false;
   std::vector<std::string> keptAs_;
 };
 
 TEST_F(CliScan, AnInterruptDoesNotWaitForAScannerThatFellSilent) {
-  Start(kHeld, {.count = 5, .faults = {{simulator::FaultKind::Cut, 1, 100}}}, {"TimeOut=600"});
+  Start(kHeld, {.count = 5, .faults = {{simulator::FaultKind::Cut, 1, 100}}}, "--set TimeOut=600");
   onMessages_ = [this](int) { interrupted_ = interrupted_ || scanner_->SheetsLeft() == 4; };
   Read();
   EXPECT_LT(time_->Elapsed(), Milliseconds(20000));
@@ -109,7 +104,7 @@ TEST_F(CliScan, AnInterruptDoesNotWaitForAScannerThatFellSilent) {
 }
 
 TEST_F(CliScan, ASheetWhoseWayOutWasNotAwaitedIsNotSaidToHaveLeft) {
-  Start(kHeld, {.count = 5, .faults = {{simulator::FaultKind::SilenceEject, 2}}}, {"TimeOut=600"});
+  Start(kHeld, {.count = 5, .faults = {{simulator::FaultKind::SilenceEject, 2}}}, "--set TimeOut=600");
   onMessages_ = [this](int) { interrupted_ = interrupted_ || keptAs_.size() == 2; };
   EXPECT_EQ(StatusOf(Read()), 130);
   ASSERT_EQ(records_.size(), 2U);
@@ -117,31 +112,13 @@ TEST_F(CliScan, ASheetWhoseWayOutWasNotAwaitedIsNotSaidToHaveLeft) {
   EXPECT_EQ(records_[1].disposed, "failed");
 }
 
-// ---- How a batch ends
-
-struct EndsAs {
-  int rejected = 0;
-  int warnings = 0;
-  int status = 1;
-  const char* told = "";  // what stands among the messages
-};
-
-struct Asked {
-  const char* dispose = "eject";
-  std::int32_t maxSheets = -1;
-  bool strict = false;
-};
-
 struct EndCase {
-  const char* name;
   teskReaderType type;
   simulator::Options scanner;
-  const char* assignment;
+  const char* options;
   BatchEnd end;
-  const char* title;     // of the message that ended it
-  const char* disposed;  // of the sheets that were written, by their first letters
-  EndsAs endsAs = {};
-  Asked asked = {};
+  const char* outcome;  // title of the ending message|sheets written, by their ends|rejected|warnings|status
+  const char* told = "";  // what stands among the messages
 };
 
 std::vector<EndCase> EndCases() {
@@ -155,54 +132,46 @@ std::vector<EndCase> EndCases() {
                                         .faults = {{FaultKind::TooDark, 2}, {FaultKind::SilenceEject, 2}}};
   const char* second = "The sheet behind sheet 1 cannot be right";
   const char* stuck = "It may still be in the scanner: take it out";
-  const EndsAs well{.status = 0};
-  const char* off = "Rejecter=False";
-  return {
-      {"hopper", kHeld, {.count = 2}, "", HopperEmpty, "", "ee", well},
-      {"emptyHopper", kHeld, {.count = 0}, "", HopperEmpty, "", ""},
-      {"maxSheets", kHeld, {.count = 3}, "", MaxSheets, "", "ee", well, {.maxSheets = 2}},
-      {"message", kHeld, with(FaultKind::Jam), "", Message, "Paper Jam", "e"},
-      {"theLastSheet", kHeld, with(FaultKind::Jam), "", Message, "Paper Jam", "e", {}, {.maxSheets = 2}},
-      {"unknownStatus", kHeld, with(FaultKind::UnknownStatus), "", SilentFault, "", "e"},
-      {"rejecting", kHeld, {.count = 2}, "", HopperEmpty, "", "rr", well, {.dispose = "reject"}},
-      {"noneButTheLast", kHeld, {.count = 3}, off, MaxSheets, "", "ne", well, {"none", 2}},
-      {"noRoutine", teskReaderTypeScantron8000, {.count = 1}, "", HopperEmpty, "", "n", well},
-      {"noEject", kHeld, with(FaultKind::SilenceEject), "TimeOut=1", Message, "Eject Page Error", "ef"},
-      {"tooDarkIsRejected", kHeld, dark, "", HopperEmpty, "", "ee", {1, 0, 0, second}},
-      {"theFirstTooDark", kHeld, firstDark, "", HopperEmpty, "", "e", {1, 0, 0, "The first sheet cannot"}},
-      {"tooDarkAndStuck", kHeld, darkAndStuck, off, Message, "Eject Page Error", "e", {1, 0, 1, stuck}},
-      {"tooDarkAndNoRejecter", kHeld, dark, off, Message, "Sheet Refused", "e", {.rejected = 1}},
-      {"short", kHeld, cut, "", HopperEmpty, "", "eee", {.warnings = 2, .status = 0}},
-      {"strict", kHeld, cut, "", Message, "Warning", "ee", {.warnings = 2}, {.strict = true}},
-      {"strictAtTheLast", kHeld, cut, off, Message, "Warning", "ne", {.warnings = 2}, {"none", -1, true}}};
+  const simulator::Options jam = with(FaultKind::Jam), mute = with(FaultKind::SilenceEject);
+  const char* off = "--set Rejecter=False";
+  return {{kHeld, {.count = 2}, "", HopperEmpty, "|ee|0|0|0"},
+          {kHeld, {.count = 0}, "", HopperEmpty, "||0|0|1"},
+          {kHeld, {.count = 3}, "--max-sheets 2", MaxSheets, "|ee|0|0|0"},
+          {kHeld, jam, "", Message, "Paper Jam|e|0|0|1"},
+          {kHeld, jam, "--max-sheets 2", Message, "Paper Jam|e|0|0|1"},
+          {kHeld, with(FaultKind::UnknownStatus), "", SilentFault, "|e|0|0|1"},
+          {kHeld, {.count = 2}, "--dispose reject", HopperEmpty, "|rr|0|0|0"},
+          {kHeld, {.count = 3}, "--set Rejecter=False --dispose none --max-sheets 2", MaxSheets, "|ne|0|0|0"},
+          {teskReaderTypeScantron8000, {.count = 1}, "", HopperEmpty, "|n|0|0|0"},
+          {kHeld, mute, "--set TimeOut=1", Message, "Eject Page Error|ef|0|0|1"},
+          {kHeld, dark, "", HopperEmpty, "|ee|1|0|0", second},
+          {kHeld, firstDark, "", HopperEmpty, "|e|1|0|0", "The first sheet cannot"},
+          {kHeld, darkAndStuck, off, Message, "Eject Page Error|e|1|0|1", stuck},
+          {kHeld, dark, off, Message, "Sheet Refused|e|1|0|1"},
+          {kHeld, cut, "", HopperEmpty, "|eee|0|2|0"},
+          {kHeld, cut, "--strict", Message, "Warning|ee|0|2|1"},
+          {kHeld, cut, "--set Rejecter=False --dispose none --strict", Message, "Warning|ne|0|2|1"}};
 }
 
 class CliBatchEnd : public CliScan, public testing::WithParamInterface<EndCase> {};
 
 TEST_P(CliBatchEnd, IsToldAsItWas) {
-  const EndCase& expected = GetParam();
-  dispose_ = expected.asked.dispose;
-  maxSheets_ = expected.asked.maxSheets;
-  strict_ = expected.asked.strict;
-  std::vector<std::string> assignments;
-  if (*expected.assignment != '\0') assignments.emplace_back(expected.assignment);
-  Start(expected.type, expected.scanner, assignments);
+  const auto& [type, scanner, options, end, outcome, told] = GetParam();
+  Start(type, scanner, options);
   const BatchReport report = Read();
-  EXPECT_EQ(static_cast<int>(report.end), static_cast<int>(expected.end)) << ClosingText(report);
-  EXPECT_EQ(report.message.title, expected.title);
+  EXPECT_EQ(static_cast<int>(report.end), static_cast<int>(end)) << ClosingText(report);
   std::string disposed;
   for (const auto& record : records_) disposed += record.disposed.front();
-  EXPECT_EQ(disposed, expected.disposed);
+  std::ostringstream ended;
+  ended << report.message.title << '|' << disposed << '|' << report.rejected << '|' << report.warnings << '|'
+        << StatusOf(report);
+  EXPECT_EQ(ended.str(), outcome) << errors_.str();
   EXPECT_EQ(report.sheets, static_cast<std::int32_t>(disposed.size()));
-  EXPECT_EQ(report.rejected, expected.endsAs.rejected);
-  EXPECT_EQ(report.warnings, expected.endsAs.warnings) << errors_.str();
-  EXPECT_EQ(StatusOf(report), expected.endsAs.status);
-  EXPECT_THAT(errors_.str(), HasSubstr(expected.endsAs.told));
+  EXPECT_THAT(errors_.str(), HasSubstr(told));
   EXPECT_FALSE(engine_->fComm()->mscComm()->PortOpen());
 }
 
-INSTANTIATE_TEST_SUITE_P(Ends, CliBatchEnd, testing::ValuesIn(EndCases()),
-                         [](const auto& tested) { return std::string(tested.param.name); });
+INSTANTIATE_TEST_SUITE_P(Ends, CliBatchEnd, testing::ValuesIn(EndCases()));
 
 TEST_F(CliScan, ARefusedSheetLeavesByTheRejectExitAndIsSaidWithItsPlace) {
   Start(kHeld, {.count = 3, .faults = {{simulator::FaultKind::TooDark, 2}}});
@@ -223,9 +192,7 @@ TEST_F(CliScan, WhatIsMissingIsSaidOfItsSheetAlone) {
 }
 
 TEST_F(CliScan, AWholeSheetOfASmallerDefinitionMissesNothing) {
-  side1_ = "50x48,50x48";
-  side2_ = "30x48,50x48";
-  Start(kHeld, {.count = 1});
+  Start(kHeld, {.count = 1}, "--side1 50x48,50x48 --side2 30x48,50x48");
   Read();
   ASSERT_EQ(records_.size(), 1U);
   EXPECT_EQ(records_[0].side2->timingMarks, 30);

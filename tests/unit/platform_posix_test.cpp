@@ -12,7 +12,10 @@
 #include <fstream>
 #include <functional>
 #include <initializer_list>
+#include <memory>
 #include <optional>
+#include <string>
+#include <tuple>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,30 +35,26 @@ namespace fs = std::filesystem;
 using std::chrono::steady_clock;
 using test::Content;
 using test::Folder;
+using ::testing::FieldsAre;
 using ::testing::HasSubstr;
 
-std::optional<RunTimeError> ErrorOf(const std::function<void()>& body) {
+// The number of the error, its description and its detail.
+using Failure = std::tuple<std::int32_t, std::string, std::string>;
+
+Failure FailureOf(const std::function<void()>& body) {
   try {
     body();
   } catch (const RunTimeError& error) {
-    return error;
+    return {error.Number(), error.Description(), error.Detail()};
   }
-  return std::nullopt;
+  return {-1, "", ""};
 }
 
-std::int32_t NumberOf(const std::function<void()>& body) {
-  const auto error = ErrorOf(body);
-  return error ? error->Number() : -1;
-}
+std::int32_t NumberOf(const std::function<void()>& body) { return std::get<0>(FailureOf(body)); }
 
 std::unique_ptr<SerialLine> OpenPath(const std::string& path, const LineSettings& settings = {},
                                      Milliseconds patience = Milliseconds(50)) {
   return PosixSerialSystem([path](std::int16_t) { return path; }, patience).Open(1, settings);
-}
-
-LineSettings Settings(std::int32_t bitRate, char parity, std::int32_t dataBits, float stopBits,
-                      teskReaderFlowControl handshaking = teskReaderFlowControlNone) {
-  return {bitRate, parity, dataBits, stopBits, handshaking};
 }
 
 termios2 ModesOf(const std::string& device) {
@@ -91,31 +90,38 @@ Milliseconds ProcessorTime() {
                                                   std::chrono::nanoseconds(time.tv_nsec));
 }
 
-TEST(PosixSerialLine, EverySettingReachesTheDevice) {
+struct PosixSerialLine : testing::Test {
+  std::unique_ptr<PseudoTerminal> terminal = CreatePseudoTerminal();
+  const std::string device = terminal->DevicePath();
+  PosixHostLoop loop;
+};
+struct PosixWaiting : PosixSerialLine {};
+struct PosixPseudoTerminal : PosixSerialLine {};
+
+TEST_F(PosixSerialLine, EverySettingReachesTheDevice) {
   struct Case {
     LineSettings settings;
     tcflag_t control;  // of PARODD, CMSPAR, CSTOPB, CRTSCTS; a pseudo-terminal drops PARENB and CSIZE
     tcflag_t input;    // of IXON, IXOFF
   };
-  const Case cases[] = {{Settings(9600, 'N', 8, 1), 0, 0},
-                        {Settings(1200, 'E', 7, 1), 0, 0},
-                        {Settings(1200, 'O', 7, 2), PARODD | CSTOPB, 0},
-                        {Settings(1200, 'M', 6, 1), PARODD | CMSPAR, 0},
-                        {Settings(1200, 'S', 5, 1.5F), CMSPAR | CSTOPB, 0},
-                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff), 0, IXON | IXOFF},
-                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlHardware), CRTSCTS, 0},
-                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlBoth), CRTSCTS, IXON | IXOFF}};
-  const auto terminal = CreatePseudoTerminal();
+  const Case cases[] = {{{9600, 'N', 8, 1}, 0, 0},
+                        {{1200, 'E', 7, 1}, 0, 0},
+                        {{1200, 'O', 7, 2}, PARODD | CSTOPB, 0},
+                        {{1200, 'M', 6, 1}, PARODD | CMSPAR, 0},
+                        {{1200, 'S', 5, 1.5F}, CMSPAR | CSTOPB, 0},
+                        {{9600, 'N', 8, 1, teskReaderFlowControlXonXoff}, 0, IXON | IXOFF},
+                        {{9600, 'N', 8, 1, teskReaderFlowControlHardware}, CRTSCTS, 0},
+                        {{9600, 'N', 8, 1, teskReaderFlowControlBoth}, CRTSCTS, IXON | IXOFF}};
   for (std::int32_t rate :
        {110, 300, 600, 1200, 2400, 9600, 14400, 19200, 28800, 38400, 56000, 128000, 256000}) {
-    const auto line = OpenPath(terminal->DevicePath(), Settings(rate, 'N', 8, 1));
-    const termios2 modes = ModesOf(terminal->DevicePath());
+    const auto line = OpenPath(device, {rate, 'N', 8, 1});
+    const termios2 modes = ModesOf(device);
     EXPECT_EQ(modes.c_ospeed, static_cast<speed_t>(rate));
     EXPECT_EQ(modes.c_ispeed, modes.c_ospeed);
   }
   for (const auto& [settings, control, input] : cases) {
-    const auto line = OpenPath(terminal->DevicePath(), settings);
-    const termios2 modes = ModesOf(terminal->DevicePath());
+    const auto line = OpenPath(device, settings);
+    const termios2 modes = ModesOf(device);
     EXPECT_EQ(modes.c_cflag & (PARODD | CMSPAR | CSTOPB | CRTSCTS), control) << settings.parity;
     EXPECT_EQ(modes.c_iflag & (IXON | IXOFF), input) << settings.handshaking;
     EXPECT_EQ(modes.c_iflag & (PARMRK | INPCK | IGNPAR), static_cast<tcflag_t>(PARMRK | INPCK))
@@ -124,29 +130,24 @@ TEST(PosixSerialLine, EverySettingReachesTheDevice) {
   }
 }
 
-TEST(PosixSerialLine, RefusesSettingsThatNoLineCanDoAndNamesThem) {
+TEST_F(PosixSerialLine, RefusesSettingsThatNoLineCanDoAndNamesThem) {
   const std::pair<LineSettings, const char*> cases[] = {
-      {Settings(9600, 'N', 4, 1), "4 data bits"},
-      {Settings(9600, 'N', 8, 1.5F), "1.5 stop bits with 8 data bits"},
-      {Settings(9600, 'N', 5, 2), "2 stop bits with 5 data bits"},
-      {Settings(9600, 'X', 8, 1), "parity \"X\""},
-      {Settings(0, 'N', 8, 1), "0 bits per second"},
-      {Settings(9600, 'N', 8, 1, static_cast<teskReaderFlowControl>(4)), "handshaking 4"}};
-  const auto terminal = CreatePseudoTerminal();
-  const termios2 before = ModesOf(terminal->DevicePath());
+      {{9600, 'N', 4, 1}, "4 data bits"},
+      {{9600, 'N', 8, 1.5F}, "1.5 stop bits with 8 data bits"},
+      {{9600, 'N', 5, 2}, "2 stop bits with 5 data bits"},
+      {{9600, 'X', 8, 1}, "parity \"X\""},
+      {{0, 'N', 8, 1}, "0 bits per second"},
+      {{9600, 'N', 8, 1, static_cast<teskReaderFlowControl>(4)}, "handshaking 4"}};
+  const termios2 before = ModesOf(device);
   for (const auto& [settings, named] : cases) {
-    const auto error = ErrorOf([&] { OpenPath(terminal->DevicePath(), settings); });
-    ASSERT_TRUE(error) << named;
-    EXPECT_EQ(error->Number(), kErrorLineSettings);
-    EXPECT_THAT(error->Description(), HasSubstr(named));
+    EXPECT_THAT(FailureOf([&, &s = settings] { OpenPath(device, s); }),
+                FieldsAre(kErrorLineSettings, HasSubstr(named), testing::_));
   }
-  EXPECT_EQ(ModesOf(terminal->DevicePath()).c_ospeed, before.c_ospeed);
-  EXPECT_NO_THROW(OpenPath(terminal->DevicePath())) << "a refusal must not leave the device held";
+  EXPECT_EQ(ModesOf(device).c_ospeed, before.c_ospeed);
+  EXPECT_NO_THROW(OpenPath(device)) << "a refusal must not leave the device held";
 }
 
-TEST(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
-  const auto terminal = CreatePseudoTerminal();
-  const std::string device = terminal->DevicePath();
+TEST_F(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
   const Descriptor other(::open(device.c_str(), O_RDWR | O_NOCTTY));
   termios2 old{};
   ::ioctl(other.Get(), TCGETS2, &old);
@@ -155,7 +156,7 @@ TEST(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
   old.c_lflag |= ICANON;
   old.c_iflag |= INLCR;
   ::ioctl(other.Get(), TCSETS2, &old);
-  auto line = OpenPath(device, Settings(19200, 'E', 7, 1));
+  auto line = OpenPath(device, {19200, 'E', 7, 1});
   EXPECT_EQ(NumberOf([&] { OpenPath(device); }), kErrorPortInUse);
   EXPECT_EQ(ModesOf(device).c_ospeed, 19200U) << "a refused opener must not touch the line";
   line.reset();
@@ -165,7 +166,7 @@ TEST(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
   EXPECT_NO_THROW(OpenPath(device));
 }
 
-TEST(PosixSerialLine, ADeviceThatCannotBeOpenedIsExplained) {
+TEST_F(PosixSerialLine, ADeviceThatCannotBeOpenedIsExplained) {
   const Folder folder;
   std::ofstream(folder.File("plain")) << "text";
   ::mkfifo(folder.File("fifo").c_str(), 0600);
@@ -176,18 +177,15 @@ TEST(PosixSerialLine, ADeviceThatCannotBeOpenedIsExplained) {
       {folder.File(""), "not a serial port", "mode drwx------"},
       {"/dev/null", "not a serial port (Inappropriate ioctl", "user root, group root, mode crw-rw-rw-"}};
   for (const auto& [path, reason, owner] : cases) {
-    const auto error = ErrorOf([&p = path] { OpenPath(p); });
-    ASSERT_TRUE(error) << path;
-    EXPECT_EQ(error->Number(), kErrorPort);
-    EXPECT_THAT(error->Description(), AllOf(HasSubstr(path), HasSubstr(reason)));
-    EXPECT_THAT(error->Detail(), AllOf(HasSubstr("runs as user "), HasSubstr(owner), HasSubstr("dialout"),
-                                       HasSubstr("|- Does another program"), HasSubstr("cable"),
-                                       HasSubstr("TESKREADER_PORT_<N>")));
+    EXPECT_THAT(FailureOf([&p = path] { OpenPath(p); }),
+                FieldsAre(kErrorPort, AllOf(HasSubstr(path), HasSubstr(reason)),
+                          AllOf(HasSubstr("runs as user "), HasSubstr(owner), HasSubstr("dialout"),
+                                HasSubstr("|- Does another program"), HasSubstr("TESKREADER_PORT_<N>"))));
   }
   EXPECT_EQ(Content(folder.File("plain")), "text");
 }
 
-TEST(PosixSerialLine, PortNumbersBecomeDevices) {
+TEST_F(PosixSerialLine, PortNumbersBecomeDevices) {
   ::setenv("TESKREADER_PORT_3", "/dev/serial/by-id/adaptor", 1);
   ::setenv("TESKREADER_PORT_4", "", 1);
   const auto paths = DefaultDevicePaths("/dev/pts/77");
@@ -205,14 +203,12 @@ TEST(PosixSerialLine, PortNumbersBecomeDevices) {
   }
 }
 
-TEST(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
+TEST_F(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
   std::string all;
   for (int value = 0; value < 256; ++value) all += static_cast<char>(value);
-  const auto terminal = CreatePseudoTerminal();
   terminal->Write("left over");
-  PosixHostLoop().Pause(Descriptor(::open(terminal->DevicePath().c_str(), O_RDWR | O_NOCTTY)).Get(),
-                        Milliseconds(1000));
-  const auto line = OpenPath(terminal->DevicePath());
+  loop.Pause(Descriptor(::open(device.c_str(), O_RDWR | O_NOCTTY)).Get(), Milliseconds(1000));
+  const auto line = OpenPath(device);
   EXPECT_EQ(line->Read(), "") << "what came before the opening is dropped";
   EXPECT_EQ(terminal->Write(all), all.size());
   EXPECT_EQ(ReadWithin(*line, all.size()), all);
@@ -220,34 +216,26 @@ TEST(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
   EXPECT_EQ(SentWithin(*terminal, all.size()), all);
 }
 
-TEST(PosixSerialLine, ADeviceThatGoesAwayIsAnErrorAtOnceAndNoSpin) {
-  auto terminal = CreatePseudoTerminal();
-  const std::string device = terminal->DevicePath();
+TEST_F(PosixSerialLine, ADeviceThatGoesAwayIsAnErrorAtOnceAndNoSpin) {
   const auto line = OpenPath(device);
   terminal.reset();
   const auto start = steady_clock::now();
   const auto used = ProcessorTime();
-  PosixHostLoop loop;
   while (steady_clock::now() - start < Milliseconds(100)) loop.DoEvents(line->Arrival());
   EXPECT_LT(ProcessorTime() - used, Milliseconds(20));
   for (int turn = 0; turn < 2; ++turn) {
-    const auto error = ErrorOf([&] { line->Read(); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->Number(), kErrorLineRead);
-    EXPECT_EQ(error->Description(), "The device " + device + " is gone.");
+    EXPECT_THAT(FailureOf([&] { line->Read(); }),
+                FieldsAre(kErrorLineRead, "The device " + device + " is gone.", testing::_));
   }
   EXPECT_EQ(NumberOf([&] { line->Write("x"); }), kErrorLineWrite);
 }
 
-TEST(PosixSerialLine, AWriteThatNobodyTakesEndsAndGoesOnAfterXon) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath(), Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff));
+TEST_F(PosixSerialLine, AWriteThatNobodyTakesEndsAndGoesOnAfterXon) {
+  const auto line = OpenPath(device, {9600, 'N', 8, 1, teskReaderFlowControlXonXoff});
   terminal->Write("\x13!");
   EXPECT_EQ(ReadWithin(*line, 1), "!");
-  const auto error = ErrorOf([&] { line->Write("held"); });
-  ASSERT_TRUE(error);
-  EXPECT_EQ(error->Number(), kErrorLineWrite);
-  EXPECT_THAT(error->Detail(), HasSubstr("handshaking"));
+  EXPECT_THAT(FailureOf([&] { line->Write("held"); }),
+              FieldsAre(kErrorLineWrite, testing::_, HasSubstr("handshaking")));
   terminal->Write("\x11!");
   EXPECT_EQ(ReadWithin(*line, 1), "!");
   line->Write("free");
@@ -255,10 +243,8 @@ TEST(PosixSerialLine, AWriteThatNobodyTakesEndsAndGoesOnAfterXon) {
   EXPECT_EQ(NumberOf([&] { line->Write(std::string(1'000'000, 'x')); }), kErrorLineWrite);
 }
 
-TEST(PosixHostLoop, WaitingUsesNoProcessorTimeAndAPauseWithoutArrivalEnds) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
-  PosixHostLoop loop;
+TEST_F(PosixWaiting, WaitingUsesNoProcessorTimeAndAPauseWithoutArrivalEnds) {
+  const auto line = OpenPath(device);
   for (ArrivalHandle handle : {line->Arrival(), kNoArrivalHandle}) {
     const auto start = steady_clock::now();
     const auto used = ProcessorTime();
@@ -270,10 +256,8 @@ TEST(PosixHostLoop, WaitingUsesNoProcessorTimeAndAPauseWithoutArrivalEnds) {
   }
 }
 
-TEST(PosixHostLoop, AByteEndsWaitsForArrivalButNoPrescribedPause) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
-  PosixHostLoop loop;
+TEST_F(PosixWaiting, AByteEndsWaitsForArrivalButNoPrescribedPause) {
+  const auto line = OpenPath(device);
   terminal->Write("x");
   const auto start = steady_clock::now();
   for (int turn = 0; turn < 20; ++turn) {
@@ -286,18 +270,17 @@ TEST(PosixHostLoop, AByteEndsWaitsForArrivalButNoPrescribedPause) {
   EXPECT_GE(steady_clock::now() - before, Milliseconds(20));
 }
 
-TEST(PosixHostLoop, WaitsOnlyWhenNoMessageRan) {
+TEST_F(PosixWaiting, WaitsOnlyWhenNoMessageRan) {
   int ran = 0;
-  PosixHostLoop loop([&] { return ++ran <= 1000; });
+  PosixHostLoop messages([&] { return ++ran <= 1000; });
   const auto start = steady_clock::now();
-  for (int turn = 0; turn < 1000; ++turn) loop.DoEvents(kNoArrivalHandle);
+  for (int turn = 0; turn < 1000; ++turn) messages.DoEvents(kNoArrivalHandle);
   EXPECT_LT(steady_clock::now() - start, Milliseconds(1000)) << "a message that ran must not cost a wait";
   EXPECT_EQ(ran, 1000);
 }
 
-TEST(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
+TEST_F(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
+  const auto line = OpenPath(device);
   const std::string many(1'000'000, 'y');
   std::size_t taken = 0;
   for (int turn = 0; turn < 10; ++turn) {
@@ -308,7 +291,7 @@ TEST(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
   EXPECT_EQ(ReadWithin(*line, taken).size(), taken) << "the count must be what the host can read";
 }
 
-TEST(PosixPseudoTerminal, ALinkThatACrashLeftIsReplacedAndOneThatWasTakenOverIsNotOurs) {
+TEST_F(PosixPseudoTerminal, ALinkThatACrashLeftIsReplacedAndOneThatWasTakenOverIsNotOurs) {
   const Folder folder;
   const std::string link = folder.File("port");
   fs::create_symlink("/dev/pts/999999", link);
@@ -371,11 +354,10 @@ TEST(OutputFile, ReplacesTheOldContentWithWholeRecordsAndTheLastUnlessSomebodyWr
   file->Close();
   file->Close();
   EXPECT_EQ(Content(path), "one\ntwo failed\nthree ejected\ntheirs\n");
-  const auto unopened = ErrorOf([] { OpenOutputFile("/no/such/folder/out", OpenMode::New); });
-  ASSERT_TRUE(unopened);
-  EXPECT_EQ(unopened->Number(), kErrorFileAccess);
-  EXPECT_THAT(unopened->Description(),
-              AllOf(HasSubstr("/no/such/folder/out"), HasSubstr("No such file or directory")));
+  EXPECT_THAT(
+      FailureOf([] { OpenOutputFile("/no/such/folder/out", OpenMode::New); }),
+      FieldsAre(kErrorFileAccess,
+                AllOf(HasSubstr("/no/such/folder/out"), HasSubstr("No such file or directory")), testing::_));
   const auto full = OpenOutputFile("/dev/full", OpenMode::New);
   EXPECT_EQ(NumberOf([&] { full->Append("record"); }), kErrorDiskFull);
 }
@@ -431,21 +413,19 @@ TEST(CounterWatch, TellsWhatWasCountedSinceTheLastLookAndNothingOfBefore) {
   EXPECT_EQ(watch.Look(now), std::nullopt);
 }
 
-TEST(PosixSerialLine, LostBytesFailTheReadWhetherOrNotOthersCameBehindThem) {
+TEST_F(PosixSerialLine, LostBytesFailTheReadWhetherOrNotOthersCameBehindThem) {
   for (const bool others : {true, false}) {
     LineCounters counted{};
-    const auto terminal = CreatePseudoTerminal();
-    const auto line = PosixSerialSystem([&](std::int16_t) { return terminal->DevicePath(); },
-                                        Milliseconds(1000), [&](int) { return std::optional(counted); })
+    const auto line = PosixSerialSystem([&](std::int16_t) { return device; }, Milliseconds(1000),
+                                        [&](int) { return std::optional(counted); })
                           .Open(1, {});
     EXPECT_EQ(line->Read(), "");
     counted.back() += 1;
     if (others) terminal->Write("7");
-    const auto error = ErrorOf([&] { ReadWithin(*line, 1); });
-    ASSERT_TRUE(error) << others;
-    EXPECT_EQ(error->Number(), kErrorLineRead);
-    EXPECT_EQ(error->Description(), "A byte from " + terminal->DevicePath() + " came damaged.");
-    EXPECT_THAT(error->Detail(), HasSubstr("the system had room"));
+    EXPECT_THAT(FailureOf([&] { ReadWithin(*line, 1); }),
+                FieldsAre(kErrorLineRead, "A byte from " + device + " came damaged.",
+                          HasSubstr("the system had room")))
+        << others;
     EXPECT_EQ(line->Read(), "");
   }
 }

@@ -160,6 +160,13 @@ TEST(SpinField, SpinsWithinItsBoundsAndIsCheckedWhenEnterConfirmsTheDialog) {
     texts += dialog[txtRecognitionThreshold].text + " ";
   }
   EXPECT_EQ(texts, "8 15 0 ");
+  const int drawn = dialog.view.refreshed;
+  dialog.form.Type(txtRecognitionThreshold, "99");
+  dialog.form.Spin(txtRecognitionThreshold, -1);
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "14") << "what is typed is corrected before it is spun";
+  EXPECT_EQ(dialog.view.refreshed, drawn + 2);
+  dialog.form.Spin(txtRecognitionThreshold, -14);
+  EXPECT_EQ(dialog.view.refreshed, drawn + 3);
   dialog[txtRecognitionThreshold].enabled = false;
   dialog.form.Spin(txtRecognitionThreshold, 1);
   dialog.form.Type(txtRecognitionThreshold, "3");

@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -142,12 +143,13 @@ TEST(EveryLayout, KeepsTheColumnsOfOtherReadersAndHasNoAccessKeyTwice) {
     Dialog dialog;
     dialog.Load();
     for (const LayoutSize& room : kScreens) {
-      const auto width = [&] {
-        return RepositionControls(dialog.form.Controls(), kMetrics, {room, room.height}).inside.width;
+      const auto widths = [&] {
+        const auto layout = RepositionControls(dialog.form.Controls(), kMetrics, {room, room.height});
+        return std::pair(layout.inside.width, dialog[chkReaderGrade].place.width);
       };
-      const std::int32_t first = width();
+      const auto first = widths();
       dialog.ChooseReader(type);
-      EXPECT_EQ(width(), first);
+      EXPECT_EQ(widths(), first);
     }
     std::set<char> keys;
     for (std::size_t i = 0; i < kControlCount; ++i) {

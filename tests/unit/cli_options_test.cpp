@@ -37,69 +37,64 @@ struct Refused {
   const char* says;
 };
 
-TEST(CliOptions, SheetSizesKeepTheirOrderAndThoseThatAreNoneAreRefusedByName) {
+TEST(CliOptions, SizesWindowsBarcodesAndPortsAreTakenAsTheyAreWritten) {
   const SheetSizes sizes = ParseSheetSizes("--side1", "50x48,0X40,32767x1");
   EXPECT_THAT(sizes.rows, ElementsAre(50, 0, 32767));
   EXPECT_THAT(sizes.columns, ElementsAre(48, 40, 1));
-  for (const Refused& refused : {Refused{"", "no sheet size"},
-                                 {"50", "50x48"},
-                                 {"x48", "no sheet size"},
-                                 {"50x48,", "no sheet size"},
-                                 {"-1x48", "0 to 32767 rows"},
-                                 {"50x0", "1 to 32767 columns"},
-                                 {"32768x1", "32767"},
-                                 {"50 x48", "no sheet size"},
-                                 {"30000x30000", "at most 4000000"}}) {
-    const auto error = UsageErrorOf([&] { ParseSheetSizes("--side2", refused.text); });
-    EXPECT_THAT(error, AllOf(HasSubstr("--side2"), HasSubstr(refused.says))) << refused.text;
-  }
-}
-
-TEST(CliOptions, WindowsTakeExactlyEight16BitNumbers) {
   EXPECT_THAT(ParseWindow("--window", "1,10,-1,5,+4,32767,2,-32768"),
               ElementsAre(1, 10, -1, 5, 4, 32767, 2, -32768));
-  for (const char* text : {"", "1,2,3,4,5,6,7", "1,2,3,4,5,6,7,8,9", "1,2,3,4,5,6,7,x", "1,2,3,4,5,6,7,32768",
-                           "1,,3,4,5,6,7,8", "1,2,3,4,5,6,7, 8"}) {
-    EXPECT_THAT(UsageErrorOf([&] { ParseWindow("--window", text); }), HasSubstr("--window")) << text;
+  for (const char* text : {"1,2,30,8,2,1", "1,2,30,8,teskbarcodetypecode39,teskBarcodeOrientationVertical"}) {
+    const auto barcode = ParseBarcode("--barcode", text);
+    EXPECT_EQ(barcode.symbology, teskBarcodeTypeCode39);
+    EXPECT_EQ(barcode.orientation, teskBarcodeOrientationVertical);
+    EXPECT_EQ(barcode.distance, 30);
   }
-}
-
-TEST(CliOptions, BarcodesTakeSymbologyAndOrientationByNumberOrName) {
-  const auto byNumber = ParseBarcode("--barcode", "1,2,30,8,2,1");
-  const auto byName =
-      ParseBarcode("--barcode", "1,2,30,8,teskbarcodetypecode39,teskBarcodeOrientationVertical");
-  EXPECT_EQ(byNumber.symbology, teskBarcodeTypeCode39);
-  EXPECT_EQ(byName.symbology, byNumber.symbology);
-  EXPECT_EQ(byName.orientation, teskBarcodeOrientationVertical);
-  EXPECT_EQ(byNumber.distance, 30);
-  EXPECT_THAT(UsageErrorOf([] { ParseBarcode("--barcode", "1,2,30,8,Code39,1"); }),
-              HasSubstr("teskBarcodeTypeCode39 (2)"));
-}
-
-TEST(CliOptions, PortsAreNumbersDevicesOrTheSimulator) {
   EXPECT_EQ(ParsePort("--port", "16").number, 16);
   EXPECT_EQ(ParsePort("--port", "SIM").kind, PortChoice::Kind::Simulated);
   EXPECT_EQ(ParsePort("--port", "/dev/pts/4").device, "/dev/pts/4");
   EXPECT_EQ(ParsePort("--port", "/dev/pts/4").number, 1);
   EXPECT_EQ(ParsePort("--port", "COM23").kind, PortChoice::Kind::Device);
-  for (const char* text : {"0", "17", "-1", "+17", "99999999999"}) {
-    EXPECT_THAT(UsageErrorOf([&] { ParsePort("--port", text); }), HasSubstr("--port")) << text;
+  for (const char* text : {"15", "TESKREADERTYPESCANTRONSCANMARK5500", "scantron scanmark 5500"}) {
+    EXPECT_EQ(ParseReader(text), teskReaderTypeScantronScanMark5500) << text;
   }
 }
 
-TEST(CliOptions, ReadersAreNumbersEnumeratorsOrDisplayNamesInAnyCase) {
-  for (const char* text : {"15", "teskReaderTypeScantronScanMark5500", "TESKREADERTYPESCANTRONSCANMARK5500",
-                           "scantron scanmark 5500"}) {
-    EXPECT_EQ(ParseReader(text), teskReaderTypeScantronScanMark5500) << text;
-  }
-  for (const Refused& refused : {Refused{"47", "1 to 46"},
-                                 {"015", "1 to 46"},
-                                 {"Scantron Scanmark 5501", "Scantron Scanmark 5500"},
-                                 {"scanmark", "Scantron Scanmark 2000"},
-                                 {"", "teskread readers"},
-                                 {"0", "no scanner"}}) {
-    const auto error = UsageErrorOf([&] { ParseReader(refused.text); });
-    EXPECT_THAT(error, AllOf(HasSubstr("--reader"), HasSubstr(refused.says))) << refused.text;
+TEST(CliOptions, WhatIsNoneOfThemIsRefusedByNameAndHelped) {
+  using Parse = void (*)(const std::string&);
+  const Parse size = [](const std::string& text) { ParseSheetSizes("--side2", text); };
+  const Parse window = [](const std::string& text) { ParseWindow("--window", text); };
+  const Parse barcode = [](const std::string& text) { ParseBarcode("--barcode", text); };
+  const Parse port = [](const std::string& text) { ParsePort("--port", text); };
+  const Parse reader = [](const std::string& text) { ParseReader(text); };
+  const std::tuple<Parse, const char*, const char*, const char*> cases[] = {
+      {size, "--side2", "", "no sheet size"},
+      {size, "--side2", "50", "50x48"},
+      {size, "--side2", "x48", "no sheet size"},
+      {size, "--side2", "50x48,", "no sheet size"},
+      {size, "--side2", "-1x48", "0 to 32767 rows"},
+      {size, "--side2", "50x0", "1 to 32767 columns"},
+      {size, "--side2", "32768x1", "32767"},
+      {size, "--side2", "50 x48", "no sheet size"},
+      {size, "--side2", "30000x30000", "at most 4000000"},
+      {window, "--window", "1,2,3,4,5,6,7", ""},
+      {window, "--window", "1,2,3,4,5,6,7,8,9", ""},
+      {window, "--window", "1,2,3,4,5,6,7,x", ""},
+      {window, "--window", "1,2,3,4,5,6,7,32768", ""},
+      {window, "--window", "1,,3,4,5,6,7,8", ""},
+      {barcode, "--barcode", "1,2,30,8,Code39,1", "teskBarcodeTypeCode39 (2)"},
+      {port, "--port", "0", ""},
+      {port, "--port", "17", ""},
+      {port, "--port", "+17", ""},
+      {port, "--port", "99999999999", ""},
+      {reader, "--reader", "47", "1 to 46"},
+      {reader, "--reader", "015", "1 to 46"},
+      {reader, "--reader", "Scantron Scanmark 5501", "Scantron Scanmark 5500"},
+      {reader, "--reader", "scanmark", "Scantron Scanmark 2000"},
+      {reader, "--reader", "", "teskread readers"},
+      {reader, "--reader", "0", "no scanner"}};
+  for (const auto& [parse, option, text, says] : cases) {
+    EXPECT_THAT(UsageErrorOf([&, &p = parse, &t = text] { p(t); }), AllOf(HasSubstr(option), HasSubstr(says)))
+        << text;
   }
 }
 

@@ -112,7 +112,7 @@ TEST(SpinField, NeverHoldsAMinimumAboveItsMaximum) {
 TEST(SpinField, TakesOnlyTheCharactersOfItsNumbers) {
   const Control whole{.kind = ControlKind::SpinField, .maximum = 15};
   const Control fine{
-      .kind = ControlKind::SpinField, .minimum = -1, .maximum = 1, .decimals = 2, .separator = ','};
+      .kind = ControlKind::SpinField, .minimum = -1, .maximum = 1, .decimals = 1, .separator = ','};
   for (const char c : std::string("0123456789"))
     EXPECT_TRUE(TakesCharacter(whole, c) && TakesCharacter(fine, c));
   for (const char c : std::string("-,")) EXPECT_TRUE(!TakesCharacter(whole, c) && TakesCharacter(fine, c));

@@ -199,12 +199,13 @@ TEST(SetupDialog, ShowsTheProposalWhereTheStoredLineOrResolutionIsNone) {
     EXPECT_EQ(dialog.ChangesOnceConfirmed(), "BaudRate=38400 DataBits=7 FlowControl=2 Parity=O StopBits=2 ");
     EXPECT_THAT(dialog.host.Sources(), IsEmpty());
   }
-  for (const std::int16_t none : {std::int16_t{-1}, std::int16_t{0}}) {
+  for (const auto& [stored, shown] :
+       std::map<std::int16_t, const char*>{{-1, "200 DPI200"}, {0, "200 DPI200"}, {1, "1 DPI1"}}) {
     Dialog dialog(teskReaderTypeSekonicSR3500Hybrid);
-    dialog.reader->SetResolution(none);
+    dialog.reader->SetResolution(stored);
     dialog.Load();
     dialog.form.Click(cmdOK);
-    EXPECT_EQ(dialog.Chosen(cboResolution).text + NumberText(dialog.reader->Resolution()), "200 DPI200");
+    EXPECT_EQ(dialog.Chosen(cboResolution).text + NumberText(dialog.reader->Resolution()), shown);
   }
 }
 

@@ -42,12 +42,6 @@ struct Host {
 };
 
 const Commands kSmallForm{"SRST", "FRM=FS 2 0 48 N N N", "FRM=DK 1 1 1 2 48 L 2 48", "FRM=LS", "PRN$ 1 N"};
-constexpr char kReady = 33;
-
-std::string Status(char statusClass, char detail, char flags) {
-  return std::string("0") + statusClass + detail + "00000" + flags + "000";
-}
-
 Options Blank(std::size_t count, std::vector<Fault> faults = {}) {
   return {.sheets = std::vector<Sheet>(count, Sheet{SideArray(2, 48), {}, {}}), .faults = std::move(faults)};
 }
@@ -66,7 +60,6 @@ TEST(ScanMarkSimulator, RefusesAndRecordsWhatNoHostMaySay) {
     const char* complaint;
   } cases[] = {
       {big, "", "", "unknown command"},
-      {big, "", "SRST ", "ill-formed reset"},
       {big, "", "THR= 35", "scanner without one"},
       {raw, "", "THR= 100", "read threshold outside"},
       {big, "", "FRM=FS 10  0 48 N N N", "ill-formed form start"},
@@ -78,13 +71,10 @@ TEST(ScanMarkSimulator, RefusesAndRecordsWhatNoHostMaySay) {
       {big, open, "FRM=DK 1 2 1 1 48 L 2 48", "lies past its last"},
       {big, open, "FRM=DK 2 1 1 9 48 L 9 48", "inside the sheet"},
       {big, open, "FRM=DK 1 1 1 6 1 L 3 1", "counts do not fit"},
-      {big, open, "FRM=MC Y N 1 1 1 1 10 48 L 10 48 1", "takes regions"},
       {big, open, "READ 5 Y", "middle of a form"},
       {raw, open, "FRM=MC Y N 1 1 1 1 10 3 L 10 3 101", "mask"},
-      {raw, open, "FRM=MC Y N 1 1 1 1 9 3 L 9 3 111", "whole side"},
       {raw, open, "FRM=MC Y N 1 3 1 1 10 3 L 10 3 111", "ill-formed mark columns"},
       {big, "", "PRN$ 1  N", "ill-formed imprinter command"},
-      {big, "", "READ 5 Y", "without a form"},
       {big, "", "EJCT A " + std::string(126, 'x'), "more than 125"},
       {small, "", "EJCT C", "without a reject exit"},
   };
@@ -106,46 +96,6 @@ TEST(ScanMarkSimulator, RecordsBrokenFraming) {
     Host host(teskReaderTypeScantronScanMark2500);
     EXPECT_EQ(host.Send(sent), answer) << Quoted(sent);
     EXPECT_EQ(host.scanner->Complaints().size(), complaints) << Quoted(sent);
-  }
-}
-
-// Three sheets; the second one has the fault. Status queries go before a sheet is read and after it.
-TEST(ScanMarkSimulator, AFaultHappensOnceAtItsSheet) {
-  const std::string fine = Status('0', '0', kReady);
-  const std::string whole = Zeros(96) + "\r";
-  enum Place { Before, Data, After };
-  const struct {
-    Fault fault;
-    Place place;
-    std::string answer;
-  } cases[] = {
-      {{FaultKind::JamReading, 2}, After, Status('0', '0', 96)},
-      {{FaultKind::DoubleFeed, 2}, After, Status('0', '0', 48)},
-      {{FaultKind::Timing, 2}, After, Status('1', ' ', 32)},
-      {{FaultKind::UnknownStatus, 2}, Before, Status('9', '0', 32)},
-      {{FaultKind::ShortStatus, 2}, After, Status('0', '0', 32).substr(0, 7)},
-      {{FaultKind::Empty, 2}, Before, Status('0', '0', 32)},
-      {{FaultKind::SilenceStatus, 2}, Before, ""},
-      {{FaultKind::Overrun, 2}, Data, Zeros(144) + "\r"},
-      {{FaultKind::Short, 2}, Data, Zeros(48) + "\r"},
-      {{FaultKind::Cut, 2, 50}, Data, Zeros(50)},
-      {{FaultKind::Cut, 2, 5000}, Data, Zeros(96)},
-      {{FaultKind::Late, 2}, Data, ""},
-  };
-  for (const auto& [fault, place, answer] : cases) {
-    SCOPED_TRACE(Describe(fault.kind).name);
-    Host host(teskReaderTypeScantronScanMark5500, Blank(3, {fault}));
-    host.Download(kSmallForm);
-    Commands answers;
-    for (const char* command : {"QSTS", "READ 5 Y", "QSTS", "QSTS", "QSTS", "READ 5 Y"}) {
-      answers.push_back(host.Say(command));
-    }
-    host.Wait(Milliseconds(15000));
-    for (const char* command : {"QSTS", "QSTS", "READ 5 Y"}) answers.push_back(host.Say(command));
-    EXPECT_THAT(answers,
-                ElementsAre(fine, whole, fine, place == Before ? answer : fine, fine,
-                            place == Data ? answer : whole, place == After ? answer : fine, fine, whole));
-    EXPECT_THAT(host.scanner->Complaints(), IsEmpty());
   }
 }
 

@@ -112,6 +112,7 @@ void ExpectGoodLayout(const OptionControls& controls, const DialogLayout& layout
     const std::int32_t top = layout.seen.height + metrics.frameGap;
     EXPECT_TRUE(Within(place, {0, top, layout.inside.width, layout.inside.height - top}))
         << ControlName(id) << " is below what scrolls";
+    EXPECT_GE(place.width, basPublic::ControlTextWidth(controls[id], metrics.text)) << ControlName(id);
   }
   ExpectApart(controls, {OptionButtons().begin(), OptionButtons().end()});
 }
@@ -141,6 +142,7 @@ TEST(EveryLayout, FitsEveryScreenInEveryLanguage) {
 TEST(EveryLayout, KeepsTheColumnsOfOtherReadersAndHasNoAccessKeyTwice) {
   ForEveryReader([](teskReaderType type, const clsTeskReaderProfile&) {
     Dialog dialog;
+    dialog.host.translate["Use scanne&r grade features"] = "Benote&r";
     dialog.Load();
     for (const LayoutSize& room : kScreens) {
       const auto widths = [&] {
@@ -161,13 +163,17 @@ TEST(EveryLayout, KeepsTheColumnsOfOtherReadersAndHasNoAccessKeyTwice) {
   });
 }
 
-// Where a room that grows from `from` to `to` pixels changes the layout: the columns by their counts of frames, and
-// the scroll bars.
-template <class RoomOf>
-std::string ChangesOf(OptionControls& controls, std::int32_t from, std::int32_t to, RoomOf roomOf) {
+// A room of which one size grows from `from` to `to` pixels: the one that is 0.
+struct Growing {
+  std::int32_t from, to, width, height, seenHeight;
+};
+
+// Where that changes the layout: the columns by their counts of frames, and the scroll bars.
+std::string ChangesOf(OptionControls& controls, const Growing& growing) {
   std::string changes, last;
-  for (std::int32_t pixels = from; pixels <= to; ++pixels) {
-    const LayoutRoom room = roomOf(pixels);
+  for (std::int32_t pixels = growing.from; pixels <= growing.to; ++pixels) {
+    const auto size = [&](std::int32_t fixed) { return fixed == 0 ? pixels : fixed; };
+    const LayoutRoom room{{size(growing.width), size(growing.height)}, size(growing.seenHeight)};
     const DialogLayout layout = RepositionControls(controls, kMetrics, room);
     std::map<std::int32_t, int> columns;
     for (const LayoutFrame& frame : OptionFrames()) ++columns[controls[frame.frame].place.left];
@@ -189,32 +195,12 @@ TEST(Layout, FlowsIntoAsManyColumnsAsItNeedsAndScrollsWhereThatIsNotEnough) {
   dialog.Load();
   OptionControls& controls = dialog.form.Controls();
   for (std::size_t i = 0; i < kControlCount; ++i) controls[static_cast<ControlId>(i)].visible = true;
-  using Size = std::int32_t;
-  EXPECT_EQ(ChangesOf(controls, 270, 1400,
-                      [](Size w) {
-                        return LayoutRoom{{w, 300}, 300};
-                      }),
+  EXPECT_EQ(ChangesOf(controls, {270, 1400, 0, 300, 300}),
             "270: 6 down across\n473: 6 down\n642: 33 down\n839: 312 down\n1042: 2112 down\n");
-  EXPECT_EQ(ChangesOf(controls, 270, 1400,
-                      [](Size w) {
-                        return LayoutRoom{{w, 1080}, 1080};
-                      }),
-            "270: 6 across\n456: 6\n625: 33\n");
-  EXPECT_EQ(ChangesOf(controls, 200, 1100,
-                      [](Size h) {
-                        return LayoutRoom{{1400, h}, h};
-                      }),
-            "200: 2112 down\n305: 2112\n390: 312\n535: 33\n");
-  EXPECT_EQ(ChangesOf(controls, 200, 1100,
-                      [](Size h) {
-                        return LayoutRoom{{520, h}, h};
-                      }),
-            "200: 6 down\n880: 6\n");
-  EXPECT_EQ(ChangesOf(controls, 200, 700,
-                      [](Size h) {
-                        return LayoutRoom{{1400, 700}, h};
-                      }),
-            "200: 33 down\n535: 33\n");
+  EXPECT_EQ(ChangesOf(controls, {270, 1400, 0, 1080, 1080}), "270: 6 across\n456: 6\n625: 33\n");
+  EXPECT_EQ(ChangesOf(controls, {200, 1100, 1400, 0, 0}), "200: 2112 down\n305: 2112\n390: 312\n535: 33\n");
+  EXPECT_EQ(ChangesOf(controls, {200, 1100, 456, 0, 0}), "200: 6 down across\n880: 6\n");
+  EXPECT_EQ(ChangesOf(controls, {200, 700, 1400, 700, 0}), "200: 33 down\n535: 33\n");
 }
 
 TEST(Layout, NarrowsThePortListForItsButtonAndGivesTheRoomBack) {

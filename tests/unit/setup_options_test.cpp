@@ -279,13 +279,12 @@ TEST(SetupDialog, SavesWhatTheUserChose) {
 TEST(SetupDialog, SavesTheLineOfSerialReadersOnly) {
   Dialog dialog;
   dialog.Load();
-  for (const auto& [list, value] : std::map<ControlId, const char*>{{cboPort, "16"},
-                                                                    {cboBaud, "256000"},
-                                                                    {cboDataBits, "4"},
-                                                                    {cboStopBits, "1.5"},
-                                                                    {cboFlowControl, "1"},
-                                                                    {cboParity, "M"}})
-    dialog.Choose(list, value);
+  dialog.Choose(cboPort, "16");
+  dialog.Choose(cboBaud, "256000");
+  dialog.Choose(cboDataBits, "4");
+  dialog.Choose(cboStopBits, "1.5");
+  dialog.Choose(cboFlowControl, "1");
+  dialog.Choose(cboParity, "M");
   dialog.form.Type(txtReaderTimeout, "600");
   dialog.form.Type(txtSystemPause, "0");
   const std::string line =

@@ -173,19 +173,15 @@ TEST_P(CliBatchEnd, IsToldAsItWas) {
 
 INSTANTIATE_TEST_SUITE_P(Ends, CliBatchEnd, testing::ValuesIn(EndCases()));
 
-TEST_F(CliScan, ARefusedSheetLeavesByTheRejectExitAndIsSaidWithItsPlace) {
-  Start(kHeld, {.count = 3, .faults = {{simulator::FaultKind::TooDark, 2}}});
+TEST_F(CliScan, WhatIsWrongWithASheetIsSaidOfItAlone) {
+  Start(kHeld,
+        {.count = 4, .faults = {{simulator::FaultKind::TooDark, 2}, {simulator::FaultKind::Short, 3}}});
   Read();
   EXPECT_EQ(scanner_->Disposals().at(1).exit, simulator::Exit::Rejected);
   EXPECT_THAT(errors_.str(),
               HasSubstr("side 1, row 34, column 17 has the value 78; this scanner's marks go from 0 to 15"));
-  EXPECT_EQ(records_.at(1).sheet, 2);
-}
-
-TEST_F(CliScan, WhatIsMissingIsSaidOfItsSheetAlone) {
-  Start(kHeld, {.count = 3, .faults = {{simulator::FaultKind::Short, 2}}});
-  Read();
   ASSERT_EQ(records_.size(), 3U);
+  EXPECT_EQ(records_[1].sheet, 2);
   EXPECT_TRUE(records_[0].warnings.empty() && records_[2].warnings.empty());
   EXPECT_THAT(records_[1].warnings,
               testing::Contains(HasSubstr("mark positions that were asked for did not come")));

@@ -41,22 +41,20 @@ std::string Limits(const OptionControls& controls) {
 }
 
 TEST(SetupDialog, HidesWhatAReaderDoesNotHaveAndFixesWhatCannotBeChanged) {
-  for (const auto& [type, limits] : std::map<teskReaderType, const char*>{
+  const std::string noImages =
+      "hidden: cmdLocate fraImageSettings cboColorDepth cboResolution chkContinuous fixed: ";
+  for (const auto& [type, limits] : std::map<teskReaderType, std::string>{
            {teskReaderTypeNCSOpScan2,
             "hidden: cmdLocate fraImageSettings cboColorDepth cboResolution chkWindowing chkContinuous "
             "fixed: chkFeeder chkRejecter "},
            {teskReaderTypeScantron8000,
-            "hidden: cmdLocate fraImageSettings cboColorDepth cboResolution chkContinuous fixed: "
-            "chkReaderGrade chkBarcode chkPrinter chkRejecter chkWindowing "},
-           {teskReaderTypeScantronScanMark5500,
-            "hidden: cmdLocate fraImageSettings cboColorDepth cboResolution chkContinuous fixed: "
-            "chkReaderGrade chkBarcode chkDuplex chkFeeder "},
+            noImages + "chkReaderGrade chkBarcode chkPrinter chkRejecter chkWindowing "},
+           {teskReaderTypeScantronScanMark5500, noImages + "chkReaderGrade chkBarcode chkDuplex chkFeeder "},
            {teskReaderTypeSekonicSR3500Hybrid,
             "hidden: cmdLocate chkContinuous fixed: frmComPort cboPort cboBaud cboDataBits cboParity "
             "cboStopBits cboFlowControl chkReaderGrade chkFeeder chkWindowing "},
            {teskReaderTypePDIVMR138,
-            "hidden: cmdLocate fraImageSettings cboColorDepth cboResolution chkContinuous fixed: "
-            "chkReaderGrade chkBarcode chkDuplex chkFeeder chkPrinter chkWindowing "}}) {
+            noImages + "chkReaderGrade chkBarcode chkDuplex chkFeeder chkPrinter chkWindowing "}}) {
     Dialog dialog;
     dialog.Load();
     dialog.ChooseReader(type);

@@ -27,11 +27,8 @@ TEST(Faults, ReadsWhatItListsAndRefusesTheRestNamingWhatItTakes) {
                                           {"jam@", "the last number is 1 to 1000000"},
                                           {"jam@0", "the last number is 1"},
 
-                                          {"jam@99999999999", "the last number is 1"},
                                           {"jam@1@2", "one number, not 2"},
                                           {"cut@3", "two numbers, not 1; write cut@BYTE@SHEET"},
-                                          {"cut@@5", "the first number is 0 to"},
-                                          {"cut@5@", "the last number is 1 to"},
 
                                           {"cut@1@2@3", "two numbers, not 3"}}) {
     const ParsedFault parsed = ParseFault(text, accepted);

@@ -3,6 +3,7 @@
 #include <bit>
 #include <iterator>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "base/HostServices.h"
@@ -147,8 +148,8 @@ class Flowing {
 
  private:
   // Two columns are what people know, one is what nobody wants who has room for more.
-  static std::size_t Preference(const Flow& flow) {
-    return flow.columns.size() == 1 ? OptionFrames().size() + 1 : flow.columns.size();
+  static std::pair<bool, std::size_t> Preference(const Flow& flow) {
+    return {flow.columns.size() == 1, flow.columns.size()};
   }
 
   std::vector<Flow> AllFlows() {

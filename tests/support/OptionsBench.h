@@ -27,11 +27,10 @@ class RecordingView : public OptionsView {
   void SetHourglass(bool on) override { calls.emplace_back(on ? "hourglass" : "arrow"); }
   void ShowInformation(const std::string& title, const std::string& text) override {
     calls.push_back("information|" + title + "|" + text);
-    if (onMessage) onMessage();
   }
   void ShowWarning(const std::string& title, const std::string& text) override {
     calls.push_back("warning|" + title + "|" + text);
-    if (onMessage) onMessage();
+    if (onWarning) onWarning();
   }
   void Unload() override { ++unloaded; }
 
@@ -40,40 +39,7 @@ class RecordingView : public OptionsView {
   int unloaded = 0;
   std::optional<ControlId> focus;
   std::vector<std::string> calls;
-  std::function<void()> onMessage;
-};
-
-// A dialog over an engine that is set to `type` and port 2.
-struct Dialog : Bench {
-  explicit Dialog(teskReaderType type = teskReaderTypeNCSOpScan2,
-                  std::shared_ptr<simulator::Scanner> scanner = nullptr)
-      : Bench(type, std::move(scanner)), form(*reader, view) {
-    reader->SetPort(2);
-  }
-
-  frmOptions& Load() {
-    form.LoadValues();
-    return form;
-  }
-  Control& operator[](ControlId id) { return form.Controls()[id]; }
-  std::string Value(ControlId list) {
-    const ListEntry* entry = ChosenEntry((*this)[list]);
-    return entry == nullptr ? "-" : entry->value;
-  }
-  std::string Text(ControlId list) {
-    const ListEntry* entry = ChosenEntry((*this)[list]);
-    return entry == nullptr ? "-" : entry->text;
-  }
-  void Choose(ControlId list, const std::string& value) {
-    const auto& entries = (*this)[list].entries;
-    const auto found = std::ranges::find(entries, value, &ListEntry::value);
-    ASSERT_NE(found, entries.end()) << value;
-    form.Select(list, static_cast<std::int32_t>(found - entries.begin()));
-  }
-  void ChooseReader(teskReaderType type) { Choose(ControlId::cboReaderType, NumberText(type)); }
-
-  RecordingView view;
-  frmOptions form;
+  std::function<void()> onWarning;
 };
 
 // Everything that is set in the engine, as text.
@@ -85,23 +51,57 @@ inline std::map<std::string, std::string> Settings(const clsTeskReader& reader) 
   return texts;
 }
 
-inline std::vector<std::string> Changed(const std::map<std::string, std::string>& before,
-                                        const std::map<std::string, std::string>& after) {
-  std::vector<std::string> changed;
-  for (const auto& [name, value] : before) {
-    if (after.at(name) != value) changed.push_back(name + "=" + after.at(name));
+// A dialog over an engine that is set to `type` and port 2.
+struct Dialog : Bench {
+  explicit Dialog(teskReaderType type = teskReaderTypeNCSOpScan2,
+                  std::shared_ptr<simulator::Scanner> scanner = nullptr)
+      : Bench(type, std::move(scanner)), form(*reader, view) {
+    reader->SetPort(2);
   }
-  return changed;
-}
 
-// The types of the catalogue in its order.
-inline std::vector<teskReaderType> CatalogueTypes() {
-  const clsTeskReaderProfiles profiles;
-  std::vector<teskReaderType> types;
-  for (std::int32_t position = 1; position <= profiles.Count(); ++position) {
-    types.push_back(profiles.Item(static_cast<double>(position))->ReaderType());
+  void Load() {
+    before = Settings(*reader);
+    form.LoadValues();
   }
-  return types;
+  // The settings of the engine that are others than before the dialog was loaded.
+  std::string Changes() const {
+    std::string changes;
+    for (const auto& [name, value] : Settings(*reader)) {
+      if (before.at(name) != value) changes += name + "=" + value + " ";
+    }
+    return changes;
+  }
+  std::string ChangesOnceConfirmed() {
+    form.Click(ControlId::cmdOK);
+    return form.Confirmed() ? Changes() : "not confirmed " + Changes();
+  }
+  Control& operator[](ControlId id) { return form.Controls()[id]; }
+  ListEntry Chosen(ControlId list) {
+    const ListEntry* entry = ChosenEntry((*this)[list]);
+    return entry == nullptr ? ListEntry{"-", "-"} : *entry;
+  }
+  void Choose(ControlId list, const std::string& value) {
+    const auto& entries = (*this)[list].entries;
+    const auto found = std::ranges::find(entries, value, &ListEntry::value);
+    ASSERT_NE(found, entries.end()) << value;
+    form.Select(list, static_cast<std::int32_t>(found - entries.begin()));
+  }
+  void ChooseReader(teskReaderType type) { Choose(ControlId::cboReaderType, NumberText(type)); }
+
+  RecordingView view;
+  frmOptions form;
+  std::map<std::string, std::string> before;
+};
+
+// Calls check(type, profile) with every reader of the catalogue in its order.
+template <class Check>
+void ForEveryReader(Check check) {
+  const clsTeskReaderProfiles profiles;
+  for (std::int32_t position = 1; position <= profiles.Count(); ++position) {
+    const auto profile = profiles.Item(static_cast<double>(position));
+    SCOPED_TRACE(::testing::Message() << "reader type " << profile->ReaderType());
+    check(profile->ReaderType(), *profile);
+  }
 }
 
 }  // namespace tesk::test

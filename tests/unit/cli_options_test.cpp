@@ -39,87 +39,64 @@ struct Refused {
   const char* says;
 };
 
-TEST(CliOptions, SheetSizesKeepTheirOrderPerSheetDefinition) {
+TEST(CliOptions, SizesWindowsBarcodesAndPortsAreTakenAsTheyAreWritten) {
   const SheetSizes sizes = ParseSheetSizes("--side1", "50x48,0X40,32767x1");
   EXPECT_THAT(sizes.rows, ElementsAre(50, 0, 32767));
   EXPECT_THAT(sizes.columns, ElementsAre(48, 40, 1));
-}
-
-TEST(CliOptions, SheetSizesThatAreNoneAreRefusedByName) {
-  for (const Refused& refused : {Refused{"", "no sheet size"},
-                                 {"50", "50x48"},
-                                 {"50x", "no sheet size"},
-                                 {"x48", "no sheet size"},
-                                 {"50x48,", "no sheet size"},
-                                 {"-1x48", "0 to 32767 rows"},
-                                 {"50x0", "1 to 32767 columns"},
-                                 {"32768x1", "32767"},
-                                 {"50 x48", "no sheet size"},
-                                 {"50x48x2", "no sheet size"},
-                                 {"30000x30000", "at most 4000000"},
-                                 {"1e2x48", "no sheet size"}}) {
-    const auto error = UsageErrorOf([&] { ParseSheetSizes("--side2", refused.text); });
-    EXPECT_THAT(error, AllOf(HasSubstr("--side2"), HasSubstr(refused.says))) << refused.text;
-  }
-}
-
-TEST(CliOptions, WindowsTakeExactlyEight16BitNumbers) {
   EXPECT_THAT(ParseWindow("--window", "1,10,-1,5,+4,32767,2,-32768"),
               ElementsAre(1, 10, -1, 5, 4, 32767, 2, -32768));
-  for (const char* text : {"", "1,2,3,4,5,6,7", "1,2,3,4,5,6,7,8,9", "1,2,3,4,5,6,7,x", "1,2,3,4,5,6,7,32768",
-                           "1,,3,4,5,6,7,8", "1,2,3,4,5,6,7, 8"}) {
-    EXPECT_THAT(UsageErrorOf([&] { ParseWindow("--window", text); }), HasSubstr("--window")) << text;
+  for (const char* text : {"1,2,30,8,2,1", "1,2,30,8,teskbarcodetypecode39,teskBarcodeOrientationVertical"}) {
+    const auto barcode = ParseBarcode("--barcode", text);
+    EXPECT_EQ(barcode.symbology, teskBarcodeTypeCode39);
+    EXPECT_EQ(barcode.orientation, teskBarcodeOrientationVertical);
+    EXPECT_EQ(barcode.distance, 30);
   }
-}
-
-TEST(CliOptions, BarcodesTakeSymbologyAndOrientationByNumberOrName) {
-  const auto byNumber = ParseBarcode("--barcode", "1,2,30,8,2,1");
-  const auto byName =
-      ParseBarcode("--barcode", "1,2,30,8,teskbarcodetypecode39,teskBarcodeOrientationVertical");
-  EXPECT_EQ(byNumber.symbology, teskBarcodeTypeCode39);
-  EXPECT_EQ(byName.symbology, byNumber.symbology);
-  EXPECT_EQ(byName.orientation, teskBarcodeOrientationVertical);
-  EXPECT_EQ(byNumber.distance, 30);
-  EXPECT_THAT(UsageErrorOf([] { ParseBarcode("--barcode", "1,2,30,8,Code39,1"); }),
-              HasSubstr("teskBarcodeTypeCode39 (2)"));
-}
-
-TEST(CliOptions, PortsAreNumbersDevicesOrTheSimulator) {
   EXPECT_EQ(ParsePort("--port", "16").number, 16);
   EXPECT_EQ(ParsePort("--port", "SIM").kind, PortChoice::Kind::Simulated);
   EXPECT_EQ(ParsePort("--port", "/dev/pts/4").device, "/dev/pts/4");
   EXPECT_EQ(ParsePort("--port", "/dev/pts/4").number, 1);
   EXPECT_EQ(ParsePort("--port", "COM23").kind, PortChoice::Kind::Device);
-  for (const char* text : {"0", "17", "-1", "+17", "99999999999"}) {
-    EXPECT_THAT(UsageErrorOf([&] { ParsePort("--port", text); }), HasSubstr("--port")) << text;
-  }
-}
-
-TEST(CliOptions, ReadersAreNumbersEnumeratorsOrDisplayNamesInAnyCase) {
-  for (const char* text : {"15", "teskReaderTypeScantronScanMark5500", "TESKREADERTYPESCANTRONSCANMARK5500",
-                           "scantron scanmark 5500"}) {
+  for (const char* text : {"15", "TESKREADERTYPESCANTRONSCANMARK5500", "scantron scanmark 5500"}) {
     EXPECT_EQ(ParseReader(text), teskReaderTypeScantronScanMark5500) << text;
   }
-  for (const Refused& refused : {Refused{"47", "1 to 46"},
-                                 {"-1", "no reader"},
-                                 {"015", "1 to 46"},
-                                 {"Scantron Scanmark 5501", "Scantron Scanmark 5500"},
-                                 {"scanmark", "Scantron Scanmark 2000"},
-                                 {"teskReaderTypeScantron800", "teskReaderTypeScantron8000"},
-                                 {"", "teskread readers"},
-                                 {"0", "no scanner"},
-                                 {"none", "no scanner"}}) {
-    const auto error = UsageErrorOf([&] { ParseReader(refused.text); });
-    EXPECT_THAT(error, AllOf(HasSubstr("--reader"), HasSubstr(refused.says))) << refused.text;
-  }
 }
 
-TEST(CliOptions, AModelWithoutADriverIsNamedInPlainWords) {
-  try {
-    RequireDriver(teskReaderTypeAppersonAdvantageLink);
-    FAIL() << "accepted";
-  } catch (const CommandFailure& failure) {
-    EXPECT_THAT(failure.what(), HasSubstr("The Apperson Advantage Link has no driver in this version"));
+TEST(CliOptions, WhatIsNoneOfThemIsRefusedByNameAndHelped) {
+  using Parse = void (*)(const std::string&);
+  const Parse size = [](const std::string& text) { ParseSheetSizes("--side2", text); };
+  const Parse window = [](const std::string& text) { ParseWindow("--window", text); };
+  const Parse barcode = [](const std::string& text) { ParseBarcode("--barcode", text); };
+  const Parse port = [](const std::string& text) { ParsePort("--port", text); };
+  const Parse reader = [](const std::string& text) { ParseReader(text); };
+  const std::tuple<Parse, const char*, const char*, const char*> cases[] = {
+      {size, "--side2", "", "no sheet size"},
+      {size, "--side2", "50", "50x48"},
+      {size, "--side2", "x48", "no sheet size"},
+      {size, "--side2", "50x48,", "no sheet size"},
+      {size, "--side2", "-1x48", "0 to 32767 rows"},
+      {size, "--side2", "50x0", "1 to 32767 columns"},
+      {size, "--side2", "32768x1", "32767"},
+      {size, "--side2", "50 x48", "no sheet size"},
+      {size, "--side2", "30000x30000", "at most 4000000"},
+      {window, "--window", "1,2,3,4,5,6,7", ""},
+      {window, "--window", "1,2,3,4,5,6,7,8,9", ""},
+      {window, "--window", "1,2,3,4,5,6,7,x", ""},
+      {window, "--window", "1,2,3,4,5,6,7,32768", ""},
+      {window, "--window", "1,,3,4,5,6,7,8", ""},
+      {barcode, "--barcode", "1,2,30,8,Code39,1", "teskBarcodeTypeCode39 (2)"},
+      {port, "--port", "0", ""},
+      {port, "--port", "17", ""},
+      {port, "--port", "+17", ""},
+      {port, "--port", "99999999999", ""},
+      {reader, "--reader", "47", "1 to 46"},
+      {reader, "--reader", "015", "1 to 46"},
+      {reader, "--reader", "Scantron Scanmark 5501", "Scantron Scanmark 5500"},
+      {reader, "--reader", "scanmark", "Scantron Scanmark 2000"},
+      {reader, "--reader", "", "teskread readers"},
+      {reader, "--reader", "0", "no scanner"}};
+  for (const auto& [parse, option, text, says] : cases) {
+    EXPECT_THAT(UsageErrorOf([&, &p = parse, &t = text] { p(t); }), AllOf(HasSubstr(option), HasSubstr(says)))
+        << text;
   }
 }
 
@@ -142,23 +119,17 @@ class CliAssignments : public testing::Test {
 TEST_F(CliAssignments, EveryKindOfValueConvertsAsHostsWriteIt) {
   const std::tuple<const char*, const char*, const char*> cases[] = {
       {"Duplex", "False", "False"},
-      {"feeder", "0", "False"},
       {"Rejecter", "TRUE", "True"},
-      {"Duplex", "-1", "True"},
       {"SleepTime", "+5", "5"},
       {"SleepTime", "-2147483648", "-2147483648"},
       {"Parity", "E", "E"},
       {"StopBits", "1.5", "1.5"},
-      {"BaudRate", "38400", "38400"},
       {"BaudRate", "4800", "4800"},
       {"Resolution", "-1", "-1"},
       {"FlowControl", "teskreaderflowcontrolhardware", "2"},
-      {"Port", "32767", "32767"},
-      {"ReaderType", "16", "16"},
       {"ReaderType", "teskReaderTypeScantron8400", "17"},
       {"DataBits", "teskReaderDataBits5", "5"},
       {"HelpFile", "a=b", "a=b"},
-      {"RecognitionMode", "teskRecognitionTypeWindow", "2"},
       {"ColorDepth", "teskReaderColorDepthColor", "2"}};
   for (const auto& [name, value, held] : cases) {
     const Assignment assignment = ParseAssignment(std::string(name) + "=" + value);
@@ -169,12 +140,10 @@ TEST_F(CliAssignments, EveryKindOfValueConvertsAsHostsWriteIt) {
 
 TEST_F(CliAssignments, WhatDoesNotConvertIsRefusedAndSaysWhatIsTaken) {
   for (const Refused& refused : {Refused{"Duplex=yes", "True or False"},
-                                 {"Duplex=", "True or False"},
                                  {"Duplex=2", "True or False"},
                                  {"Port=32768", "-32768 to 32767"},
                                  {"Port=-32769", "-32768 to 32767"},
                                  {"SleepTime=2147483648", "whole number"},
-                                 {"SleepTime=5 ", "whole number"},
                                  {"SleepTime=1e3", "whole number"},
                                  {"StopBits=one", "decimal point"},
                                  {"StopBits=1e39", "decimal point"},
@@ -182,10 +151,7 @@ TEST_F(CliAssignments, WhatDoesNotConvertIsRefusedAndSaysWhatIsTaken) {
                                  {"BaudRate=fast", "a bit rate"},
                                  {"Duplex", "NAME=VALUE"},
                                  {"Duplx=1", "did you mean Duplex"},
-                                 {"Printer=on", "True or False"},
                                  {"Side1Rows=50", "no property"},
-                                 {"ReaderName=x", "no property"},
-                                 {"=1", "no property"},
                                  {"", "no property"}}) {
     EXPECT_THAT(Set(refused.text), AllOf(HasSubstr("--set"), HasSubstr(refused.says))) << refused.text;
   }
@@ -246,86 +212,66 @@ TEST_F(CliScanPlan, OptionsArriveInTheEngineOnceEachInTheirOrder) {
 }
 
 TEST_F(CliScanPlan, OptionsThatDoNotFitEachOtherOrTheModelAreRefusedByName) {
-  struct Case {
-    int reader;
-    const char* options;
-    const char* says;  // empty: it is taken
-  };
+  std::string nine;
+  for (int barcode = 1; barcode <= 9; ++barcode) nine += " --barcode 1,1,30,8,2,1";
   constexpr int kScanMark = teskReaderTypeScantronScanMark5500;
   constexpr int kSekonic = teskReaderTypeScanningSystemsSR607;
   constexpr int kOpScan = teskReaderTypeNCSOpScan4;
-  const Case cases[] = {
-      {kScanMark, "--port sim", "--side1: is required"},
-      {kScanMark, "--side1 50x48", "--port: is required"},
-      {kScanMark, "--side1 50x48 --set Port=4", ""},
-      {kScanMark, "--port sim --side1 50x48 --side2 50x48,50x48", "as many as --side1: 1, not 2"},
-      {kScanMark, "--port sim --side2 50x48", "--side2: goes with --side1"},
-      {kScanMark, "--port sim --side1 50x48 --imprint-position 3", "--imprint-position: goes with --imprint"},
-      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint b",
+  constexpr int kPages = teskReaderTypeScantron8000, kNarrow = teskReaderTypeSekonicSR430;
+  constexpr int kRolls = teskReaderTypePDIVMR138;
+  // The reader, what follows the port, what is said; nothing where it is taken.
+  const std::tuple<int, std::string, const char*> cases[] = {
+      {kScanMark, "", "--side1: is required"},
+      {kScanMark, "--side1 50x48 --side2 50x48,50x48", "as many as --side1: 1, not 2"},
+      {kScanMark, "--side2 50x48", "--side2: goes with --side1"},
+      {kScanMark, "--side1 50x48 --imprint-position 3", "--imprint-position: goes with --imprint"},
+      {kScanMark, "--side1 50x48 --imprint a --imprint b",
        "--imprint: the Scantron Scanmark 5500 prints 1 line(s), 2 were given"},
-      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint b --imprint c --imprint d", "up to 3"},
-      {kScanMark, "--port sim --side1 50x48 --imprint 'a\rb'", "control characters"},
-      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint-position 135", ""},
-      {kScanMark, "--port sim --side1 50x48 --imprint a --imprint-position 136", "0 to 135"},
-      {kScanMark, "--port sim --side1 50x48 --max-sheets many", "--max-sheets"},
-      {kScanMark, "--port sim --side1 50x48 --dispose shred",
-       "--dispose: \"shred\" is none of eject, reject, none"},
-      {kScanMark, "--port sim --side1 50x48 --format xml", "ndjson, csv, grid"},
-      {kScanMark, "--port sim --side1 20x12",
+      {kScanMark, "--side1 50x48 --imprint 'a\rb'", "control characters"},
+      {kScanMark, "--side1 50x48 --imprint a --imprint-position 135", ""},
+      {kScanMark, "--side1 50x48 --imprint a --imprint-position 136", "0 to 135"},
+      {kScanMark, "--side1 50x48 --dispose shred", "--dispose: \"shred\" is none of eject, reject, none"},
+      {kScanMark, "--side1 50x48 --format xml", "ndjson, csv, grid"},
+      {kScanMark, "--side1 20x12",
        "--side1: 20x12 does not fit: the Scantron Scanmark 5500 reads pages of 48 columns; write 20x48"},
-      {kScanMark, "--port sim --side1 50x48,40x49", "40x49"},
-      {kScanMark, "--port sim --side1 50x48,0x1", ""},
-      {kScanMark, "--port sim --side1 9999x48", ""},
-      {kScanMark, "--port sim --side1 50x48,40x48 --side2 50x48,40x48", "the same number of rows"},
-      {kScanMark, "--port sim --side1 50x48,50x48,40x48 --side2 50x48,40x48,0x48", ""},
-      {kScanMark, "--port sim --side1 50x48 --side2 50x47", "--side2: 50x47 does not fit"},
-      {kScanMark, "--port sim --side1 20x12 --window 1,20,1,1,12,1,1,0", ""},
-      {kScanMark, "--port sim --side1 20x49 --window 1,20,1,1,12,1,1,0", "at most 48 columns"},
-      {kScanMark, "--port sim --side1 50x48 --set DuplexForm=True", "--side2: is required"},
-      {kScanMark, "--port sim --side1 50x48 --side2 40x48 --set DuplexForm=False", ""},
-      {kScanMark, "--port sim --side1 50x48 --set RecognitionMode=2", "--window: is required"},
-      {kScanMark, "--port sim --side1 50x48 --barcode 1,1,30,8,2,1", "reads no barcodes"},
-      {teskReaderTypeScantron8000, "--port sim --side1 50x48 --window 1,2,1,1,2,1,1,0",
-       "reads whole pages only"},
-      {kSekonic, "--port sim --side1 999x48", ""},
-      {kSekonic, "--port sim --side1 1000x48", "at most 999 rows"},
-      {kSekonic, "--port sim --side1 20x12", ""},
-      {teskReaderTypeSekonicSR430, "--port sim --side1 20x13", "at most 12 columns"},
-      {teskReaderTypePDIVMR138, "--port sim --side1 500x14", ""},
-      {teskReaderTypePDIVMR138, "--port sim --side1 501x14", "at most 500 rows"},
-      {teskReaderTypePDIVMR138, "--port sim --side1 500x15", "at most 14 columns"},
-      {kOpScan, "--port sim --side1 150x48", ""},
-      {kOpScan, "--port sim --side1 151x48", "at most 150 rows"},
-      {kOpScan, "--port sim --side1 50x48 --set Duplex=True --set DuplexForm=True", ""},
-      {kSekonic, "--port sim --side1 50x48 --set DuplexForm=True", "--side2: is required"},
-      {kOpScan, "--port sim --side1 50x48 --window 1,2,1,1,2,1,1,0", "reads whole pages only"},
-      {teskReaderTypeSekonicSR3500, "--port sim --side1 201x48", "at most 200 rows"},
-      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,30,8,2,1", ""},
-      {kOpScan, "--port sim --side1 50x48 --barcode 3,1,30,8,2,1", "Page 3 is no side"},
-      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,-1,8,2,1", "are 0 or more"},
-      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,30,8,24,1", "\"24\" is none of"},
-      {kOpScan, "--port sim --side1 50x48 --barcode 1,1,30,8,2,3", "\"3\" is none of"},
-      {kSekonic,
-       "--port sim --side1 50x48 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 "
-       "--barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1 "
-       "--barcode 1,1,30,8,2,1 --barcode 1,1,30,8,2,1",
-       "at most 8 barcodes, 9 were given"},
-      {kScanMark, "--port sim --side1 50x48 --window 1,50,1,1,48,1,1,0", ""},
-      {kScanMark, "--port sim --side1 50x48 --window 50,50,-1,48,48,-1,1,1", ""},
-      {kScanMark, "--port sim --side1 50x48 --window 1,51,1,1,48,1,1,0",
+      {kScanMark, "--side1 50x48,0x1", ""},
+      {kScanMark, "--side1 50x48,40x48 --side2 50x48,40x48", "the same number of rows"},
+      {kScanMark, "--side1 50x48,50x48,40x48 --side2 50x48,40x48,0x48", ""},
+      {kScanMark, "--side1 20x12 --window 1,20,1,1,12,1,1,0", ""},
+      {kScanMark, "--side1 20x49 --window 1,20,1,1,12,1,1,0", "at most 48 columns"},
+      {kScanMark, "--side1 50x48 --set DuplexForm=True", "--side2: is required"},
+      {kScanMark, "--side1 50x48 --set RecognitionMode=2", "--window: is required"},
+      {kScanMark, "--side1 50x48 --barcode 1,1,30,8,2,1", "reads no barcodes"},
+      {kPages, "--side1 50x48 --window 1,2,1,1,2,1,1,0", "reads whole pages only"},
+      {kSekonic, "--side1 999x48", ""},
+      {kSekonic, "--side1 1000x48", "at most 999 rows"},
+      {kNarrow, "--side1 20x13", "at most 12 columns"},
+      {kRolls, "--side1 501x14", "at most 500 rows"},
+      {kRolls, "--side1 500x15", "at most 14 columns"},
+      {kOpScan, "--side1 50x48 --set Duplex=True --set DuplexForm=True", ""},
+      {kOpScan, "--side1 50x48 --window 1,2,1,1,2,1,1,0", "reads whole pages only"},
+      {kOpScan, "--side1 50x48 --barcode 1,1,30,8,2,1", ""},
+      {kOpScan, "--side1 50x48 --barcode 3,1,30,8,2,1", "Page 3 is no side"},
+      {kOpScan, "--side1 50x48 --barcode 1,1,-1,8,2,1", "are 0 or more"},
+      {kOpScan, "--side1 50x48 --barcode 1,1,30,8,24,1", "\"24\" is none of"},
+      {kSekonic, "--side1 50x48" + nine, "at most 8 barcodes, 9 were given"},
+      {kScanMark, "--side1 50x48 --window 1,50,1,1,48,1,1,0", ""},
+      {kScanMark, "--side1 50x48 --window 1,51,1,1,48,1,1,0",
        "rows 1 to 51 lie outside the sheet, which has rows 1 to 50"},
-      {kScanMark, "--port sim --side1 50x48 --window 49,50,-1,1,48,1,1,0", "rows 0 to 49"},
-      {kScanMark, "--port sim --side1 50x48 --window 1,50,1,2,48,1,1,0", "columns 2 to 49"},
-      {kScanMark, "--port sim --side1 50x48 --window 1,2,0,1,2,1,1,0", "the step from row to row is 0"},
-      {kScanMark, "--port sim --side1 50x48 --window 1,1,0,1,1,0,1,0", ""},
-      {kScanMark, "--port sim --side1 50x48 --window 1,0,1,1,2,1,1,0", "it has no rows"},
-      {kScanMark, "--port sim --side1 50x48 --window 1,2,1,1,2,1,0,0", "Page is 1 (front) or 2 (back)"},
-      {kScanMark, "--port sim --side1 50x48 --window 1,2,1,1,2,1,2,0", "the back is not read"},
-      {kScanMark, "--port sim --side1 50x48 --window 1,2,1,1,2,1,1,2", "Orientation is 0"},
-      {kScanMark, "--port sim --side1 50x48 --side2 50x48 --window 1,2,1,1,2,1,2,0 --window 1,2,1,1,2,1,1,0",
+      {kScanMark, "--side1 50x48 --window 49,50,-1,1,48,1,1,0", "rows 0 to 49"},
+      {kScanMark, "--side1 50x48 --window 1,50,1,2,48,1,1,0", "columns 2 to 49"},
+      {kScanMark, "--side1 50x48 --window 1,2,0,1,2,1,1,0", "the step from row to row is 0"},
+      {kScanMark, "--side1 50x48 --window 1,1,0,1,1,0,1,0", ""},
+      {kScanMark, "--side1 50x48 --window 1,0,1,1,2,1,1,0", "it has no rows"},
+      {kScanMark, "--side1 50x48 --window 1,2,1,1,2,1,0,0", "Page is 1 (front) or 2 (back)"},
+      {kScanMark, "--side1 50x48 --window 1,2,1,1,2,1,2,0", "the back is not read"},
+      {kScanMark, "--side1 50x48 --window 1,2,1,1,2,1,1,2", "Orientation is 0"},
+      {kScanMark, "--side1 50x48 --side2 50x48 --window 1,2,1,1,2,1,2,0 --window 1,2,1,1,2,1,1,0",
        "the windows of the front (Page 1) come before"}};
+  EXPECT_THAT(Configure("--reader 15 --side1 50x48"), HasSubstr("--port: is required"));
+  EXPECT_EQ(Configure("--reader 15 --side1 50x48 --set Port=4"), "no UsageError");
   for (const auto& [reader, options, says] : cases) {
-    const std::string error = Configure("--reader " + std::to_string(reader) + " " + options);
+    const std::string error = Configure("--reader " + std::to_string(reader) + " --port sim " + options);
     EXPECT_THAT(error, HasSubstr(*says ? says : "no UsageError")) << reader << ' ' << options;
   }
 }

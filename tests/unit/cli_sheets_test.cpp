@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/CommandError.h"
 #include "cli/scan/GridText.h"
@@ -31,27 +30,19 @@ SheetRecord ThreeMarks() {
   return record;
 }
 
-TEST(CliSheets, NdjsonIsOneCompactLineWithItsMembersInOrder) {
-  SheetRecord pale = ThreeMarks();
-  pale.warnings = {"pale"};
-  EXPECT_EQ(
-      NdjsonText(pale),
-      "{\"sheet\":1,\"reader\":15,"
-      "\"side1\":{\"timing_marks\":10,\"marks\":[[0,0,7],[-16,0,0]],\"image\":\"\",\"coordinates\":\"\"},"
-      "\"side2\":null,\"barcodes\":[\"12345\"],\"disposed\":\"ejected\",\"warnings\":[\"pale\"]}\n");
-}
-
-TEST(CliSheets, NdjsonOfAnySheetStaysOneLineOfValidUtf8) {
+TEST(CliSheets, NdjsonOfAnySheetStaysOneLineOfValidUtf8WithItsMembersInOrder) {
   SheetRecord record = ThreeMarks();
   record.side2 =
       SideRecord{.timingMarks = -1, .marks = SideArray(1, 1), .image = "C:\\a \"b\".bmp", .coordinates = ""};
-  record.barcodes = {"line\nfeed", "\xff\xfe"};
-  const std::string text = NdjsonText(record);
-  EXPECT_EQ(text.find('\n'), text.size() - 1);
-  const auto json = nlohmann::json::parse(text);
-  EXPECT_EQ(json["side2"]["timing_marks"], -1);
-  EXPECT_EQ(json["side2"]["image"], "C:\\a \"b\".bmp");
-  EXPECT_EQ(json["barcodes"][0], "line\nfeed");
+  record.barcodes = {"line\nfeed", "\xff"};
+  record.warnings = {"pale"};
+  EXPECT_EQ(
+      NdjsonText(record),
+      "{\"sheet\":1,\"reader\":15,"
+      "\"side1\":{\"timing_marks\":10,\"marks\":[[0,0,7],[-16,0,0]],\"image\":\"\",\"coordinates\":\"\"},"
+      "\"side2\":{\"timing_marks\":-1,\"marks\":[[0]],\"image\":\"C:\\\\a "
+      "\\\"b\\\".bmp\",\"coordinates\":\"\"},"
+      "\"barcodes\":[\"line\\nfeed\",\"\xEF\xBF\xBD\"],\"disposed\":\"ejected\",\"warnings\":[\"pale\"]}\n");
 }
 
 TEST(CliSheets, AnEmptyTextIsNoBarcodeNorIsWhatADriverHandsOutForNone) {
@@ -87,20 +78,16 @@ TEST(CliSheets, TheGridShowsMarksFaintMarksAndHalvesOfALine) {
                           HasSubstr("ejected")));
 }
 
-TEST(CliSheets, TheGridDrawsNoRowsBeyondThePaper) {
+TEST(CliSheets, TheGridDrawsNoRowsBeyondThePaperAndMovesNoTerminalsCursor) {
   SheetRecord record = ThreeMarks();
   record.side1.marks = SideArray(500, 14);
   record.side1.marks.At(9, 1) = 15;
   record.side1.timingMarks = 50;
   EXPECT_THAT(GridText(record, "X", {}), HasSubstr("rows 51 to 500 are empty"));
   record.side1.marks.At(500, 14) = 15;
-  EXPECT_THAT(GridText(record, "X", {}), testing::Not(HasSubstr("are empty")));
-}
-
-TEST(CliSheets, TheGridMovesNoTerminalsCursor) {
-  SheetRecord record = ThreeMarks();
   record.barcodes = {"\x1b[2J"};
-  EXPECT_EQ(GridText(record, "X", {}).find('\x1b'), std::string::npos);
+  EXPECT_THAT(GridText(record, "X", {}),
+              testing::Not(testing::AnyOf(HasSubstr("are empty"), HasSubstr("\x1b"))));
 }
 
 std::vector<simulator::Sheet> Read(const std::string& text, std::int16_t darkest = 15) {
@@ -117,48 +104,29 @@ std::string FailureOf(const std::string& text) {
   return "no failure";
 }
 
-TEST(CliSheetFile, ReadsBackWhatScanWrites) {
-  SheetRecord record = ThreeMarks();
-  record.side1.marks.At(2, 1) = 15;
-  record.side2 = record.side1;
-  const auto sheets = Read(NdjsonText(record) + "\r\n" + NdjsonText(record));
-  ASSERT_EQ(sheets.size(), 2U);
-  EXPECT_EQ(sheets[1].side1, record.side1.marks);
-  EXPECT_EQ(sheets[1].side2, record.side1.marks);
-  EXPECT_EQ(sheets[1].barcodes, record.barcodes);
-}
-
 TEST(CliSheetFile, HostileLinesAreRefusedWithTheirNumber) {
   const std::string good = R"({"side1":{"marks":[[0,1],[2,3]]},"side2":null})";
-  struct Case {
-    std::string line;
-    const char* says;
-  };
-  const Case cases[] = {{"{", "no JSON"},
-                        {"[]", "one JSON object"},
-                        {"7", "one JSON object"},
-                        {"{}", "no \"side1\""},
-                        {R"({"side1":[]})", "no object"},
-                        {R"({"side1":{}})", "no \"marks\""},
-                        {R"({"side1":{"marks":7}})", "no array"},
-                        {R"({"side1":{"marks":[7]}})", "row 1"},
-                        {R"({"side1":{"marks":[[0],[0,0]]}})", "row 2"},
-                        {R"({"side1":{"marks":[[16]]}})", "0 to 15"},
-                        {R"({"side1":{"marks":[[-1]]}})", "0 to 15"},
-                        {R"({"side1":{"marks":[[1.5]]}})", "no whole number"},
-                        {R"({"side1":{"marks":[["7"]]}})", "no whole number"},
-                        {R"({"side1":{"marks":[[18446744073709551615]]}})", "0 to 15"},
-                        {R"({"side1":{"marks":[[1e400]]}})", "no JSON"},
-                        {R"({"side1":{"marks":[[0]]},"side2":{"marks":null}})", "side2"},
-                        {R"({"side1":{"marks":[[0]]},"barcodes":[7]})", "barcodes"},
-                        {R"({"side1":{"marks":[[0]]},"barcodes":"7"})", "barcodes"},
-                        {std::string(200'000, '['), "no"},
-                        {std::string("{\"side1\":\0}", 11), "no JSON"},
-                        {"{\"side1\":{\"marks\":[[0]]},\"barcodes\":[\"\xff\"]}", "no JSON"}};
-  for (const Case& hostile : cases) {
-    EXPECT_THAT(FailureOf(good + "\n\n" + hostile.line + "\n" + good),
-                AllOf(HasSubstr("sheets.ndjson, line 3: "), HasSubstr(hostile.says)))
-        << hostile.line.substr(0, 80);
+  const std::pair<std::string, const char*> cases[] = {
+      {"{", "no JSON"},
+      {"[]", "one JSON object"},
+      {"{}", "no \"side1\""},
+      {R"({"side1":{}})", "no \"marks\""},
+      {R"({"side1":{"marks":7}})", "no array"},
+      {R"({"side1":{"marks":[7]}})", "row 1"},
+      {R"({"side1":{"marks":[[0],[0,0]]}})", "row 2"},
+      {R"({"side1":{"marks":[[16]]}})", "0 to 15"},
+      {R"({"side1":{"marks":[[-1]]}})", "0 to 15"},
+      {R"({"side1":{"marks":[[1.5]]}})", "no whole number"},
+      {R"({"side1":{"marks":[[18446744073709551615]]}})", "0 to 15"},
+      {R"({"side1":{"marks":[[0]]},"side2":{"marks":null}})", "side2"},
+      {R"({"side1":{"marks":[[0]]},"barcodes":[7]})", "barcodes"},
+      {std::string(200'000, '['), "no"},
+      {std::string("{\"side1\":\0}", 11), "no JSON"},
+      {"{\"side1\":{\"marks\":[[0]]},\"barcodes\":[\"\xff\"]}", "no JSON"}};
+  for (const auto& [line, says] : cases) {
+    EXPECT_THAT(FailureOf(good + "\n\n" + line + "\n" + good),
+                AllOf(HasSubstr("sheets.ndjson, line 3: "), HasSubstr(says)))
+        << line.substr(0, 80);
   }
 }
 

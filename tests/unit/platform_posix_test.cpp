@@ -1,9 +1,7 @@
 // The Linux side of the platform over real pseudo-terminals.
 #include <asm/termbits.h>
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/ioctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -14,8 +12,10 @@
 #include <fstream>
 #include <functional>
 #include <initializer_list>
+#include <memory>
 #include <optional>
-#include <sstream>
+#include <string>
+#include <tuple>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,36 +26,35 @@
 #include "platform/posix/LineCounters.h"
 #include "platform/posix/ParityMarks.h"
 #include "platform/posix/SerialLine.h"
+#include "tests/support/Folder.h"
 
 namespace tesk::platform {
 namespace {
 
 namespace fs = std::filesystem;
 using std::chrono::steady_clock;
+using test::Content;
+using test::Folder;
+using ::testing::FieldsAre;
 using ::testing::HasSubstr;
 
-std::optional<RunTimeError> ErrorOf(const std::function<void()>& body) {
+// The number of the error, its description and its detail.
+using Failure = std::tuple<std::int32_t, std::string, std::string>;
+
+Failure FailureOf(const std::function<void()>& body) {
   try {
     body();
   } catch (const RunTimeError& error) {
-    return error;
+    return {error.Number(), error.Description(), error.Detail()};
   }
-  return std::nullopt;
+  return {-1, "", ""};
 }
 
-std::int32_t NumberOf(const std::function<void()>& body) {
-  const auto error = ErrorOf(body);
-  return error ? error->Number() : -1;
-}
+std::int32_t NumberOf(const std::function<void()>& body) { return std::get<0>(FailureOf(body)); }
 
 std::unique_ptr<SerialLine> OpenPath(const std::string& path, const LineSettings& settings = {},
                                      Milliseconds patience = Milliseconds(50)) {
   return PosixSerialSystem([path](std::int16_t) { return path; }, patience).Open(1, settings);
-}
-
-LineSettings Settings(std::int32_t bitRate, char parity, std::int32_t dataBits, float stopBits,
-                      teskReaderFlowControl handshaking = teskReaderFlowControlNone) {
-  return {bitRate, parity, dataBits, stopBits, handshaking};
 }
 
 termios2 ModesOf(const std::string& device) {
@@ -84,27 +83,6 @@ std::string SentWithin(PseudoTerminal& terminal, std::size_t size) {
   return bytes;
 }
 
-class Folder {
- public:
-  Folder() {
-    std::string name = (fs::temp_directory_path() / "teskXXXXXX").string();
-    path_ = ::mkdtemp(name.data());
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() { fs::remove_all(path_); }
-  std::string File(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  fs::path path_;
-};
-
-std::string Content(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
 Milliseconds ProcessorTime() {
   timespec time{};
   ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
@@ -112,34 +90,38 @@ Milliseconds ProcessorTime() {
                                                   std::chrono::nanoseconds(time.tv_nsec));
 }
 
-TEST(PosixSerialLine, EveryBitRateReachesTheDevice) {
-  const auto terminal = CreatePseudoTerminal();
-  for (std::int32_t rate :
-       {110, 300, 600, 1200, 2400, 9600, 14400, 19200, 28800, 38400, 56000, 128000, 256000}) {
-    const auto line = OpenPath(terminal->DevicePath(), Settings(rate, 'N', 8, 1));
-    EXPECT_EQ(ModesOf(terminal->DevicePath()).c_ospeed, static_cast<speed_t>(rate));
-    EXPECT_EQ(ModesOf(terminal->DevicePath()).c_ispeed, static_cast<speed_t>(rate));
-  }
-}
+struct PosixSerialLine : testing::Test {
+  std::unique_ptr<PseudoTerminal> terminal = CreatePseudoTerminal();
+  const std::string device = terminal->DevicePath();
+  PosixHostLoop loop;
+};
+struct PosixWaiting : PosixSerialLine {};
+struct PosixPseudoTerminal : PosixSerialLine {};
 
-TEST(PosixSerialLine, ParityStopBitsAndHandshakingReachTheDevice) {
+TEST_F(PosixSerialLine, EverySettingReachesTheDevice) {
   struct Case {
     LineSettings settings;
     tcflag_t control;  // of PARODD, CMSPAR, CSTOPB, CRTSCTS; a pseudo-terminal drops PARENB and CSIZE
     tcflag_t input;    // of IXON, IXOFF
   };
-  const Case cases[] = {{Settings(9600, 'N', 8, 1), 0, 0},
-                        {Settings(1200, 'E', 7, 1), 0, 0},
-                        {Settings(1200, 'O', 7, 2), PARODD | CSTOPB, 0},
-                        {Settings(1200, 'M', 6, 1), PARODD | CMSPAR, 0},
-                        {Settings(1200, 'S', 5, 1.5F), CMSPAR | CSTOPB, 0},
-                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff), 0, IXON | IXOFF},
-                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlHardware), CRTSCTS, 0},
-                        {Settings(9600, 'N', 8, 1, teskReaderFlowControlBoth), CRTSCTS, IXON | IXOFF}};
-  const auto terminal = CreatePseudoTerminal();
+  const Case cases[] = {{{9600, 'N', 8, 1}, 0, 0},
+                        {{1200, 'E', 7, 1}, 0, 0},
+                        {{1200, 'O', 7, 2}, PARODD | CSTOPB, 0},
+                        {{1200, 'M', 6, 1}, PARODD | CMSPAR, 0},
+                        {{1200, 'S', 5, 1.5F}, CMSPAR | CSTOPB, 0},
+                        {{9600, 'N', 8, 1, teskReaderFlowControlXonXoff}, 0, IXON | IXOFF},
+                        {{9600, 'N', 8, 1, teskReaderFlowControlHardware}, CRTSCTS, 0},
+                        {{9600, 'N', 8, 1, teskReaderFlowControlBoth}, CRTSCTS, IXON | IXOFF}};
+  for (std::int32_t rate :
+       {110, 300, 600, 1200, 2400, 9600, 14400, 19200, 28800, 38400, 56000, 128000, 256000}) {
+    const auto line = OpenPath(device, {rate, 'N', 8, 1});
+    const termios2 modes = ModesOf(device);
+    EXPECT_EQ(modes.c_ospeed, static_cast<speed_t>(rate));
+    EXPECT_EQ(modes.c_ispeed, modes.c_ospeed);
+  }
   for (const auto& [settings, control, input] : cases) {
-    const auto line = OpenPath(terminal->DevicePath(), settings);
-    const termios2 modes = ModesOf(terminal->DevicePath());
+    const auto line = OpenPath(device, settings);
+    const termios2 modes = ModesOf(device);
     EXPECT_EQ(modes.c_cflag & (PARODD | CMSPAR | CSTOPB | CRTSCTS), control) << settings.parity;
     EXPECT_EQ(modes.c_iflag & (IXON | IXOFF), input) << settings.handshaking;
     EXPECT_EQ(modes.c_iflag & (PARMRK | INPCK | IGNPAR), static_cast<tcflag_t>(PARMRK | INPCK))
@@ -148,32 +130,24 @@ TEST(PosixSerialLine, ParityStopBitsAndHandshakingReachTheDevice) {
   }
 }
 
-TEST(PosixSerialLine, RefusesSettingsThatNoLineCanDoAndNamesThem) {
-  struct Case {
-    LineSettings settings;
-    const char* named;
-  };
-  const Case cases[] = {{Settings(9600, 'N', 4, 1), "4 data bits"},
-                        {Settings(9600, 'N', 8, 1.5F), "1.5 stop bits with 8 data bits"},
-                        {Settings(9600, 'N', 5, 2), "2 stop bits with 5 data bits"},
-                        {Settings(9600, 'X', 8, 1), "parity \"X\""},
-                        {Settings(0, 'N', 8, 1), "0 bits per second"},
-                        {Settings(9600, 'N', 8, 1, static_cast<teskReaderFlowControl>(4)), "handshaking 4"}};
-  const auto terminal = CreatePseudoTerminal();
-  const termios2 before = ModesOf(terminal->DevicePath());
+TEST_F(PosixSerialLine, RefusesSettingsThatNoLineCanDoAndNamesThem) {
+  const std::pair<LineSettings, const char*> cases[] = {
+      {{9600, 'N', 4, 1}, "4 data bits"},
+      {{9600, 'N', 8, 1.5F}, "1.5 stop bits with 8 data bits"},
+      {{9600, 'N', 5, 2}, "2 stop bits with 5 data bits"},
+      {{9600, 'X', 8, 1}, "parity \"X\""},
+      {{0, 'N', 8, 1}, "0 bits per second"},
+      {{9600, 'N', 8, 1, static_cast<teskReaderFlowControl>(4)}, "handshaking 4"}};
+  const termios2 before = ModesOf(device);
   for (const auto& [settings, named] : cases) {
-    const auto error = ErrorOf([&] { OpenPath(terminal->DevicePath(), settings); });
-    ASSERT_TRUE(error) << named;
-    EXPECT_EQ(error->Number(), kErrorLineSettings);
-    EXPECT_THAT(error->Description(), HasSubstr(named));
+    EXPECT_THAT(FailureOf([&, &s = settings] { OpenPath(device, s); }),
+                FieldsAre(kErrorLineSettings, HasSubstr(named), testing::_));
   }
-  EXPECT_EQ(ModesOf(terminal->DevicePath()).c_ospeed, before.c_ospeed);
-  EXPECT_NO_THROW(OpenPath(terminal->DevicePath())) << "a refusal must not leave the device held";
+  EXPECT_EQ(ModesOf(device).c_ospeed, before.c_ospeed);
+  EXPECT_NO_THROW(OpenPath(device)) << "a refusal must not leave the device held";
 }
 
-TEST(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
-  const auto terminal = CreatePseudoTerminal();
-  const std::string device = terminal->DevicePath();
+TEST_F(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
   const Descriptor other(::open(device.c_str(), O_RDWR | O_NOCTTY));
   termios2 old{};
   ::ioctl(other.Get(), TCGETS2, &old);
@@ -182,7 +156,7 @@ TEST(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
   old.c_lflag |= ICANON;
   old.c_iflag |= INLCR;
   ::ioctl(other.Get(), TCSETS2, &old);
-  auto line = OpenPath(device, Settings(19200, 'E', 7, 1));
+  auto line = OpenPath(device, {19200, 'E', 7, 1});
   EXPECT_EQ(NumberOf([&] { OpenPath(device); }), kErrorPortInUse);
   EXPECT_EQ(ModesOf(device).c_ospeed, 19200U) << "a refused opener must not touch the line";
   line.reset();
@@ -192,51 +166,26 @@ TEST(PosixSerialLine, ClosingRestoresTheOldModesAndLetsOthersIn) {
   EXPECT_NO_THROW(OpenPath(device));
 }
 
-TEST(PosixSerialLine, ADeviceThatCannotBeOpenedIsExplained) {
+TEST_F(PosixSerialLine, ADeviceThatCannotBeOpenedIsExplained) {
   const Folder folder;
   std::ofstream(folder.File("plain")) << "text";
   ::mkfifo(folder.File("fifo").c_str(), 0600);
-  struct Case {
-    std::string path;
-    const char* reason;
-    const char* owner;
-  };
-  const Case cases[] = {
+  const std::tuple<std::string, const char*, const char*> cases[] = {
       {folder.File("missing"), "No such file or directory", "missing: No such file"},
       {folder.File("plain"), "not a serial port", "mode -rw"},
       {folder.File("fifo"), "not a serial port", "mode ?rw-------"},
       {folder.File(""), "not a serial port", "mode drwx------"},
       {"/dev/null", "not a serial port (Inappropriate ioctl", "user root, group root, mode crw-rw-rw-"}};
   for (const auto& [path, reason, owner] : cases) {
-    const auto error = ErrorOf([&p = path] { OpenPath(p); });
-    ASSERT_TRUE(error) << path;
-    EXPECT_EQ(error->Number(), kErrorPort);
-    EXPECT_THAT(error->Description(), AllOf(HasSubstr(path), HasSubstr(reason)));
-    EXPECT_THAT(error->Detail(), AllOf(HasSubstr("runs as user "), HasSubstr(owner), HasSubstr("dialout"),
-                                       HasSubstr("|- Does another program"), HasSubstr("cable"),
-                                       HasSubstr("TESKREADER_PORT_<N>")));
+    EXPECT_THAT(FailureOf([&p = path] { OpenPath(p); }),
+                FieldsAre(kErrorPort, AllOf(HasSubstr(path), HasSubstr(reason)),
+                          AllOf(HasSubstr("runs as user "), HasSubstr(owner), HasSubstr("dialout"),
+                                HasSubstr("|- Does another program"), HasSubstr("TESKREADER_PORT_<N>"))));
   }
   EXPECT_EQ(Content(folder.File("plain")), "text");
 }
 
-// Root may open everything, so the refusal is seen from a process that gave its rights away.
-TEST(PosixSerialLine, ADeviceWithoutPermissionSaysWhoseItIs) {
-  const auto terminal = CreatePseudoTerminal();
-  const std::string device = terminal->DevicePath();
-  ASSERT_EQ(::chmod(device.c_str(), 0), 0);
-  const auto attempt = [&] {
-    if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
-    const auto error = ErrorOf([&] { OpenPath(device); });
-    ::_exit(error && error->Number() == kErrorPort &&
-                    error->Description().find("Permission denied") != std::string::npos &&
-                    error->Detail().find("mode c---------") != std::string::npos
-                ? 0
-                : 1);
-  };
-  EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
-}
-
-TEST(PosixSerialLine, PortNumbersBecomeDevices) {
+TEST_F(PosixSerialLine, PortNumbersBecomeDevices) {
   ::setenv("TESKREADER_PORT_3", "/dev/serial/by-id/adaptor", 1);
   ::setenv("TESKREADER_PORT_4", "", 1);
   const auto paths = DefaultDevicePaths("/dev/pts/77");
@@ -254,14 +203,12 @@ TEST(PosixSerialLine, PortNumbersBecomeDevices) {
   }
 }
 
-TEST(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
+TEST_F(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
   std::string all;
   for (int value = 0; value < 256; ++value) all += static_cast<char>(value);
-  const auto terminal = CreatePseudoTerminal();
   terminal->Write("left over");
-  PosixHostLoop().Pause(Descriptor(::open(terminal->DevicePath().c_str(), O_RDWR | O_NOCTTY)).Get(),
-                        Milliseconds(1000));
-  const auto line = OpenPath(terminal->DevicePath());
+  loop.Pause(Descriptor(::open(device.c_str(), O_RDWR | O_NOCTTY)).Get(), Milliseconds(1000));
+  const auto line = OpenPath(device);
   EXPECT_EQ(line->Read(), "") << "what came before the opening is dropped";
   EXPECT_EQ(terminal->Write(all), all.size());
   EXPECT_EQ(ReadWithin(*line, all.size()), all);
@@ -269,88 +216,48 @@ TEST(PosixSerialLine, EveryByteValuePassesUnchangedInBothDirections) {
   EXPECT_EQ(SentWithin(*terminal, all.size()), all);
 }
 
-// How often this process has called read() by now, the reading of that number included.
-long ReadCalls() {
-  const std::string text = Content("/proc/self/io");
-  return std::stol(text.substr(text.find("syscr:") + 6));
-}
-
-TEST(PosixSerialLine, AShortReadIsNotFollowedByAnotherThatFindsNothing) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
-  terminal->Write("short");
-  PosixHostLoop().Pause(line->Arrival(), Milliseconds(1000));
-  const long before = ReadCalls();
-  const long own = ReadCalls() - before;
-  EXPECT_EQ(line->Read(), "short");
-  EXPECT_EQ(ReadCalls() - before, 2 * own + 1);
-}
-
-TEST(PosixSerialLine, TheLastBytesBeforeClosingArrive) {
-  const auto terminal = CreatePseudoTerminal();
-  OpenPath(terminal->DevicePath())->Write("stop\r");
-  EXPECT_EQ(SentWithin(*terminal, 5), "stop\r");
-}
-
-TEST(PosixSerialLine, ADeviceThatGoesAwayIsAnErrorAtOnceAndNoSpin) {
-  auto terminal = CreatePseudoTerminal();
-  const std::string device = terminal->DevicePath();
+TEST_F(PosixSerialLine, ADeviceThatGoesAwayIsAnErrorAtOnceAndNoSpin) {
   const auto line = OpenPath(device);
   terminal.reset();
   const auto start = steady_clock::now();
   const auto used = ProcessorTime();
-  PosixHostLoop loop;
   while (steady_clock::now() - start < Milliseconds(100)) loop.DoEvents(line->Arrival());
   EXPECT_LT(ProcessorTime() - used, Milliseconds(20));
   for (int turn = 0; turn < 2; ++turn) {
-    const auto error = ErrorOf([&] { line->Read(); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->Number(), kErrorLineRead);
-    EXPECT_EQ(error->Description(), "The device " + device + " is gone.");
-    EXPECT_FALSE(error->Detail().empty());
+    EXPECT_THAT(FailureOf([&] { line->Read(); }),
+                FieldsAre(kErrorLineRead, "The device " + device + " is gone.", testing::_));
   }
   EXPECT_EQ(NumberOf([&] { line->Write("x"); }), kErrorLineWrite);
 }
 
-TEST(PosixSerialLine, AScannerThatTakesNothingEndsTheWriteInsteadOfHangingIt) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
-  const auto start = steady_clock::now();
-  const auto error = ErrorOf([&] { line->Write(std::string(1'000'000, 'x')); });
-  ASSERT_TRUE(error);
-  EXPECT_EQ(error->Number(), kErrorLineWrite);
-  EXPECT_THAT(error->Detail(), HasSubstr("handshaking"));
-  EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(5));
-}
-
-TEST(PosixSerialLine, AWriteHeldByXoffGoesOnAfterXon) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath(), Settings(9600, 'N', 8, 1, teskReaderFlowControlXonXoff));
+TEST_F(PosixSerialLine, AWriteThatNobodyTakesEndsAndGoesOnAfterXon) {
+  const auto line = OpenPath(device, {9600, 'N', 8, 1, teskReaderFlowControlXonXoff});
   terminal->Write("\x13!");
   EXPECT_EQ(ReadWithin(*line, 1), "!");
-  EXPECT_EQ(NumberOf([&] { line->Write("held"); }), kErrorLineWrite);
+  EXPECT_THAT(FailureOf([&] { line->Write("held"); }),
+              FieldsAre(kErrorLineWrite, testing::_, HasSubstr("handshaking")));
   terminal->Write("\x11!");
   EXPECT_EQ(ReadWithin(*line, 1), "!");
   line->Write("free");
   EXPECT_EQ(SentWithin(*terminal, 4), "free");
+  EXPECT_EQ(NumberOf([&] { line->Write(std::string(1'000'000, 'x')); }), kErrorLineWrite);
 }
 
-TEST(PosixHostLoop, WaitingUsesNoProcessorTime) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
-  PosixHostLoop loop;
+TEST_F(PosixWaiting, WaitingUsesNoProcessorTimeAndAPauseWithoutArrivalEnds) {
+  const auto line = OpenPath(device);
   for (ArrivalHandle handle : {line->Arrival(), kNoArrivalHandle}) {
     const auto start = steady_clock::now();
     const auto used = ProcessorTime();
+    loop.Pause(handle, Milliseconds(20));
+    loop.Pause(handle, Milliseconds(-1));
+    EXPECT_GE(steady_clock::now() - start, Milliseconds(20));
     while (steady_clock::now() - start < Milliseconds(200)) loop.DoEvents(handle);
     EXPECT_LT(ProcessorTime() - used, Milliseconds(20));
   }
 }
 
-TEST(PosixHostLoop, AByteEndsWaitsForArrivalButNoPrescribedPause) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
-  PosixHostLoop loop;
+TEST_F(PosixWaiting, AByteEndsWaitsForArrivalButNoPrescribedPause) {
+  const auto line = OpenPath(device);
   terminal->Write("x");
   const auto start = steady_clock::now();
   for (int turn = 0; turn < 20; ++turn) {
@@ -363,59 +270,17 @@ TEST(PosixHostLoop, AByteEndsWaitsForArrivalButNoPrescribedPause) {
   EXPECT_GE(steady_clock::now() - before, Milliseconds(20));
 }
 
-TEST(PosixHostLoop, APauseWithoutArrivalEnds) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
-  PosixHostLoop loop;
-  for (ArrivalHandle handle : {line->Arrival(), kNoArrivalHandle}) {
-    const auto start = steady_clock::now();
-    loop.Pause(handle, Milliseconds(20));
-    loop.Pause(handle, Milliseconds(-1));
-    EXPECT_GE(steady_clock::now() - start, Milliseconds(20));
-  }
-}
-
-TEST(PosixHostLoop, WaitsOnlyWhenNoMessageRan) {
+TEST_F(PosixWaiting, WaitsOnlyWhenNoMessageRan) {
   int ran = 0;
-  PosixHostLoop loop([&] { return ++ran <= 1000; });
+  PosixHostLoop messages([&] { return ++ran <= 1000; });
   const auto start = steady_clock::now();
-  for (int turn = 0; turn < 1000; ++turn) loop.DoEvents(kNoArrivalHandle);
+  for (int turn = 0; turn < 1000; ++turn) messages.DoEvents(kNoArrivalHandle);
   EXPECT_LT(steady_clock::now() - start, Milliseconds(1000)) << "a message that ran must not cost a wait";
   EXPECT_EQ(ran, 1000);
 }
 
-// In a process of its own: the note of an interrupt stays for good.
-TEST(PosixHostLoop, AnInterruptIsNotedAndMessagesRunOnceMore) {
-  const auto attempt = [] {
-    InstallInterruptHandler();
-    int ran = 0;
-    PosixHostLoop loop([&] { return ++ran < 0; });
-    timer_t timer{};
-    sigevent event{};
-    event.sigev_notify = SIGEV_SIGNAL;
-    event.sigev_signo = SIGTERM;
-    ::timer_create(CLOCK_MONOTONIC, &event, &timer);
-    const itimerspec soon{{0, 0}, {0, 3'000'000}};
-    ::timer_settime(timer, 0, &soon, nullptr);
-    if (Interrupted()) ::_exit(1);
-    loop.DoEvents(kNoArrivalHandle);
-    ::_exit(Interrupted() && ran == 2 ? 0 : 2);
-  };
-  EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
-}
-
-TEST(PosixPseudoTerminal, HostsComeAndGo) {
-  const auto terminal = CreatePseudoTerminal();
-  for (const std::string text : {"first", "second"}) {
-    OpenPath(terminal->DevicePath())->Write(text);
-    EXPECT_EQ(SentWithin(*terminal, text.size()), text);
-    EXPECT_EQ(terminal->Read(), "");
-  }
-}
-
-TEST(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
-  const auto terminal = CreatePseudoTerminal();
-  const auto line = OpenPath(terminal->DevicePath());
+TEST_F(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
+  const auto line = OpenPath(device);
   const std::string many(1'000'000, 'y');
   std::size_t taken = 0;
   for (int turn = 0; turn < 10; ++turn) {
@@ -426,39 +291,19 @@ TEST(PosixPseudoTerminal, AHostThatDoesNotReadBlocksNobody) {
   EXPECT_EQ(ReadWithin(*line, taken).size(), taken) << "the count must be what the host can read";
 }
 
-TEST(PosixPseudoTerminal, TheLinkReplacesOnlyLinksToTerminalsAndIsRemoved) {
+TEST_F(PosixPseudoTerminal, ALinkThatACrashLeftIsReplacedAndOneThatWasTakenOverIsNotOurs) {
   const Folder folder;
   const std::string link = folder.File("port");
-  fs::create_symlink("/dev/pts/999999", link);  // what a crash leaves
-  {
-    const auto terminal = CreatePseudoTerminal(link);
-    EXPECT_EQ(fs::read_symlink(link), terminal->DevicePath());
-    EXPECT_EQ(terminal->Replaced(), "");
-    EXPECT_NO_THROW(OpenPath(link));
-  }
-  EXPECT_FALSE(fs::is_symlink(link));
-  for (const char* target : {"/nowhere", "/dev/null"}) {
-    fs::create_symlink(target, link);
-    const auto refused = ErrorOf([&] { CreatePseudoTerminal(link); });
-    ASSERT_TRUE(refused);
-    EXPECT_EQ(refused->Number(), kErrorFileExists);
-    EXPECT_THAT(refused->Description(), HasSubstr(target));
-    EXPECT_EQ(fs::read_symlink(link), target);
-    fs::remove(link);
-  }
-
+  fs::create_symlink("/dev/pts/999999", link);
   auto first = CreatePseudoTerminal(link);
+  EXPECT_EQ(first->Replaced(), "");
   const auto second = CreatePseudoTerminal(link);
   EXPECT_EQ(second->Replaced(), first->DevicePath());
   first.reset();
-  EXPECT_EQ(fs::read_symlink(link), second->DevicePath()) << "a link that was taken over is not ours";
-
-  std::ofstream(folder.File("file")) << "precious";
-  const auto refused = ErrorOf([&] { CreatePseudoTerminal(folder.File("file")); });
-  ASSERT_TRUE(refused);
-  EXPECT_EQ(refused->Number(), kErrorFileExists);
-  EXPECT_FALSE(refused->Detail().empty());
-  EXPECT_EQ(Content(folder.File("file")), "precious");
+  EXPECT_EQ(fs::read_symlink(link), second->DevicePath());
+  const std::string other = folder.File("null");
+  fs::create_symlink("/dev/null", other);
+  EXPECT_EQ(NumberOf([&] { CreatePseudoTerminal(other); }), kErrorFileExists);
   EXPECT_EQ(NumberOf([&] { CreatePseudoTerminal(folder.File("no/such/folder")); }), kErrorFileAccess);
 }
 
@@ -469,73 +314,29 @@ TEST(ConsoleBox, ShowsFurtherLinesIndented) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Title: text\n");
 }
 
-TEST(OutputFile, ReplacesTheOldContentWithWholeRecords) {
-  const Folder folder;
-  const std::string path = folder.File("out");
-  std::ofstream(path) << "an older and much longer content";
-  const auto file = OpenOutputFile(path, OpenMode::Replace);
-  file->Append("one\n");
-  EXPECT_EQ(Content(path), "one\n") << "a record must not wait in a buffer";
-  file->Append("two\n");
-  file->Close();
-  file->Close();
-  EXPECT_EQ(Content(path), "one\ntwo\n");
-}
-
-TEST(OutputFile, FaultsCarryTheReasonOfTheSystem) {
-  const auto unopened = ErrorOf([] { OpenOutputFile("/no/such/folder/out", OpenMode::New); });
-  ASSERT_TRUE(unopened);
-  EXPECT_EQ(unopened->Number(), kErrorFileAccess);
-  EXPECT_THAT(unopened->Description(),
-              AllOf(HasSubstr("/no/such/folder/out"), HasSubstr("No such file or directory")));
-  const auto full = OpenOutputFile("/dev/full", OpenMode::New);
-  EXPECT_EQ(NumberOf([&] { full->Append("record"); }), kErrorDiskFull);
-}
-
-// The limit on a file's size cuts a write short as a full disk does.
-TEST(OutputFile, ARecordCutShortIsTakenBack) {
-  const Folder folder;
-  const std::string path = folder.File("out");
-  const auto attempt = [&] {
-    InstallInterruptHandler();
-    const rlimit limit{10, 10};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    const auto file = OpenOutputFile(path, OpenMode::Replace);
-    file->Append("whole\n");
-    ::_exit(NumberOf([&] { file->Append("cut short\n"); }) == kErrorFileAccess ? 0 : 1);
-  };
-  EXPECT_EXIT(attempt(), ::testing::ExitedWithCode(0), "");
-  EXPECT_EQ(Content(path), "whole\n");
-}
-
 TEST(OutputFile, NothingThatIsThereIsDestroyed) {
   const Folder folder;
   const std::string path = folder.File("out");
-  std::ofstream(path) << "one\n";
-  EXPECT_EQ(NumberOf([&] { OpenOutputFile(path, OpenMode::New); }), kErrorFileExists);
+  std::ofstream(path).flush();
   ASSERT_EQ(::symlink("nowhere", folder.File("link").c_str()), 0);
   EXPECT_EQ(NumberOf([&] { OpenOutputFile(folder.File("link"), OpenMode::New); }), kErrorFileExists);
   const auto file = OpenOutputFile(path, OpenMode::Append);
   for (const OpenMode mode : {OpenMode::Append, OpenMode::Replace}) {
     EXPECT_EQ(NumberOf([&] { OpenOutputFile(path, mode); }), kErrorFileInUse) << "a second writer";
   }
-  file->Append("two\n");
   file->Discard();
-  EXPECT_EQ(Content(path), "one\ntwo\n");
-  for (const OpenMode mode : {OpenMode::New, OpenMode::Append}) {
-    OpenOutputFile(folder.File("new"), mode)->Discard();
-    EXPECT_FALSE(std::filesystem::exists(folder.File("new")));
-  }
-  std::ofstream(folder.File("empty")).flush();
-  OpenOutputFile(folder.File("empty"), OpenMode::Append)->Discard();
-  EXPECT_TRUE(std::filesystem::exists(folder.File("empty"))) << "it was there before";
+  EXPECT_TRUE(fs::exists(path)) << "it was there before";
+  OpenOutputFile(folder.File("new"), OpenMode::Append)->Discard();
+  EXPECT_FALSE(fs::exists(folder.File("new")));
 }
 
-TEST(OutputFile, ARecordThatTurnsOutOtherwiseIsReplacedUnlessSomebodyWroteBehindIt) {
+TEST(OutputFile, ReplacesTheOldContentWithWholeRecordsAndTheLastUnlessSomebodyWroteBehindIt) {
   const Folder folder;
   const std::string path = folder.File("out");
-  const auto file = OpenOutputFile(path, OpenMode::New);
+  std::ofstream(path) << "an older and much longer content";
+  const auto file = OpenOutputFile(path, OpenMode::Replace);
   file->Append("one\n");
+  EXPECT_EQ(Content(path), "one\n") << "a record must not wait in a buffer";
   file->Keep("two ejected\n");
   EXPECT_EQ(Content(path), "one\ntwo ejected\n");
   file->Settle("two failed\n");
@@ -543,7 +344,15 @@ TEST(OutputFile, ARecordThatTurnsOutOtherwiseIsReplacedUnlessSomebodyWroteBehind
   file->Keep("three ejected\n");
   std::ofstream(path, std::ios::app) << "theirs\n";
   file->Settle("three failed\n");
+  file->Close();
+  file->Close();
   EXPECT_EQ(Content(path), "one\ntwo failed\nthree ejected\ntheirs\n");
+  EXPECT_THAT(
+      FailureOf([] { OpenOutputFile("/no/such/folder/out", OpenMode::New); }),
+      FieldsAre(kErrorFileAccess,
+                AllOf(HasSubstr("/no/such/folder/out"), HasSubstr("No such file or directory")), testing::_));
+  const auto full = OpenOutputFile("/dev/full", OpenMode::New);
+  EXPECT_EQ(NumberOf([&] { full->Append("record"); }), kErrorDiskFull);
 }
 
 TEST(OutputFile, APipeGetsARecordOnceItIsSettledAndOneThatNobodyReadsIsToldBefore) {
@@ -597,33 +406,20 @@ TEST(CounterWatch, TellsWhatWasCountedSinceTheLastLookAndNothingOfBefore) {
   EXPECT_EQ(watch.Look(now), std::nullopt);
 }
 
-TEST(PosixSerialLine, LostBytesFailTheReadWhetherOrNotOthersCameBehindThem) {
+TEST_F(PosixSerialLine, LostBytesFailTheReadWhetherOrNotOthersCameBehindThem) {
   for (const bool others : {true, false}) {
     LineCounters counted{};
-    const auto terminal = CreatePseudoTerminal();
-    const auto line = PosixSerialSystem([&](std::int16_t) { return terminal->DevicePath(); },
-                                        Milliseconds(1000), [&](int) { return std::optional(counted); })
+    const auto line = PosixSerialSystem([&](std::int16_t) { return device; }, Milliseconds(1000),
+                                        [&](int) { return std::optional(counted); })
                           .Open(1, {});
     EXPECT_EQ(line->Read(), "");
     counted.back() += 1;
     if (others) terminal->Write("7");
-    EXPECT_EQ(NumberOf([&] { ReadWithin(*line, 1); }), kErrorLineRead) << others;
+    EXPECT_THAT(FailureOf([&] { ReadWithin(*line, 1); }),
+                FieldsAre(kErrorLineRead, "A byte from " + device + " came damaged.",
+                          HasSubstr("the system had room")))
+        << others;
     EXPECT_EQ(line->Read(), "");
-  }
-}
-
-TEST(LineDamage, IsAnErrorOfTheLineThatSaysWhatHappened) {
-  const std::pair<LineDamage, const char*> cases[] = {{LineDamage::Marked, "parity and stop bits"},
-                                                      {LineDamage::Parity, "parity check failed"},
-                                                      {LineDamage::Framing, "no stop bit"},
-                                                      {LineDamage::Break, "interrupted"},
-                                                      {LineDamage::PortOverrun, "faster than the port"},
-                                                      {LineDamage::SystemOverrun, "the system had room"}};
-  for (const auto& [damage, happened] : cases) {
-    const RunTimeError error = Damaged("/dev/ttyS0", damage);
-    EXPECT_EQ(error.Number(), kErrorLineRead);
-    EXPECT_EQ(error.Description(), "A byte from /dev/ttyS0 came damaged.");
-    EXPECT_THAT(error.Detail(), HasSubstr(happened));
   }
 }
 

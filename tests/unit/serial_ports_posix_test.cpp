@@ -1,15 +1,14 @@
 // The list of serial ports, read from a machine that a folder pretends to be.
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/posix/SerialPorts.h"
+#include "tests/support/Folder.h"
 
 namespace tesk::test {
 namespace {
@@ -20,36 +19,30 @@ using testing::HasSubstr;
 class SerialPorts : public testing::Test {
  protected:
   SerialPorts() {
-    std::string pattern = (fs::temp_directory_path() / "tesk-ports-XXXXXX").string();
-    root_ = fs::canonical(::mkdtemp(pattern.data()));
-    for (const char* name : {"ttyS0", "ttyUSB3", "ttyS1", "tty1"}) Write(Dev(name), "");
+    for (const char* name : {"ttyS0", "ttyUSB3", "ttyS1", "tty1"}) WriteFile(Dev(name), "");
     AddPort("ttyS0", "devices/pnp/00:05", "serial");
-    Write(Sys("class/tty/ttyS0/type"), "4\n");
+    WriteFile(Sys("class/tty/ttyS0/type"), "4\n");
     AddPort("ttyS1", "devices/platform/serial8250", "serial8250");  // nobody built it in
-    Write(Sys("class/tty/ttyS1/type"), "0\n");
+    WriteFile(Sys("class/tty/ttyS1/type"), "0\n");
     fs::create_directories(Sys("class/tty/tty1"));  // a terminal without a device
     AddPort("ttyUSB3", "devices/usb1/1-2/1-2:1.0/ttyUSB3", "ftdi_sio");
     AddPort("ttyACM0", "devices/usb1/1-3", "cdc_acm");  // its node is not there
-    Write(Sys("devices/usb1/1-2/idVendor"), "0403\n");
-    Write(Sys("devices/usb1/1-2/manufacturer"), "FTDI\n");
-    Write(Sys("devices/usb1/1-2/product"), "USB Serial\n");
+    WriteFile(Sys("devices/usb1/1-2/idVendor"), "0403\n");
+    WriteFile(Sys("devices/usb1/1-2/manufacturer"), "FTDI\n");
+    WriteFile(Sys("devices/usb1/1-2/product"), "USB Serial\n");
     fs::create_directories(Dev("serial/by-id"));
     fs::create_symlink("../../ttyUSB3", Lasting());
-    Write(Proc("812/comm"), "minicom\n");
+    WriteFile(Proc("812/comm"), "minicom\n");
     fs::create_directories(Proc("812/fd"));
-    fs::create_directories(root_ / "lock");
+    fs::create_directories(Lock());
   }
-  ~SerialPorts() override { fs::remove_all(root_); }
 
-  fs::path Sys(const std::string& path) const { return root_ / "sys" / path; }
-  fs::path Dev(const std::string& path) const { return root_ / "dev" / path; }
-  fs::path Proc(const std::string& path) const { return root_ / "proc" / path; }
+  fs::path Sys(const std::string& path) const { return root_.File("sys/" + path); }
+  fs::path Dev(const std::string& path) const { return root_.File("dev/" + path); }
+  fs::path Proc(const std::string& path) const { return root_.File("proc/" + path); }
+  std::string Lock() const { return root_.File("lock"); }
   fs::path Lasting() const { return Dev("serial/by-id/usb-FTDI_A1-if00-port0"); }
 
-  static void Write(const fs::path& file, const std::string& text) {
-    fs::create_directories(file.parent_path());
-    std::ofstream(file) << text;
-  }
   void AddPort(const std::string& name, const std::string& device, const std::string& driver) const {
     fs::create_directories(Sys("class/tty/" + name));
     fs::create_directories(Sys(device));
@@ -58,14 +51,12 @@ class SerialPorts : public testing::Test {
     fs::create_symlink(Sys("drivers/" + driver), Sys(device + "/driver"));
   }
   std::vector<platform::SerialPort> List() const {
-    return platform::ListSerialPorts({.sys = Sys("").string(),
-                                      .dev = Dev("").string(),
-                                      .proc = Proc("").string(),
-                                      .lock = (root_ / "lock").string()});
+    return platform::ListSerialPorts(
+        {.sys = Sys("").string(), .dev = Dev("").string(), .proc = Proc("").string(), .lock = Lock()});
   }
 
  private:
-  fs::path root_;
+  Folder root_;
 };
 
 TEST_F(SerialPorts, AreThoseWithADeviceAndANodeLastingNamesFirst) {
@@ -87,7 +78,7 @@ TEST_F(SerialPorts, AreHeldByWhoHasThemOpenOrLockedWithoutBeingTouched) {
   std::snprintf(file, sizeof file, "%02x:%02x:%ju", major(status.st_dev), minor(status.st_dev),
                 static_cast<std::uintmax_t>(status.st_ino));
   const auto holder = [&](const fs::path& evidence, const std::string& text, bool link = false) {
-    link ? fs::create_symlink(text, evidence) : Write(evidence, text);
+    link ? fs::create_symlink(text, evidence) : WriteFile(evidence, text);
     const auto port = List().back();
     fs::remove(evidence);
     return port.free == false ? port.holder : "free";
@@ -97,9 +88,10 @@ TEST_F(SerialPorts, AreHeldByWhoHasThemOpenOrLockedWithoutBeingTouched) {
   EXPECT_EQ(holder(Proc("locks"), "1: FLOCK  ADVISORY  WRITE 812 " + std::string(file) + " 0 EOF\n"),
             minicom);
   EXPECT_EQ(holder(Proc("locks"), "1: POSIX  ADVISORY  WRITE 812 " + std::string(file) + " 0 EOF\n"), "free");
-  EXPECT_EQ(holder(Dev("../lock/LCK..ttyS0"), "       812\n"), minicom);
-  EXPECT_EQ(holder(Dev("../lock/LCK..ttyS0"), "813\n"), "free") << "the program of an old lock is gone";
-  EXPECT_EQ(holder(Dev("../lock/LCK..ttyS1"), "812\n"), "free");
+  EXPECT_EQ(holder(fs::path(Lock() + "/LCK..ttyS0"), "       812\n"), minicom);
+  EXPECT_EQ(holder(fs::path(Lock() + "/LCK..ttyS0"), "813\n"), "free")
+      << "the program of an old lock is gone";
+  EXPECT_EQ(holder(fs::path(Lock() + "/LCK..ttyS1"), "812\n"), "free");
   fs::remove(Proc("812/fd"));
   EXPECT_EQ(List().back().free, std::nullopt) << "what that process holds cannot be seen";
 }

@@ -1,17 +1,16 @@
 // The settings file: what happens to it when things go wrong, and when two write at once.
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <optional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/HostServices.h"
 #include "platform/posix/SettingsFile.h"
+#include "tests/support/Folder.h"
 
 namespace tesk::test {
 namespace {
@@ -20,59 +19,44 @@ using platform::SettingsFile;
 using platform::SettingsText;
 using ::testing::HasSubstr;
 
-class SettingsFileTest : public ::testing::Test {
- protected:
-  SettingsFileTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tesk-settings-XXXXXX").string();
-    folder = ::mkdtemp(pattern.data());
-    path = folder + "/deep/er/settings.conf";
-  }
-  ~SettingsFileTest() override { std::filesystem::remove_all(folder); }
+constexpr auto kRoot = teskReaderRegistryKeyCurrentUser;
 
-  std::string Content() const {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-  }
-  void Write(const std::string& text) const {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path) << text;
-  }
-
-  static constexpr const char* kGroup = "CurrentUser\\Shared";
-  static constexpr auto kRoot = teskReaderRegistryKeyCurrentUser;
-  std::string folder;
-  std::string path;
+struct SettingsFileTest : ::testing::Test {
+  Folder folder;
+  std::string path = folder.File("deep/er/settings.conf");
 };
 
-TEST_F(SettingsFileTest, ValuesComeBackFromANewStoreUnderAnySpellingOfTheKey) {
-  EXPECT_TRUE(SettingsFile(path).SaveValue(kRoot, "School\\Lab", "ScannerPort", "3"));
-  EXPECT_EQ(SettingsFile(path).LoadValue(kRoot, "school/lab/", "scannerport"), "3");
-  EXPECT_EQ(SettingsFile(path).LoadValue(teskReaderRegistryKeyLocalMachine, "School\\Lab", "ScannerPort"),
-            std::nullopt);
+TEST_F(SettingsFileTest, ValuesComeBackFromANewStoreUnderAnySpellingOfTheKeyUntilDeleted) {
+  EXPECT_TRUE(SettingsFile(path).SaveValues(kRoot, "School\\Lab", {{"ScannerPort", "3"}, {"theirs", "2"}}));
+  SettingsFile store(path);
+  EXPECT_EQ(store.LoadValue(kRoot, "school/lab/", "scannerport"), "3");
+  EXPECT_EQ(store.LoadValue(teskReaderRegistryKeyLocalMachine, "School\\Lab", "ScannerPort"), std::nullopt);
+  EXPECT_TRUE(store.DeleteValues(kRoot, "School\\Lab", {"ScannerPort", "absent"}));
+  EXPECT_FALSE(store.DeleteValues(kRoot, "School\\Lab", {"ScannerPort"}));
+  EXPECT_EQ(store.LoadValue(kRoot, "School\\Lab", "ScannerPort"), std::nullopt);
+  EXPECT_EQ(store.LoadValue(kRoot, "School\\Lab", "theirs"), "2");
 }
 
 TEST_F(SettingsFileTest, DamagedFileIsRefusedAndNeverOverwritten) {
   const std::string damaged = "[CurrentUser\\A]\n\"x\" = \"1\"\nby hand\n";
-  Write(damaged);
+  WriteFile(path, damaged);
   SettingsFile store(path);
   const auto load = Attempt([&] { store.LoadValue(kRoot, "A", "x"); });
   const auto save = Attempt([&] { store.SaveValue(kRoot, "A", "x", "2"); });
   ASSERT_TRUE(load && save);
   EXPECT_THAT(load->Description(), HasSubstr("line 3"));
-  EXPECT_EQ(Content(), damaged);
+  EXPECT_EQ(Content(path), damaged);
 }
 
 TEST_F(SettingsFileTest, HugeAndLongValuesAreMissingNotRead) {
   SettingsFile store(path);
-  ASSERT_TRUE(store.SaveValue(kRoot, "A", "long", std::string(1025, 'x')));
-  ASSERT_TRUE(store.SaveValue(kRoot, "A", "longest", std::string(1024, 'x')));
-  ASSERT_TRUE(store.SaveValue(kRoot, "A", "huge", std::string(1 << 20, '7')));
-  ASSERT_TRUE(store.SaveValue(kRoot, "A", "zero", std::string("ab\0cd", 5)));
-  EXPECT_EQ(store.LoadValue(kRoot, "A", "long"), std::nullopt);
-  EXPECT_EQ(store.LoadValue(kRoot, "A", "longest"), std::string(1024, 'x'));
-  EXPECT_EQ(store.LoadValue(kRoot, "A", "huge"), std::nullopt);
-  EXPECT_EQ(store.LoadValue(kRoot, "A", "zero"), "ab");
+  const std::string longest(1024, 'x');
+  const std::pair<std::string, std::optional<std::string>> cases[] = {
+      {longest, longest}, {longest + "x", {}}, {std::string(1 << 20, '7'), {}}, {{"ab\0cd", 5}, "ab"}};
+  for (const auto& [stored, read] : cases) {
+    ASSERT_TRUE(store.SaveValue(kRoot, "A", "x", stored));
+    EXPECT_EQ(store.LoadValue(kRoot, "A", "x"), read) << stored.size();
+  }
 }
 
 TEST_F(SettingsFileTest, ProgramsThatWriteAtOnceLoseAndMixNothing) {
@@ -90,41 +74,37 @@ TEST_F(SettingsFileTest, ProgramsThatWriteAtOnceLoseAndMixNothing) {
           store.SaveValues(kRoot, "Shared",
                            {{"first", own}, {own + "-" + std::to_string(i), "kept"}, {"last", own}});
           // One file, so both are of one round.
-          const auto text = SettingsText::Parse(Content(), path);
-          if (text.Find(kGroup, "first") != text.Find(kGroup, "last")) throw TypeMismatch();
+          const auto text = SettingsText::Parse(Content(path), path);
+          if (text.Find("CurrentUser\\Shared", "first") != text.Find("CurrentUser\\Shared", "last"))
+            throw TypeMismatch();
         }
       });
       ::_exit(error ? 1 : 0);
     }
     children.push_back(child);
   }
-  for (const pid_t child : children) {
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
   SettingsFile store(path);
   for (int program = 0; program < kPrograms; ++program) {
+    int status = -1;
+    ::waitpid(children[static_cast<std::size_t>(program)], &status, 0);
+    EXPECT_EQ(status, 0);
     for (int i = 0; i < kRounds; ++i) {
       EXPECT_EQ(store.LoadValue(kRoot, "Shared", std::to_string(program) + "-" + std::to_string(i)), "kept");
     }
   }
 }
 
-TEST_F(SettingsFileTest, LinkedFileIsReplacedWhereItLies) {
-  Write("");
-  const std::string link = folder + "/link.conf";
+TEST_F(SettingsFileTest, LinkedFileIsReplacedWhereItLiesAndAPlaceThatCannotBeWrittenSaysSo) {
+  WriteFile(path, "");
+  const std::string link = folder.File("link.conf");
   std::filesystem::create_symlink(path, link);
   ASSERT_TRUE(SettingsFile(link).SaveValue(kRoot, "A", "x", "1"));
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(SettingsFile(path).LoadValue(kRoot, "A", "x"), "1");
-}
-
-TEST_F(SettingsFileTest, PlaceThatCannotBeWrittenSaysSo) {
-  std::ofstream(folder + "/deep") << "a file where the folder should be";
-  const auto error = Attempt([&] { SettingsFile(path).SaveValue(kRoot, "A", "x", "1"); });
+  const std::string below = path + "/no folder";
+  const auto error = Attempt([&] { SettingsFile(below).SaveValue(kRoot, "A", "x", "1"); });
   ASSERT_TRUE(error);
-  EXPECT_THAT(error->Description(), HasSubstr(path));
+  EXPECT_THAT(error->Description(), HasSubstr(below));
 }
 
 TEST_F(SettingsFileTest, FullDiskLeavesTheOldSettings) {
@@ -135,15 +115,6 @@ TEST_F(SettingsFileTest, FullDiskLeavesTheOldSettings) {
   EXPECT_TRUE(Attempt([&] { store.SaveValues(kRoot, "A", {{"x", "2"}, {"y", "3"}}); }));
   EXPECT_EQ(store.LoadValue(kRoot, "A", "x"), "1");
   EXPECT_EQ(store.LoadValue(kRoot, "A", "y"), std::nullopt);
-}
-
-TEST_F(SettingsFileTest, DeletingTakesOnlyTheNamedValues) {
-  SettingsFile store(path);
-  store.SaveValue(kRoot, "A", "ours", "1");
-  store.SaveValue(kRoot, "A", "theirs", "2");
-  EXPECT_TRUE(store.DeleteValues(kRoot, "A", {"ours", "absent"}));
-  EXPECT_FALSE(store.DeleteValues(kRoot, "A", {"ours"}));
-  EXPECT_EQ(store.LoadValue(kRoot, "A", "theirs"), "2");
 }
 
 }  // namespace

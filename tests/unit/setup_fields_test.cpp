@@ -22,28 +22,26 @@ using enum ControlId;
 // ---- The reader-grade box
 
 TEST(ReaderGrade, HandsTheThresholdsOverToTheReadersThatScoreThemselves) {
-  struct Case {
-    teskReaderType type;
-    bool scores;
-  };
-  for (const Case& c : {Case{teskReaderTypeNCSOpScan3, true}, Case{teskReaderTypeNCSOpScaniNSIGHT4, true},
-                        Case{teskReaderTypeAppersonAdvantageLink, false}}) {
-    Dialog dialog(c.type);
+  for (const auto& [type, scores] :
+       std::map<teskReaderType, bool>{{teskReaderTypeNCSOpScan3, true},
+                                      {teskReaderTypeNCSOpScaniNSIGHT4, true},
+                                      {teskReaderTypeAppersonAdvantageLink, false}}) {
+    Dialog dialog(type);
     dialog.Load();
     dialog.form.Click(chkReaderGrade);
-    EXPECT_EQ(dialog.view.calls.size(), c.scores ? 1U : 0U);
+    EXPECT_EQ(dialog.view.calls.size(), scores ? 1U : 0U);
     for (const ControlId id : {txtRecognitionThreshold, txtMarkDiscrimination, txtMarkCutOff}) {
-      EXPECT_EQ(dialog[id].enabled, !c.scores) << ControlName(id);
-      EXPECT_EQ(dialog[*LabelOf(id)].enabled, !c.scores) << ControlName(id);
+      EXPECT_EQ(dialog[id].enabled, !scores) << ControlName(id);
+      EXPECT_EQ(dialog[*LabelOf(id)].enabled, !scores) << ControlName(id);
     }
     EXPECT_TRUE(dialog[txtErasureThreshold].enabled);
     dialog.form.Click(chkReaderGrade);
-    EXPECT_EQ(dialog.view.calls.size(), c.scores ? 1U : 0U) << "clearing says nothing";
+    EXPECT_EQ(dialog.view.calls.size(), scores ? 1U : 0U) << "clearing says nothing";
     EXPECT_TRUE(dialog[txtMarkCutOff].enabled);
   }
 }
 
-TEST(ReaderGrade, IsLoadedWithoutANote) {
+TEST(ReaderGrade, IsLoadedWithoutANoteAndHasNoSayWhereNobodyCanClearIt) {
   Dialog dialog(teskReaderTypeNCSOpScan2);
   dialog.reader->SetReaderGrade(true);
   dialog.Load();
@@ -59,14 +57,12 @@ TEST(ReaderGrade, IsLoadedWithoutANote) {
           "to the default values, click the Defaults button."));
   dialog.form.Click(cmdDefaults);
   EXPECT_TRUE(dialog[txtMarkCutOff].enabled);
-}
-
-TEST(ReaderGrade, HasNoSayWhereNobodyCanClearIt) {
+  // It has no say where nobody can clear it.
   for (const auto type : {teskReaderTypeNCSEZData, teskReaderTypeNCSOpScan5, teskReaderTypeNCSOpScan8}) {
-    Dialog dialog(type);
-    dialog.reader->SetReaderGrade(true);
-    dialog.Load();
-    EXPECT_TRUE(dialog[txtRecognitionThreshold].enabled) << type;
+    Dialog fixed(type);
+    fixed.reader->SetReaderGrade(true);
+    fixed.Load();
+    EXPECT_TRUE(fixed[txtRecognitionThreshold].enabled) << type;
   }
 }
 
@@ -75,8 +71,8 @@ TEST(ReaderGrade, HasNoSayWhereNobodyCanClearIt) {
 TEST(SpinField, IsCorrectedToItsBoundsAndDecimals) {
   const std::tuple<const char*, std::int32_t, std::int32_t, std::size_t, char, const char*> cases[] = {
       {"40", 0, 15, 0, '.', "15"},     {"-1", 0, 15, 0, '.', "0"},
-      {"1", 192, 254, 0, '.', "192"},  {"15", 0, 15, 0, '.', "15"},
-      {"0", 0, 15, 0, '.', "0"},       {"1.25", 0, 15, 1, '.', "1.2"},
+      {"1", 192, 254, 0, '.', "192"},  {"15.0", 0, 15, 1, '.', "15.0"},
+      {"0.0", 0, 15, 1, '.', "0.0"},   {"1.25", 0, 15, 1, '.', "1.2"},
       {"1.2", 0, 15, 1, '.', "1.2"},   {"1,25", 0, 15, 1, ',', "1,2"},
       {"1.25", 0, 15, 3, '.', "1.25"}, {"7.9", 0, 15, 0, '.', "7"},
       {"7.", 0, 15, 0, '.', "7."},     {"15.01", 0, 15, 1, '.', "15"},
@@ -116,7 +112,7 @@ TEST(SpinField, NeverHoldsAMinimumAboveItsMaximum) {
 TEST(SpinField, TakesOnlyTheCharactersOfItsNumbers) {
   const Control whole{.kind = ControlKind::SpinField, .maximum = 15};
   const Control fine{
-      .kind = ControlKind::SpinField, .minimum = -1, .maximum = 1, .decimals = 2, .separator = ','};
+      .kind = ControlKind::SpinField, .minimum = -1, .maximum = 1, .decimals = 1, .separator = ','};
   for (const char c : std::string("0123456789"))
     EXPECT_TRUE(TakesCharacter(whole, c) && TakesCharacter(fine, c));
   for (const char c : std::string("-,")) EXPECT_TRUE(!TakesCharacter(whole, c) && TakesCharacter(fine, c));
@@ -155,19 +151,7 @@ TEST(SpinField, GivesWhatIsNoNumberBack) {
   }
 }
 
-TEST(SpinField, IsCheckedWhenEnterConfirmsTheDialog) {
-  Dialog dialog(teskReaderTypeNCSOpScan2);
-  dialog.Load();
-  dialog.form.Type(txtRecognitionThreshold, "32000");
-  dialog.form.Type(txtReaderTimeout, "0");
-  dialog.form.Click(cmdOK);
-  EXPECT_TRUE(dialog.form.Confirmed());
-  EXPECT_EQ(dialog.reader->RecognitionThreshold(), 15);
-  EXPECT_EQ(dialog.reader->TimeOut(), 1);
-  EXPECT_EQ(dialog.view.beeps, 2);
-}
-
-TEST(SpinField, SpinsWithinItsBounds) {
+TEST(SpinField, SpinsWithinItsBoundsAndIsCheckedWhenEnterConfirmsTheDialog) {
   Dialog dialog(teskReaderTypeNCSOpScan2);
   dialog.Load();
   std::string texts;
@@ -176,11 +160,23 @@ TEST(SpinField, SpinsWithinItsBounds) {
     texts += dialog[txtRecognitionThreshold].text + " ";
   }
   EXPECT_EQ(texts, "8 15 0 ");
+  const int drawn = dialog.view.refreshed;
+  dialog.form.Type(txtRecognitionThreshold, "99");
+  dialog.form.Spin(txtRecognitionThreshold, -1);
+  EXPECT_EQ(dialog[txtRecognitionThreshold].text, "14") << "what is typed is corrected before it is spun";
+  EXPECT_EQ(dialog.view.refreshed, drawn + 2);
+  dialog.form.Spin(txtRecognitionThreshold, -14);
+  EXPECT_EQ(dialog.view.refreshed, drawn + 3);
   dialog[txtRecognitionThreshold].enabled = false;
   dialog.form.Spin(txtRecognitionThreshold, 1);
   dialog.form.Type(txtRecognitionThreshold, "3");
   EXPECT_EQ(dialog[txtRecognitionThreshold].text, "0") << "disabled";
   EXPECT_EQ(dialog.view.beeps, 0);
+  dialog[txtRecognitionThreshold].enabled = true;
+  dialog.form.Type(txtRecognitionThreshold, "32000");
+  dialog.form.Type(txtReaderTimeout, "0");
+  EXPECT_EQ(dialog.ChangesOnceConfirmed(), "RecognitionThreshold=15 TimeOut=1 ");
+  EXPECT_EQ(dialog.view.beeps, 2);
 }
 
 // ---- The search button
@@ -198,16 +194,17 @@ std::shared_ptr<simulator::Scanner> Identifying() {
 TEST(LocateButton, ChoosesThePortAndLeavesTheEngineAsItWas) {
   Dialog dialog(teskReaderTypeScanningSystemsSR601, Identifying());
   dialog.reader->Printer()->SetDistance(31);
-  const auto before = Settings(*dialog.reader);
   dialog.Load();
   dialog.ChooseReader(teskReaderTypeChatsworthOMR1100);
   dialog.Choose(cboBaud, "19200");
+  const int drawn = dialog.view.refreshed;
   dialog.form.Click(cmdLocate);
+  EXPECT_EQ(dialog.view.refreshed, drawn + 1);
   EXPECT_THAT(dialog.serial->asked, ElementsAre(2, 1, 2, 3));
   EXPECT_EQ(dialog.serial->settings.bitRate, 19200) << "the dialog's choices, not the engine's";
   EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", kLocated, "arrow"));
-  EXPECT_EQ(dialog.Value(cboPort), "3");
-  EXPECT_EQ(Settings(*dialog.reader), before);
+  EXPECT_EQ(dialog.Chosen(cboPort).value, "3");
+  EXPECT_EQ(dialog.Changes(), "");
   EXPECT_EQ(dialog.view.unloaded, 0);
   dialog.form.Click(cmdOK);
   EXPECT_EQ(dialog.reader->Port(), 3) << "reaches the engine when the dialog is confirmed";
@@ -216,21 +213,19 @@ TEST(LocateButton, ChoosesThePortAndLeavesTheEngineAsItWas) {
 TEST(LocateButton, WarnsWhenNobodyAnsweredAfterTheEngineIsAsItWas) {
   Dialog dialog(teskReaderTypeScanningSystemsSR601, nullptr);
   dialog.serial->port = 0;
-  const auto before = Settings(*dialog.reader);
   dialog.Load();
   dialog.ChooseReader(teskReaderTypeNCSEZData);
   dialog.form.Select(cboPort, -1);
-  std::map<std::string, std::string> atWarning;
-  dialog.view.onMessage = [&] { atWarning = Settings(*dialog.reader); };
+  std::string atWarning = "none";
+  dialog.view.onWarning = [&] { atWarning = dialog.Changes(); };
   dialog.form.Click(cmdLocate);
   EXPECT_EQ(dialog.serial->asked.size(), 16U) << "no start port";
   EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", kNotLocated, "arrow"));
-  EXPECT_EQ(atWarning, before);
-  EXPECT_EQ(Settings(*dialog.reader), before);
-  EXPECT_EQ(dialog.Value(cboPort), "-");
+  EXPECT_EQ(atWarning + dialog.Changes(), "");
+  EXPECT_EQ(dialog.Chosen(cboPort).value, "-");
 }
 
-TEST(LocateButton, SaysWhyNothingCanBeLookedForWhileTheScannerIsInUse) {
+TEST(LocateButton, SaysWhyNothingCanBeLookedForAndIsNotThereForReadersThatCannotBeLocated) {
   Dialog dialog(teskReaderTypeChatsworthOMR1100, Identifying());
   dialog.Load();
   dialog.reader->fComm()->mscComm()->SetCommPort(3);
@@ -240,14 +235,11 @@ TEST(LocateButton, SaysWhyNothingCanBeLookedForWhileTheScannerIsInUse) {
   EXPECT_EQ(dialog.host.errors[0].message, "The scanner cannot be asked while its port is open");
   EXPECT_EQ(dialog.host.errors[0].detail, "Stop reading sheets, then try again.");
   EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", kNotLocated, "arrow"));
-}
-
-TEST(LocateButton, IsNotThereForReadersThatCannotBeLocated) {
-  Dialog dialog(teskReaderTypeNCSOpScan2, Identifying());
-  dialog.Load();
-  dialog.form.Click(cmdLocate);
-  EXPECT_THAT(dialog.serial->asked, IsEmpty());
-  EXPECT_THAT(dialog.view.calls, IsEmpty());
+  Dialog other(teskReaderTypeNCSOpScan2, Identifying());
+  other.Load();
+  other.form.Click(cmdLocate);
+  EXPECT_THAT(other.serial->asked, IsEmpty());
+  EXPECT_THAT(other.view.calls, IsEmpty());
 }
 
 TEST(LocateButton, LetsTheUserEndTheSearchAndNothingElseMeanwhile) {
@@ -256,7 +248,6 @@ TEST(LocateButton, LetsTheUserEndTheSearchAndNothingElseMeanwhile) {
                                          {.faults = {{simulator::FaultKind::SilenceIdentify}}}));
   dialog.reader->SetPort(3);
   dialog.Load();
-  const auto before = Settings(*dialog.reader);
   dialog.time->onMessages = [&](int turn) {
     dialog.form.Click(cmdOK);
     dialog.form.Click(cmdLocate);
@@ -268,8 +259,8 @@ TEST(LocateButton, LetsTheUserEndTheSearchAndNothingElseMeanwhile) {
   EXPECT_THAT(dialog.view.calls, ElementsAre("hourglass", "arrow")) << "cancelling shows no message";
   EXPECT_EQ(dialog.view.unloaded, 0);
   EXPECT_FALSE(dialog.form.Confirmed());
-  EXPECT_EQ(dialog.Value(cboPort), "3");
-  EXPECT_EQ(Settings(*dialog.reader), before);
+  EXPECT_EQ(dialog.Chosen(cboPort).value, "3");
+  EXPECT_EQ(dialog.Changes(), "");
   dialog.form.Click(cmdCancel);
   EXPECT_EQ(dialog.view.unloaded, 1);
 }

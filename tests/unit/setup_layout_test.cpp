@@ -1,7 +1,9 @@
 // The places of the setup dialog's controls: what is hidden closes up, nothing overlaps, everything is reached.
 #include <cstdlib>
+#include <map>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -15,7 +17,6 @@ namespace {
 
 using enum ControlId;
 
-constexpr int kDpis[] = {96, 120, 144, 192};
 constexpr LayoutSize kScreens[] = {{1024, 768}, {1366, 768}, {1920, 1080}, {3840, 2160}};
 
 LayoutMetrics MetricsAt(int dpi) {
@@ -59,8 +60,6 @@ bool Within(const ControlPlace& inner, const ControlPlace& outer) {
          inner.left + inner.width <= outer.left + outer.width &&
          inner.top + inner.height <= outer.top + outer.height;
 }
-
-class EveryLayout : public ::testing::TestWithParam<teskReaderType> {};
 
 // What is shown of a frame: it closes up, and stands within the frame.
 void ExpectFrame(const OptionControls& controls, const LayoutFrame& frame, const LayoutMetrics& metrics,
@@ -113,90 +112,95 @@ void ExpectGoodLayout(const OptionControls& controls, const DialogLayout& layout
     const std::int32_t top = layout.seen.height + metrics.frameGap;
     EXPECT_TRUE(Within(place, {0, top, layout.inside.width, layout.inside.height - top}))
         << ControlName(id) << " is below what scrolls";
+    EXPECT_GE(place.width, basPublic::ControlTextWidth(controls[id], metrics.text)) << ControlName(id);
   }
   ExpectApart(controls, {OptionButtons().begin(), OptionButtons().end()});
 }
 
-TEST_P(EveryLayout, FitsEveryScreenInEveryLanguage) {
-  for (const bool doubled : {false, true}) {
-    Dialog dialog(GetParam());
-    if (doubled) {
-      for (const std::string& text : dialog.host.lookedUp) dialog.host.translate[text] = text + text;
-    }
-    frmOptions form(*dialog.reader, dialog.view);
-    form.LoadValues();
-    for (const int dpi : kDpis) {
-      const LayoutMetrics metrics = MetricsAt(dpi);
-      for (const LayoutSize& screen : kScreens) {
-        SCOPED_TRACE(::testing::Message() << doubled << ' ' << dpi << " DPI on " << screen.width);
-        const LayoutSize room = RoomOn(screen, dpi);
-        ExpectGoodLayout(form.Controls(), RepositionControls(form.Controls(), metrics, {room, room.height}),
-                         metrics, room);
+TEST(EveryLayout, FitsEveryScreenInEveryLanguage) {
+  ForEveryReader([](teskReaderType type, const clsTeskReaderProfile&) {
+    for (const bool doubled : {false, true}) {
+      Dialog dialog(type);
+      if (doubled) {
+        for (const std::string& text : dialog.host.lookedUp) dialog.host.translate[text] = text + text;
+      }
+      frmOptions form(*dialog.reader, dialog.view);
+      form.LoadValues();
+      for (const int dpi : {96, 120, 144, 192}) {
+        const LayoutMetrics metrics = MetricsAt(dpi);
+        for (const LayoutSize& screen : kScreens) {
+          SCOPED_TRACE(::testing::Message() << doubled << ' ' << dpi << " DPI on " << screen.width);
+          const LayoutSize room = RoomOn(screen, dpi);
+          ExpectGoodLayout(form.Controls(), RepositionControls(form.Controls(), metrics, {room, room.height}),
+                           metrics, room);
+        }
       }
     }
-  }
+  });
 }
 
-TEST_P(EveryLayout, KeepsTheColumnsOfOtherReaders) {
-  Dialog dialog;
-  dialog.Load();
-  for (const LayoutSize& room : kScreens) {
-    const DialogLayout first = RepositionControls(dialog.form.Controls(), kMetrics, {room, room.height});
-    dialog.ChooseReader(GetParam());
-    EXPECT_EQ(RepositionControls(dialog.form.Controls(), kMetrics, {room, room.height}).inside.width,
-              first.inside.width);
-  }
+TEST(EveryLayout, KeepsTheColumnsOfOtherReadersAndHasNoAccessKeyTwice) {
+  ForEveryReader([](teskReaderType type, const clsTeskReaderProfile&) {
+    Dialog dialog;
+    dialog.host.translate["Use scanne&r grade features"] = "Benote&r";
+    dialog.Load();
+    for (const LayoutSize& room : kScreens) {
+      const auto widths = [&] {
+        const auto layout = RepositionControls(dialog.form.Controls(), kMetrics, {room, room.height});
+        return std::pair(layout.inside.width, dialog[chkReaderGrade].place.width);
+      };
+      const auto first = widths();
+      dialog.ChooseReader(type);
+      EXPECT_EQ(widths(), first);
+    }
+    std::set<char> keys;
+    for (std::size_t i = 0; i < kControlCount; ++i) {
+      const auto id = static_cast<ControlId>(i);
+      const char key = basPublic::AccessKey(dialog[id].caption);
+      const bool seen = IsShown(dialog.form.Controls(), id) && key != '\0';
+      EXPECT_TRUE(!seen || keys.insert(key).second) << ControlName(id);
+    }
+  });
 }
 
-TEST_P(EveryLayout, HasNoAccessKeyTwice) {
-  Dialog dialog;
-  dialog.Load();
-  dialog.ChooseReader(GetParam());
-  std::set<char> keys;
-  for (std::size_t i = 0; i < kControlCount; ++i) {
-    const auto id = static_cast<ControlId>(i);
-    const char key = basPublic::AccessKey(dialog[id].caption);
-    const bool seen = IsShown(dialog.form.Controls(), id) && key != '\0';
-    EXPECT_TRUE(!seen || keys.insert(key).second) << ControlName(id);
-  }
-}
+// A room of which one size grows from `from` to `to` pixels: the one that is 0.
+struct Growing {
+  std::int32_t from, to, width, height, seenHeight;
+};
 
-INSTANTIATE_TEST_SUITE_P(Catalogue, EveryLayout, ::testing::ValuesIn(CatalogueTypes()),
-                         [](const auto& info) { return "Type" + std::to_string(info.param); });
+// Where that changes the layout: the columns by their counts of frames, and the scroll bars.
+std::string ChangesOf(OptionControls& controls, const Growing& growing) {
+  std::string changes, last;
+  for (std::int32_t pixels = growing.from; pixels <= growing.to; ++pixels) {
+    const auto size = [&](std::int32_t fixed) { return fixed == 0 ? pixels : fixed; };
+    const LayoutRoom room{{size(growing.width), size(growing.height)}, size(growing.seenHeight)};
+    const DialogLayout layout = RepositionControls(controls, kMetrics, room);
+    std::map<std::int32_t, int> columns;
+    for (const LayoutFrame& frame : OptionFrames()) ++columns[controls[frame.frame].place.left];
+    std::string now;
+    for (const auto& [left, frames] : columns) now += std::to_string(frames);
+    now += (layout.ScrollsDown() ? " down" : "") + std::string(layout.ScrollsAcross() ? " across" : "");
+    if (now != last) changes += std::to_string(pixels) + ": " + now + "\n";
+    last = now;
+    const std::int32_t bar = layout.ScrollsDown() ? kMetrics.scrollBar : 0;
+    EXPECT_EQ(layout.inside.width, layout.seen.width + bar) << "room for the bar";
+    EXPECT_TRUE(!layout.ScrollsDown() || layout.inside.height == room.height) << pixels;
+    EXPECT_TRUE(!layout.ScrollsAcross() || layout.inside.width == room.screen.width) << pixels;
+  }
+  return changes;
+}
 
 TEST(Layout, FlowsIntoAsManyColumnsAsItNeedsAndScrollsWhereThatIsNotEnough) {
-  struct Case {
-    int dpi;
-    LayoutSize room;
-    std::size_t columns;
-    bool down, across;
-  };
-  const Case cases[] = {{96, RoomOn({1024, 768}, 96), 2, false, false},
-                        {120, RoomOn({1366, 768}, 120), 2, false, false},
-                        {192, RoomOn({1920, 1080}, 192), 3, false, false},
-                        {192, RoomOn({3840, 2160}, 192), 2, false, false},
-                        {144, RoomOn({1024, 768}, 144), 2, true, false},
-                        {96, {520, 1080}, 1, false, false},
-                        {96, {520, 600}, 1, true, false},
-                        {96, {290, 600}, 1, true, true},
-                        {96, {290, 1080}, 1, false, true}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(::testing::Message() << c.dpi << " DPI on " << c.room.width << 'x' << c.room.height);
-    Dialog dialog(teskReaderTypeSekonicSR3500Hybrid);
-    OptionControls& controls = dialog.Load().Controls();
-    const DialogLayout layout = RepositionControls(controls, MetricsAt(c.dpi), {c.room, c.room.height});
-    std::set<std::int32_t> columns;
-    for (const LayoutFrame& frame : OptionFrames()) columns.insert(controls[frame.frame].place.left);
-    EXPECT_EQ(columns.size(), c.columns);
-    EXPECT_EQ(layout.ScrollsDown(), c.down);
-    EXPECT_EQ(layout.ScrollsAcross(), c.across);
-    const std::int32_t bar = MetricsAt(c.dpi).scrollBar;
-    EXPECT_EQ(layout.inside.width, layout.seen.width + (c.down ? bar : 0)) << "room for the bar";
-    if (c.across) {
-      EXPECT_EQ(layout.inside.width, c.room.width);
-      EXPECT_EQ(layout.inside.height == c.room.height, c.down);
-    }
-  }
+  Dialog dialog(teskReaderTypeSekonicSR3500Hybrid);
+  dialog.Load();
+  OptionControls& controls = dialog.form.Controls();
+  for (std::size_t i = 0; i < kControlCount; ++i) controls[static_cast<ControlId>(i)].visible = true;
+  EXPECT_EQ(ChangesOf(controls, {270, 1400, 0, 300, 300}),
+            "270: 6 down across\n473: 6 down\n642: 33 down\n839: 312 down\n1042: 2112 down\n");
+  EXPECT_EQ(ChangesOf(controls, {270, 1400, 0, 1080, 1080}), "270: 6 across\n456: 6\n625: 33\n");
+  EXPECT_EQ(ChangesOf(controls, {200, 1100, 1400, 0, 0}), "200: 2112 down\n305: 2112\n390: 312\n535: 33\n");
+  EXPECT_EQ(ChangesOf(controls, {200, 1100, 456, 0, 0}), "200: 6 down across\n880: 6\n");
+  EXPECT_EQ(ChangesOf(controls, {200, 700, 1400, 700, 0}), "200: 33 down\n535: 33\n");
 }
 
 TEST(Layout, NarrowsThePortListForItsButtonAndGivesTheRoomBack) {

@@ -62,23 +62,21 @@ TEST(Val, ReadsTheNumberThatATextBeginsWith) {
   }
 }
 
-TEST(Val, NumbersBeyondEveryRangeAreAnOverflow) {
-  const std::string manyDigits(5000, '9');
-  for (const std::string& text :
-       {manyDigits, "-" + manyDigits, std::string("1e309"), "1e" + manyDigits,
-        std::string("1e9223372036854775807"), std::string("&H100000000"), "&O" + std::string(60, '7')}) {
+TEST(Val, NumbersBeyondEveryRangeAreAnOverflowAndThoseTooSmallToHoldZero) {
+  const std::string many(5000, '9');
+  const std::string zeros(5000, '0');
+  for (const std::string& text : {many, "-" + many, "1e" + many, "&O" + std::string(60, '7')}) {
     EXPECT_EQ(ErrorOf([&] { Val(text); }), kErrorOverflow) << text.substr(0, 20);
   }
-}
-
-TEST(Val, NumbersTooSmallToHoldAreZero) {
-  const std::string manyDigits(5000, '9');
+  for (const auto& text : Parts("1e309|1e9223372036854775807|&H100000000")) {
+    EXPECT_EQ(ErrorOf([&] { Val(text); }), kErrorOverflow) << text;
+  }
   for (const std::string& text :
-       {std::string("1e-400"), std::string("1e-9223372036854775807"), "-1e-" + manyDigits,
-        "0." + std::string(5000, '0') + "1", "0e" + manyDigits, std::string(400, '9') + "e-800"}) {
+       {"-1e-" + many, "0." + zeros + "1", "0e" + many, std::string(400, '9') + "e-800",
+        std::string("1e-400"), std::string("1e-9223372036854775807")}) {
     EXPECT_EQ(Val(text), 0) << text.substr(0, 20);
   }
-  EXPECT_DOUBLE_EQ(Val(std::string(5000, '0') + "7"), 7);
+  EXPECT_DOUBLE_EQ(Val(zeros + "7"), 7);
 }
 
 TEST(TextToBoolean, TakesTheTwoWordsInAnyCaseAndNumbers) {
@@ -95,7 +93,7 @@ TEST(TextToBoolean, TakesTheTwoWordsInAnyCaseAndNumbers) {
   }
 }
 
-TEST(Rounding, HalvesGoToTheEvenNeighbour) {
+TEST(Rounding, HalvesGoToTheEvenNeighbourAndValuesOutsideTheTypeAreAnOverflow) {
   const std::pair<double, std::int16_t> kCases[] = {{0.5, 0},
                                                     {1.5, 2},
                                                     {2.5, 2},
@@ -105,37 +103,33 @@ TEST(Rounding, HalvesGoToTheEvenNeighbour) {
                                                     {-2.5, -2},
                                                     {2.4999, 2},
                                                     {2.5001, 3},
+                                                    {1e-300, 0},
                                                     {32767.49, INT16_MAX},
-                                                    {-32768.5, INT16_MIN},
-                                                    {1e-300, 0}};
+                                                    {-32768.5, INT16_MIN}};
   for (const auto& [value, rounded] : kCases) {
     EXPECT_EQ(ToInt16(value), rounded) << value;
     EXPECT_EQ(ToInt32(value), rounded) << value;
   }
   EXPECT_EQ(ToInt32(2147483647.4), INT32_MAX);
   EXPECT_EQ(ToInt32(-2147483648.5), INT32_MIN);
-}
-
-TEST(Rounding, ValuesOutsideTheTypeAreAnOverflow) {
-  for (const double value : {32767.5, -32769.0, 1e300, kInfinity, -kInfinity, kNaN}) {
-    EXPECT_EQ(ErrorOf([&] { ToInt16(value); }), kErrorOverflow) << value;
-  }
-  for (const double value : {2147483647.5, -2147483649.0, 1e300, kInfinity, -kInfinity, kNaN}) {
-    EXPECT_EQ(ErrorOf([&] { ToInt32(value); }), kErrorOverflow) << value;
-  }
-  for (const double value : {1e39, -1e39, kInfinity, -kInfinity, kNaN}) {
-    EXPECT_EQ(ErrorOf([&] { ToSingle(value); }), kErrorOverflow) << value;
-  }
   EXPECT_EQ(ToSingle(1.5), 1.5F);
   EXPECT_EQ(ToSingle(-1e-300), 0);
+  const auto overflows = [](auto convert, double above, double below) {
+    for (const double value : {above, below, 1e300, kInfinity, -kInfinity, kNaN}) {
+      EXPECT_EQ(ErrorOf([&] { convert(value); }), kErrorOverflow) << value;
+    }
+  };
+  overflows(ToInt16, 32767.5, -32769);
+  overflows(ToInt32, 2147483647.5, -2147483649.0);
+  overflows(ToSingle, 1e39, -1e39);
 }
 
 TEST(Narrow, NeverWrapsAround) {
   EXPECT_EQ(Narrow<std::int16_t>(32767), INT16_MAX);
   EXPECT_EQ(Narrow<std::int16_t>(std::int64_t{-32768}), INT16_MIN);
-  EXPECT_EQ(ErrorOf([] { Narrow<std::int16_t>(32768); }), kErrorOverflow);
-  EXPECT_EQ(ErrorOf([] { Narrow<std::int16_t>(-32769); }), kErrorOverflow);
-  EXPECT_EQ(ErrorOf([] { Narrow<std::int16_t>(std::uint64_t{1} << 48); }), kErrorOverflow);
+  for (const std::int64_t value : {32768LL, -32769LL, 1LL << 48}) {
+    EXPECT_EQ(ErrorOf([&] { Narrow<std::int16_t>(value); }), kErrorOverflow);
+  }
   EXPECT_EQ(ErrorOf([] { Narrow<std::uint8_t>(-1); }), kErrorOverflow);
   EXPECT_EQ(ErrorOf([] { Narrow<std::int32_t>(std::size_t{0x80000000}); }), kErrorOverflow);
 }

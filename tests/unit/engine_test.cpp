@@ -108,15 +108,13 @@ TEST_F(FreshEngine, WhatASheetDoesNotSayStaysAsTheOneBeforeHadIt) {
            reader->Side2Coordinates() + NumberText(reader->Side1TimingMarks()) +
            NumberText(reader->Side2TimingMarks());
   };
-  reader->StoreSheet({.side1TimingMarks = 3,
-                      .side2TimingMarks = 4,
-                      .side1Image = "a",
-                      .side2Image = "b",
-                      .side1Coordinates = "c",
-                      .side2Coordinates = "d"});
-  EXPECT_EQ(shown(), "abcd34");
-  reader->StoreSheet({});
-  EXPECT_EQ(shown(), "abcd34");
+  Sheet first;
+  first.side1TimingMarks = 3, first.side2TimingMarks = 4, first.side1Image = "a", first.side2Image = "b";
+  first.side1Coordinates = "c", first.side2Coordinates = "d";
+  for (const Sheet& sheet : {first, Sheet{}}) {
+    reader->StoreSheet(sheet);
+    EXPECT_EQ(shown(), "abcd34");
+  }
 }
 
 TEST_F(FreshEngine, EndReaderReleasesTheAnswerKey) {
@@ -144,18 +142,15 @@ TEST_F(FreshEngine, ColorDepthTakesOnlyItsMembers) {
   }
 }
 
-TEST_F(FreshEngine, HelpTopicOfAnUnknownIndexIsReported) {
+TEST_F(FreshEngine, ReportsAHelpTopicOfAnUnknownIndexAndDefaultsOfATypeWithoutAProfile) {
   reader->SetHelpID(teskReaderHelpIDProperties, 1200);
   EXPECT_EQ(reader->HelpID(teskReaderHelpIDProperties), 1200);
   reader->SetHelpID(static_cast<teskReaderHelpID>(7), 1);
   EXPECT_EQ(reader->HelpID(static_cast<teskReaderHelpID>(-1)), 0);
-  EXPECT_THAT(host.Sources(), ElementsAre("clsTeskReader.HelpID", "clsTeskReader.HelpID"));
-}
-
-TEST_F(FreshEngine, DefaultsOfATypeWithoutAProfileAreRefusedAndReported) {
   EXPECT_FALSE(reader->LoadDefaults(teskReaderTypeDatawinHemeraC));
-  EXPECT_THAT(host.Sources(), ElementsAre("clsTeskReader.LoadDefaults"));
   EXPECT_EQ(reader->ReaderType(), teskReaderTypeDatawinHemeraC);
+  EXPECT_THAT(host.Sources(),
+              ElementsAre("clsTeskReader.HelpID", "clsTeskReader.HelpID", "clsTeskReader.LoadDefaults"));
 }
 
 // What a profile proposes is the catalogue's business; that all of it arrives, and nothing else changes, is ours.

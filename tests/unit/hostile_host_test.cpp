@@ -91,24 +91,24 @@ TEST(Engine, SinkMayRemoveAnotherOneInsideAnEvent) {
 }
 
 TEST(Engine, LastReferenceMayBeReleasedWhereverAHostIsCalled) {
-  const std::pair<const char*, void (*)(clsTeskReader&)> calls[] = {
-      {"LoadDefaults", [](clsTeskReader& r) { r.LoadDefaults(teskReaderTypeDatawinHemeraC); }},
-      {"LoadSettings", [](clsTeskReader& r) { r.LoadSettings(teskReaderRegistryKeyCurrentUser, "A"); }},
-      {"SaveSettings", [](clsTeskReader& r) { r.SaveSettings(teskReaderRegistryKeyCurrentUser, "A"); }},
-      {"ReaderType", [](clsTeskReader& r) { r.SetPrinter(nullptr), r.SetReaderType(teskReaderTypeNone); }},
-      {"HelpID", [](clsTeskReader& r) { r.HelpID(static_cast<teskReaderHelpID>(7)); }},
-      {"SetHelpID", [](clsTeskReader& r) { r.SetHelpID(static_cast<teskReaderHelpID>(7), 1); }},
-      {"ShowOptions", [](clsTeskReader& r) { r.ShowOptions(); }}};
-  for (const auto& [name, call] : calls) {
+  void (*const calls[])(clsTeskReader&) = {
+      [](clsTeskReader& r) { r.LoadDefaults(teskReaderTypeDatawinHemeraC); },
+      [](clsTeskReader& r) { r.LoadSettings(teskReaderRegistryKeyCurrentUser, "A"); },
+      [](clsTeskReader& r) { r.SaveSettings(teskReaderRegistryKeyCurrentUser, "A"); },
+      [](clsTeskReader& r) { r.SetPrinter(nullptr), r.SetReaderType(teskReaderTypeNone); },
+      [](clsTeskReader& r) { r.HelpID(static_cast<teskReaderHelpID>(7)); },
+      [](clsTeskReader& r) { r.SetHelpID(static_cast<teskReaderHelpID>(7), 1); },
+      [](clsTeskReader& r) { r.ShowOptions(); }};
+  for (const auto& call : calls) {
     EngineBench bench;
     auto only = bench.NewReader();
     const std::weak_ptr<clsTeskReader> watch = only;
     bench.host.onError = [&] {
       only.reset();
-      EXPECT_FALSE(watch.expired()) << name << " goes on with a reader that is gone";
+      EXPECT_FALSE(watch.expired()) << &call - calls << " goes on with a reader that is gone";
     };
     call(*only);
-    EXPECT_TRUE(watch.expired()) << name;
+    EXPECT_TRUE(watch.expired()) << &call - calls;
   }
 }
 
@@ -141,58 +141,50 @@ TEST(TwoEngines, OfDifferentFamiliesReadInEachOthersWaitsAndEvents) {
     for (const auto inner : types) {
       const auto innerAlone = SheetsOf(inner);
       int inside = 0;
-      EXPECT_EQ(SheetsOf(outer,
-                         [&] {
-                           if (++inside <= 4) {
-                             EXPECT_EQ(SheetsOf(inner), innerAlone);
-                           }
-                         }),
-                alone)
-          << outer << " around " << inner;
+      const auto around =
+          SheetsOf(outer, [&] { EXPECT_TRUE(++inside > 4 || SheetsOf(inner) == innerAlone); });
+      EXPECT_EQ(around, alone) << outer << " around " << inner;
     }
   }
 }
 
-class ShortLivedHost : public HostServices {
- public:
-  explicit ShortLivedHost(std::atomic<int>& reports) : reports_(reports) {}
-  ~ShortLivedHost() override { alive_ = 0; }
-  std::string LoadString(const std::string& text) override { return alive_ == kAlive ? text : "gone"; }
+// Notices when it is called after its end.
+struct ShortLivedHost : HostServices {
+  ~ShortLivedHost() override { alive = 0; }
+  std::string LoadString(const std::string& text) override { return alive == kAlive ? text : "gone"; }
   bool MsgBoxEx(const std::string&, const std::string& text) override { return text == "text"; }
-  void RaiseError(const ErrorReport&) override { reports_ += alive_ == kAlive ? 1 : 1'000'000; }
+  void RaiseError(const ErrorReport&) override { reports += alive == kAlive ? 1 : 1'000'000; }
   bool Silent() const override { return false; }
   void SetSilent(bool) override {}
 
- private:
   static constexpr int kAlive = 4711;
-  volatile int alive_ = kAlive;
-  std::atomic<int>& reports_;
+  static inline std::atomic<int> reports = 0;
+  volatile int alive = kAlive;
 };
 
 TEST(HostServicesThreads, MayInstallAndReportAtOnce) {
   constexpr int kThreads = 4;
   constexpr int kTurns = 20'000;
-  std::atomic<int> reports = 0;
   std::atomic<int> garbled = 0;
-  SetError(std::make_shared<ShortLivedHost>(reports));
+  SetError(std::make_shared<ShortLivedHost>());
   std::barrier start(kThreads);
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&] {
-      start.arrive_and_wait();
-      for (int turn = 0; turn < kTurns; ++turn) {
-        SetError(std::make_shared<ShortLivedHost>(reports));
-        if (LoadString("text") != "text") ++garbled;
-        ReportError(ErrorReport{.number = 5, .source = "a.b", .message = "c"});
-        ShowMessage("title", "text");
-        SetMessageBox(nullptr);
-      }
-    });
+  {
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+      threads.emplace_back([&] {
+        start.arrive_and_wait();
+        for (int turn = 0; turn < kTurns; ++turn) {
+          SetError(std::make_shared<ShortLivedHost>());
+          if (LoadString("text") != "text") ++garbled;
+          ReportError(ErrorReport{.number = 5, .source = "a.b", .message = "c"});
+          ShowMessage("title", "text");
+          SetMessageBox(nullptr);
+        }
+      });
+    }
   }
-  for (auto& thread : threads) thread.join();
   SetError(nullptr);
-  EXPECT_EQ(reports, kThreads * kTurns);
-  EXPECT_EQ(garbled, 0);
+  EXPECT_EQ(std::pair(ShortLivedHost::reports.load(), garbled.load()), std::pair(kThreads * kTurns, 0));
 }
 
 }  // namespace

@@ -77,13 +77,13 @@ TEST(Locate, AndFirmwareAreOfferedWhereProfileAndFamilySaySo) {
     EXPECT_FALSE(bench.serial->open);
     EXPECT_THAT(bench.host.errors, IsEmpty()) << number;
   }
-  SearchBench opScan(teskReaderTypeNCSOpScan2);
-  opScan.reader->Profile()->SetLocateEnabled(true);
-  EXPECT_FALSE(opScan.reader->Locate(3)) << "it does not identify itself";
-  EXPECT_THAT(opScan.serial->asked, IsEmpty());
-  SearchBench acf200(teskReaderTypeChatsworthACF200);
-  acf200.reader->Profile()->SetLocateEnabled(true);
-  EXPECT_TRUE(acf200.reader->Locate(3));
+  for (const auto& [type, identifies] :
+       {std::pair{teskReaderTypeNCSOpScan2, false}, {teskReaderTypeChatsworthACF200, true}}) {
+    SearchBench bench(type);
+    bench.reader->Profile()->SetLocateEnabled(true);
+    EXPECT_EQ(bench.reader->Locate(3), identifies);
+    EXPECT_EQ(bench.serial->asked.empty(), !identifies);
+  }
 }
 
 TEST(Locate, SendsTheRequestAloneOnTheEnginesLineAndLeavesTheFormAsItFoundIt) {
@@ -141,8 +141,7 @@ TEST(Locate, WaitsForASilentPortByAClockOfItsOwnAndPassesOverThoseThatDoNotOpen)
   silent.reader->SetTimeOut(600);
   EXPECT_FALSE(silent.reader->Locate(5));
   EXPECT_EQ(silent.asked.size(), 17U);
-  EXPECT_GE(silent.time->Elapsed(), 17 * 500ms);
-  EXPECT_LE(silent.time->Elapsed(), 17 * 700ms);
+  EXPECT_EQ(silent.time->Elapsed(), 17 * 580ms) << "64 characters and half a second, up to the next poll";
   SilentBench bench;
   for (std::int16_t port = 1; port <= 16; ++port) {
     constexpr std::array kErrors{kErrorPort, kErrorPortInUse, kErrorLineSettings, kErrorLineWrite};
@@ -184,8 +183,7 @@ TEST(Locate, ClosesThePortThatAFailedStartLeftOpenAndFirmwareReportsOneThatDoesN
   EXPECT_TRUE(bench.reader->Locate());
   EXPECT_FALSE(bench.reader->StartReader());
   EXPECT_TRUE(bench.reader->Firmware(firmware));
-  EXPECT_FALSE(bench.serial->open);
-  EXPECT_THAT(bench.host.errors, IsEmpty());
+  EXPECT_FALSE(bench.serial->open || !bench.host.errors.empty());
 }
 
 TEST(Locate, AndFirmwareTouchNothingWhileTheReaderIsStarted) {
@@ -196,8 +194,7 @@ TEST(Locate, AndFirmwareTouchNothingWhileTheReaderIsStarted) {
   bench.reader->SetReaderType(kReader);
   std::string text = "as it was";
   EXPECT_FALSE(bench.reader->Locate() || bench.reader->Firmware(text) || bench.reader->CancelScan());
-  EXPECT_EQ(text, "as it was");
-  EXPECT_EQ(bench.serial->sent, before);
+  EXPECT_EQ(text + bench.serial->sent, "as it was" + before);
   EXPECT_TRUE(bench.serial->open);
   EXPECT_THAT(bench.host.Sources(), ElementsAre("clsTeskReader.Locate", "clsTeskReader.Firmware"));
 }
@@ -257,9 +254,7 @@ TEST(Identification, SurvivesEveryFaultOfTheScannerAndAPortThatDies) {
     SearchBench bench;
     bench.serial->behaviour.goneAfter = bytes;
     bench.serial->behaviour.chunk = 1;
-    EXPECT_FALSE(bench.reader->Locate(3)) << bytes;
-    EXPECT_THAT(bench.host.errors, IsEmpty());
-    EXPECT_FALSE(bench.serial->open);
+    EXPECT_FALSE(bench.reader->Locate(3) || bench.serial->open || !bench.host.errors.empty()) << bytes;
   }
 }
 

@@ -1,7 +1,4 @@
-// The reading cycle, the batch, disposal and error reporting of the engine, with a dispatch that only records
-// what it is asked.
-#include <limits>
-
+// The reading cycle, the batch, disposal and error reporting of the engine, with a driver that only plays a part.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

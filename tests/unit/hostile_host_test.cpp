@@ -12,7 +12,6 @@
 namespace tesk::test {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 TEST(Engine, CallsIntoTheWaitTouchNoWire) {

@@ -36,7 +36,8 @@ TEST(Opening, PortOutsideOneToSixteenIsReportedBeforeAnythingIsOpened) {
     if (taken) continue;
     ASSERT_THAT(bench.host.errors, SizeIs(1));
     const ErrorReport& error = bench.host.errors[0];
-    EXPECT_EQ(NumberText(error.number) + " " + error.source + " | " + error.title + " | " + error.message,
+    EXPECT_EQ(NumberText(error.number) + " " + error.source + " | " + error.title + " | " + error.message +
+                  error.detail,
               "8002 Quillon Reader - basRead.ReaderInit | Invalid Port Number | An error has occurred "
               "attempting to initialize the selected COM port: " +
                   NumberText(port) +

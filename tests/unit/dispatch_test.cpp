@@ -32,11 +32,12 @@ TEST(Opening, PortOutsideOneToSixteenIsReportedBeforeAnythingIsOpened) {
     const bool taken = port == 1 || port == 16;
     EXPECT_EQ(bench.reader->StartReader(), taken) << port;
     EXPECT_EQ(bench.reader->CancelScan(), !taken) << port;
+    EXPECT_EQ(bench.serial->asked, taken ? Int16s{port} : Int16s{});
     if (taken) continue;
-    EXPECT_THAT(bench.serial->asked, IsEmpty());
     ASSERT_THAT(bench.host.errors, SizeIs(1));
     const ErrorReport& error = bench.host.errors[0];
-    EXPECT_EQ(NumberText(error.number) + " " + error.source + " | " + error.title + " | " + error.message,
+    EXPECT_EQ(NumberText(error.number) + " " + error.source + " | " + error.title + " | " + error.message +
+                  error.detail,
               "8002 Quillon Reader - basRead.ReaderInit | Invalid Port Number | An error has occurred "
               "attempting to initialize the selected COM port: " +
                   NumberText(port) +
@@ -48,9 +49,7 @@ TEST(Opening, PortThatCannotBeOpenedSaysWhyAndLeavesARetryPossible) {
   DispatchBench bench;
   bench.reader->SetPort(5);
   EXPECT_FALSE(bench.reader->StartReader());
-  ASSERT_THAT(bench.host.errors, SizeIs(1));
-  EXPECT_EQ(bench.host.errors[0].number, 8002);
-  EXPECT_EQ(bench.host.errors[0].detail, "No such port");
+  EXPECT_EQ(bench.host.errors.at(0).detail, "No such port");
   bench.reader->SetPort(3);
   EXPECT_TRUE(bench.reader->StartReader());
   EXPECT_TRUE(bench.reader->StartReader()) << "also while the port is open";
@@ -78,15 +77,14 @@ TEST(Opening, SettingsReachTheLineInTheFormOfNoLocaleAndThoseOfNoLineAreRefused)
     bench.reader->SetFlowControl(static_cast<teskReaderFlowControl>(c.flowControl));
     EXPECT_EQ(bench.reader->StartReader(), c.text != nullptr);
     EXPECT_EQ(bench.serial->open, c.text != nullptr);
-    if (c.text != nullptr) {
-      EXPECT_EQ(bench.reader->fComm()->mscComm()->Settings(), c.text);
-      EXPECT_EQ(bench.serial->settings.bitRate, c.baud);
-      EXPECT_EQ(bench.serial->settings.stopBits, c.stopBits);
-      EXPECT_EQ(bench.serial->settings.handshaking, c.flowControl);
-    } else {
-      ASSERT_THAT(bench.host.errors, SizeIs(1));
-      EXPECT_EQ(bench.host.errors[0].number, 8002);
+    if (c.text == nullptr) {
+      EXPECT_EQ(bench.host.errors.at(0).number, 8002);
+      continue;
     }
+    const LineSettings& line = bench.serial->settings;
+    EXPECT_EQ(bench.reader->fComm()->mscComm()->Settings(), c.text);
+    EXPECT_EQ(std::tuple(line.bitRate, line.stopBits, line.handshaking),
+              std::tuple(c.baud, c.stopBits, c.flowControl));
   }
 }
 
@@ -103,9 +101,7 @@ TEST(Opening, TimeOutOutsideItsRangeBecomesTenSeconds) {
 TEST(Closing, PortIsClosedWhateverTheDriverSaysAndHostsAreToldByTheFamily) {
   struct Case {
     teskReaderType type;
-    bool starts;
-    bool silent;
-    bool closes;
+    bool starts, silent, closes;
   };
   for (const Case& c : {Case{kScanMark, true, false, true}, Case{kScanMark, true, true, false},
                         Case{teskReaderTypePDIVMR138, true, false, false},
@@ -133,8 +129,7 @@ TEST(Reading, OneThatFailsLeavesNothingOfTheSheetBeforeAndCancels) {
   bench.reader->SetHopperEmpty(true);
   bench.serial->behaviour.silentAfter = 0;
   EXPECT_FALSE(bench.reader->ReadPage());
-  EXPECT_EQ(bench.reader->Side1TimingMarks(), -1);
-  EXPECT_EQ(bench.reader->Side2TimingMarks(), -1);
+  EXPECT_EQ(bench.reader->Side1TimingMarks() + bench.reader->Side2TimingMarks(), -2);
   EXPECT_FALSE(bench.reader->HopperEmpty());
   EXPECT_TRUE(bench.reader->CancelScan());
 }
@@ -199,8 +194,7 @@ TEST(Reading, CommunicationsFormThatGoesIsClosedOnceNoRoutineUsesIt) {
     EXPECT_TRUE(bench.serial->open) << "a routine waits with it";
   };
   bench.reader->ReadPage();
-  EXPECT_EQ(bench.reader->fComm(), nullptr);
-  EXPECT_FALSE(bench.serial->open);
+  EXPECT_FALSE(bench.reader->fComm() || bench.serial->open);
   bench.time->onMessages = nullptr;
   bench.reader->SetfComm(held);
   ASSERT_TRUE(bench.reader->StartReader());
@@ -210,11 +204,8 @@ TEST(Reading, CommunicationsFormThatGoesIsClosedOnceNoRoutineUsesIt) {
   bench.reader->SetfComm(nullptr);
   EXPECT_FALSE(bench.serial->open);
   bench.host.errors.clear();
-  EXPECT_FALSE(bench.reader->ReadPage());
-  EXPECT_TRUE(bench.reader->CancelScan());
-  EXPECT_FALSE(bench.reader->EndReader());
-  ASSERT_FALSE(bench.host.errors.empty());
-  EXPECT_EQ(bench.host.errors[0].number, 91);
+  EXPECT_FALSE(bench.reader->ReadPage() || !bench.reader->CancelScan() || bench.reader->EndReader());
+  EXPECT_EQ(bench.host.errors.at(0).number, 91);
 }
 
 }  // namespace

@@ -1,7 +1,4 @@
-// The reading cycle, the batch, disposal and error reporting of the engine, with a dispatch that only records
-// what it is asked.
-#include <limits>
-
+// The reading cycle, the batch, disposal and error reporting of the engine, with a driver that only plays a part.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -14,7 +11,15 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST_F(EngineTest, FreshEngineHasNothingSetButCancelScan) {
+// What hosts set and ask, on a reader that nothing was done to.
+class FreshEngine : public ::testing::Test {
+ protected:
+  EngineBench bench;
+  RecordingHost& host = bench.host;
+  std::shared_ptr<clsTeskReader> reader = bench.NewReader();
+};
+
+TEST_F(FreshEngine, HasNothingSetButCancelScan) {
   for (const EngineSetting& setting : EngineSettings()) {
     const std::string text = SettingText(setting.get(*reader));
     EXPECT_TRUE(setting.name == "CancelScan" ? text == "True"
@@ -29,174 +34,87 @@ TEST_F(EngineTest, FreshEngineHasNothingSetButCancelScan) {
   EXPECT_EQ(reader->AnswerKey(), nullptr);
 }
 
-TEST_F(EngineTest, NeverStartedReaderRaisesOnlyBeforeSheet) {
-  EXPECT_FALSE(reader->ReadPage());
-  EXPECT_THAT(events.names, ElementsAre("BeforeSheet"));
-  EXPECT_THAT(dispatch->calls, IsEmpty());
+TEST(Engine, RaisesEventsAndCallsTheDriverInTheirOrder) {
+  Play({{"r", "", "Before r--1 cancelled"},
+        {"sr", "", "init s+ Before feed1 Pre1 Read1 After1 r+1"},
+        {"sap", "", "init s+ Before+ feed1 Pre1 Read1 After1 p+1"},
+        {"sp", "", "init s+ Before+ feed1 Pre1 Read1 BeforePrint1 print AfterPrint1 After1 p+1"},
+        {"sr", "Before:!", "init s+ Before feed1 Pre1 Read1 After1 r+1"},
+        {"sp", "Pre1:!", "init s+ Before+ feed1 Pre1 After1 p+1"},
+        {"sp", "BeforePrint1:!",
+         "init s+ Before+ feed1 Pre1 Read1 BeforePrint1 print(skip) AfterPrint1 After1 p+1"},
+        {"sp", "BeforePrint1:a",
+         "init s+ Before+ feed1 Pre1 Read1 BeforePrint1 print(skip) AfterPrint1 After1 p+1"},
+        {"sp", "print:!", "init s+ Before+ feed1 Pre1 Read1 BeforePrint1 print After1 p+1"}});
 }
 
-struct OrderCase {
-  const char* name;
-  const char* does;  // what host and driver do: Printer, Initialize, Reject, CancelPrint, PrintFails
-  const char* events;
-  const char* calls;
-};
-
-class SheetOrder : public EngineTest, public ::testing::WithParamInterface<OrderCase> {};
-
-TEST_P(SheetOrder, EventsAndDriverCallsKeepTheirOrder) {
-  const auto does = [](const char* what) {
-    return std::string(GetParam().does).find(what) != std::string::npos;
-  };
-  if (does("Printer")) ActivatePrinter();
-  dispatch->print = !does("PrintFails");
-  events.onPreprocess = [&](SideArray&, SideArray&, BarcodeArray&, bool& reject) { reject = does("Reject"); };
-  events.onBeforePrint = [&](bool& cancel) { cancel = does("CancelPrint"); };
-  ASSERT_TRUE(reader->StartReader());
-  EXPECT_TRUE(reader->ReadPage(does("Initialize")));
-  EXPECT_EQ(Joined(events.names), GetParam().events);
-  EXPECT_EQ(Joined(dispatch->calls), GetParam().calls);
+TEST(Engine, DisposesOfASheetOnce) {
+  Play({{"srjejree", "",
+         "init s+ Before feed1 Pre1 Read1 After1 r+1 reject Before feed2 Pre2 Read2 After2 r+2 eject"},
+        {"sreee", "eject:!", "init s+ Before feed1 Pre1 Read1 After1 r+1 eject eject"},
+        {"spe", "BeforePrint1:! print(skip):!",
+         "init s+ Before+ feed1 Pre1 Read1 BeforePrint1 print(skip) After1 p+1"}});
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, SheetOrder,
-    ::testing::Values(
-        OrderCase{"Plain", "Initialize", "BeforeSheet PreprocessSheet ReadSheet AfterSheet", "Init Read"},
-        OrderCase{"Printed", "Printer Initialize",
-                  "BeforeSheet PreprocessSheet ReadSheet BeforePrint AfterPrint AfterSheet",
-                  "Init Read Print"},
-        OrderCase{"ImprinterNotInitialised", "Printer", "BeforeSheet PreprocessSheet ReadSheet AfterSheet",
-                  "Init Read"},
-        OrderCase{"RejectedByTheHost", "Printer Initialize Reject", "BeforeSheet PreprocessSheet AfterSheet",
-                  "Init Read"},
-        OrderCase{"PrintCancelledByTheHost", "Printer Initialize CancelPrint PrintFails",
-                  "BeforeSheet PreprocessSheet ReadSheet BeforePrint AfterSheet", "Init Read Print(skip)"},
-        OrderCase{"PrintFails", "Printer Initialize PrintFails",
-                  "BeforeSheet PreprocessSheet ReadSheet BeforePrint AfterSheet", "Init Read Print"}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST_F(EngineTest, HostsChangeInBeforeSheetDoesNotReachTheImprinter) {
-  ActivatePrinter();
-  events.onBeforeSheet = [&](bool& initialize) {
-    EXPECT_FALSE(initialize);
-    initialize = true;
-  };
-  ASSERT_TRUE(reader->StartReader());
-  EXPECT_TRUE(reader->ReadPage(false));
-  EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read"));
+TEST(Engine, AfterSheetsAnswerBecomesCancelScanUnlessItIsLeftAsItWas) {
+  Play({{"sr", "Read1:c After1:!", "init s+ Before feed1 Pre1 Read1 After1 r+1"},
+        {"sr", "After1:!", "init s+ Before feed1 Pre1 Read1 After1 r+1 cancelled"},
+        {"sr", "After1:c", "init s+ Before feed1 Pre1 Read1 After1 r+1 cancelled"}});
 }
 
-TEST_F(EngineTest, WhatPreprocessSheetChangesIsWhatReadSheetGets) {
+TEST(Engine, BatchesCountAndDisposeAsHostsExpect) {
+  Play({{"b", "init:!", "init close b-0 cancelled"},
+        {"b0", "", "init close b+0"},
+        {"b", "feed2:!", "init Before feed1 Pre1 Read1 After1 Before feed2 close b+2 cancelled"},
+        {"b2", "",
+         "init Before feed1 Pre1 Read1 After1 Before feed2 Pre2 Read2 After2 eject close b+2 cancelled"},
+        {"b1", "After1:e", "init Before feed1 Pre1 Read1 After1 eject close b+1 cancelled"},
+        {"B1", "",
+         "init Before+ feed1 Pre1 Read1 BeforePrint1 print AfterPrint1 After1 eject close B+1 cancelled"},
+        {"2b3", "", "init Before feed1 Pre1 Read1 After1 eject close b+3 cancelled"},
+        {"7b3", "", "init close b+7"},
+        {"b4", "After2:3",
+         "init Before feed1 Pre1 Read1 After1 Before feed2 Pre2 Read2 After2 Before feed3 Pre3 Read3 After3 "
+         "eject close b+4 cancelled"},
+        {"b6", "Before:4",
+         "init Before feed1 Pre1 Read1 After1 Before feed2 Pre2 Read2 After2 eject close b+6 cancelled"},
+        {"b", "After1:c", "init Before feed1 Pre1 Read1 After1 eject close b+1 cancelled"},
+        {"nb", "", "init error91 close b+1 cancelled"},
+        {"mb", "", "init Before feed1 Pre1 Read1 After1 error6 close b-2147483647 cancelled"}});
+}
+
+TEST(Engine, GivesReadSheetWhatPreprocessSheetChanges) {
+  EngineBench bench;
+  RecordingEvents events;
+  bench.reader->RemoveEvents(bench);
+  bench.reader->AddEvents(events);
   events.onPreprocess = [](SideArray& side1, SideArray& side2, BarcodeArray& texts, bool&) {
-    side1 = SideArray(2, 3);
-    side1.At(2, 3) = 42;
-    side2 = SideArray(1, 1);
+    side1.At(1, 1) = 42;
+    side2 = SideArray(2, 3);
     texts = {"a", "b"};
   };
-  ASSERT_TRUE(reader->StartReader());
-  ASSERT_TRUE(reader->ReadPage());
-  ASSERT_EQ(events.side1.size(), 1U);
-  EXPECT_EQ(events.side1[0].At(2, 3), 42);
-  EXPECT_EQ(events.side2[0].Rows(), 1);
-  EXPECT_THAT(events.barcodes[0], ElementsAre("a", "b"));
-  EXPECT_EQ(reader->Side1Array().At(2, 3), 42);
+  EXPECT_EQ(bench.Do("sr"), "init s+ feed1 r+1");
+  EXPECT_EQ(MarksText(events.side1.at(0)) + MarksText(events.side2.at(0)), "[1x1 1,1=42][2x3]");
+  EXPECT_EQ(MarksText(bench.reader->Side1Array()), "[1x1 1,1=42]");
+  EXPECT_THAT(events.barcodes.at(0), ElementsAre("a", "b"));
 }
 
-TEST_F(EngineTest, WhatASheetDoesNotSayStaysAsTheOneBeforeHadIt) {
+TEST_F(FreshEngine, WhatASheetDoesNotSayStaysAsTheOneBeforeHadIt) {
   const auto shown = [&] {
     return reader->Side1Image() + reader->Side2Image() + reader->Side1Coordinates() +
            reader->Side2Coordinates() + NumberText(reader->Side1TimingMarks()) +
            NumberText(reader->Side2TimingMarks());
   };
-  reader->StoreSheet({.side1TimingMarks = 3,
-                      .side2TimingMarks = 4,
-                      .side1Image = "a",
-                      .side2Image = "b",
-                      .side1Coordinates = "c",
-                      .side2Coordinates = "d"});
-  EXPECT_EQ(shown(), "abcd34");
-  reader->StoreSheet({});
-  EXPECT_EQ(shown(), "abcd34");
-}
-
-TEST_F(EngineTest, AnswerOfAfterSheetBecomesCancelScanEvenWhenItClearsIt) {
-  ASSERT_TRUE(reader->StartReader());
-  events.onReadSheet = [&] { reader->SetCancelScan(true); };
-  events.onAfterSheet = [](bool& cancel) {
-    EXPECT_TRUE(cancel);
-    cancel = false;
-  };
-  EXPECT_TRUE(reader->ReadPage());
-  EXPECT_FALSE(reader->CancelScan());
-}
-
-TEST_F(EngineTest, BatchesCountAndDisposeAsHostsExpect) {
-  const struct {
-    const char* name;
-    bool init;
-    int sheets;
-    std::int32_t maxSheets, startCount;
-    bool hostEjects;
-    std::int32_t count;
-    const char* calls;
-  } kCases[] = {{"start fails", false, 5, -1, 0, false, 0, "Init Close"},
-                {"no sheets wanted", true, 5, 0, 0, false, 0, "Init Close"},
-                {"a failed read counts", true, 1, -1, 0, false, 2, "Init Read Read Close"},
-                {"the limit's last is ejected", true, 5, 2, 0, false, 2, "Init Read Read Eject Close"},
-                {"what is disposed of stays so", true, 5, 1, 0, true, 1, "Init Read Eject Close"},
-                {"goes on from the start", true, 5, 3, 2, false, 3, "Init Read Eject Close"},
-                {"start beyond the limit", true, 5, 3, 7, false, 7, "Init Close"}};
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.name);
-    dispatch->calls.clear();
-    dispatch->init = c.init;
-    dispatch->sheets = c.sheets;
-    events.onAfterSheet = [&](bool&) {
-      if (c.hostEjects) reader->EjectPage();
-    };
-    std::int32_t count = c.startCount;
-    EXPECT_EQ(reader->ReadBatch(false, c.maxSheets, count), c.init);
-    EXPECT_EQ(count, c.count);
-    EXPECT_EQ(Joined(dispatch->calls), c.calls);
-    // Only a batch that was cancelled or came to its limit leaves the scan cancelled.
-    EXPECT_EQ(reader->CancelScan(), c.maxSheets != 0 && count <= std::max(c.maxSheets, 2));
+  Sheet first;
+  first.side1TimingMarks = 3, first.side2TimingMarks = 4, first.side1Image = "a", first.side2Image = "b";
+  first.side1Coordinates = "c", first.side2Coordinates = "d";
+  for (const Sheet& sheet : {first, Sheet{}}) {
+    reader->StoreSheet(sheet);
+    EXPECT_EQ(shown(), "abcd34");
   }
 }
 
-TEST_F(EngineTest, BatchEndsWhenAnErrorKeepsComingBack) {
-  reader->SetPrinter(nullptr);
-  std::int32_t count = 0;
-  EXPECT_TRUE(reader->ReadBatch(false, -1, count));
-  EXPECT_EQ(count, 1);
-  EXPECT_THAT(host.Sources(), ElementsAre("clsTeskReader.ReadPage"));
-  EXPECT_EQ(host.errors[0].number, 91);
-}
-
-TEST_F(EngineTest, SheetIsDisposedOfOnlyOnce) {
-  ASSERT_TRUE(reader->StartReader());
-  ASSERT_TRUE(reader->ReadPage());
-  reader->RejectPage();
-  reader->EjectPage();
-  reader->RejectPage();
-  EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read", "Reject"));
-  ASSERT_TRUE(reader->ReadPage());
-  dispatch->ejectFails = true;
-  reader->EjectPage();
-  reader->EjectPage();
-  EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read", "Reject", "Read", "Eject", "Eject"));
-}
-
-TEST_F(EngineTest, PrintThatSendsTheSheetOnDisposesOfIt) {
-  ActivatePrinter();
-  dispatch->printDisposes = true;
-  events.onBeforePrint = [](bool& cancel) { cancel = true; };
-  ASSERT_TRUE(reader->StartReader());
-  ASSERT_TRUE(reader->ReadPage(true));
-  reader->EjectPage();
-  EXPECT_THAT(dispatch->calls, ElementsAre("Init", "Read", "Print(skip)"));
-}
-
-TEST_F(EngineTest, EndReaderReleasesTheAnswerKey) {
+TEST_F(FreshEngine, EndReaderReleasesTheAnswerKey) {
   struct Key : HostObject {};
   auto key = std::make_shared<Key>();
   const std::weak_ptr<Key> watch = key;
@@ -205,15 +123,7 @@ TEST_F(EngineTest, EndReaderReleasesTheAnswerKey) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(EngineTest, BatchThatCannotCountAnyFurtherEndsTheReader) {
-  std::int32_t count = std::numeric_limits<std::int32_t>::max();
-  EXPECT_FALSE(reader->ReadBatch(false, -1, count));
-  EXPECT_TRUE(reader->CancelScan());
-  EXPECT_EQ(dispatch->calls.back(), "Close");
-  EXPECT_EQ(host.errors.at(0).number, 6);
-}
-
-TEST_F(EngineTest, GeometryMaximumIgnoresElementZero) {
+TEST_F(FreshEngine, GeometryMaximumIgnoresElementZero) {
   reader->SetSide1Rows(Int16Array({9, 3, 7}, 0));
   EXPECT_EQ(reader->Side1RowExtent(), 7);
   EXPECT_EQ(reader->Side1Rows().At(0), 9);
@@ -222,29 +132,26 @@ TEST_F(EngineTest, GeometryMaximumIgnoresElementZero) {
   EXPECT_THROW(static_cast<void>(reader->Side1Rows().At(3)), RunTimeError);
 }
 
-TEST_F(EngineTest, ColorDepthTakesOnlyItsMembers) {
+TEST_F(FreshEngine, ColorDepthTakesOnlyItsMembers) {
   for (const auto& [given, stored] : {std::pair{1, 1}, {2, 2}, {3, 0}, {5, 0}, {-1, 0}, {0, 0}}) {
     reader->SetColorDepth(static_cast<teskReaderColorDepth>(given));
     EXPECT_EQ(reader->ColorDepth(), stored) << given;
   }
 }
 
-TEST_F(EngineTest, HelpTopicOfAnUnknownIndexIsReported) {
+TEST_F(FreshEngine, ReportsAHelpTopicOfAnUnknownIndexAndDefaultsOfATypeWithoutAProfile) {
   reader->SetHelpID(teskReaderHelpIDProperties, 1200);
   EXPECT_EQ(reader->HelpID(teskReaderHelpIDProperties), 1200);
   reader->SetHelpID(static_cast<teskReaderHelpID>(7), 1);
   EXPECT_EQ(reader->HelpID(static_cast<teskReaderHelpID>(-1)), 0);
-  EXPECT_THAT(host.Sources(), ElementsAre("clsTeskReader.HelpID", "clsTeskReader.HelpID"));
-}
-
-TEST_F(EngineTest, DefaultsOfATypeWithoutAProfileAreRefusedAndReported) {
   EXPECT_FALSE(reader->LoadDefaults(teskReaderTypeDatawinHemeraC));
-  EXPECT_THAT(host.Sources(), ElementsAre("clsTeskReader.LoadDefaults"));
   EXPECT_EQ(reader->ReaderType(), teskReaderTypeDatawinHemeraC);
+  EXPECT_THAT(host.Sources(),
+              ElementsAre("clsTeskReader.HelpID", "clsTeskReader.HelpID", "clsTeskReader.LoadDefaults"));
 }
 
 // What a profile proposes is the catalogue's business; that all of it arrives, and nothing else changes, is ours.
-TEST_F(EngineTest, DefaultsTakeWhatTheProfileProposesAndLeaveTheHostsOwn) {
+TEST_F(FreshEngine, DefaultsTakeWhatTheProfileProposesAndLeaveTheHostsOwn) {
   for (const EngineSetting& setting : EngineSettings()) {
     if (setting.kind == SettingKind::Boolean) setting.set(*reader, true);
   }
@@ -266,7 +173,7 @@ TEST_F(EngineTest, DefaultsTakeWhatTheProfileProposesAndLeaveTheHostsOwn) {
 
 // ---- The error report
 
-TEST_F(EngineTest, ReportWithoutAHostObjectNamesNumberPlaceAndMessage) {
+TEST_F(FreshEngine, ReportWithoutAHostObjectNamesNumberPlaceAndMessage) {
   class Box : public MessageBox {
    public:
     void Show(const std::string& title, const std::string& text) override { shown = title + ": " + text; }
@@ -282,7 +189,7 @@ TEST_F(EngineTest, ReportWithoutAHostObjectNamesNumberPlaceAndMessage) {
       "Application Error: Error# 8002, Location: Quillon Reader - basRead.ReaderInit; Line: 12|No port.");
 }
 
-TEST_F(EngineTest, SilentReportRestoresTheHostsSilence) {
+TEST_F(FreshEngine, SilentReportRestoresTheHostsSilence) {
   for (const bool before : {false, true}) {
     host.silent = before;
     ReportError(ErrorReport{.number = 5, .source = "a.b", .message = "c"}, true);

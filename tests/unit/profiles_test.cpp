@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/conversions.h"
@@ -18,6 +19,8 @@
 
 namespace tesk::test {
 namespace {
+
+using ::testing::ElementsAreArray;
 
 // "Imaging=False", "ImagingEnabled=False", ... in slot order.
 using Cells = std::vector<std::string>;
@@ -60,13 +63,6 @@ std::vector<Cells> Listed() {
   return rows;
 }
 
-// One per line, so that a failure shows the lines that differ.
-std::string Lines(const Cells& cells) {
-  std::string lines;
-  for (const std::string& cell : cells) lines += cell + "\n";
-  return lines;
-}
-
 // Another value of the same type, and one of another type.
 ProfileValue Other(const ProfileValue& value) {
   struct {
@@ -81,14 +77,6 @@ ProfileValue Other(const ProfileValue& value) {
 
 ProfileValue Wrong(const ProfileValue& value) {
   return std::holds_alternative<std::string>(value) ? ProfileValue(1.0F) : ProfileValue(std::string("1"));
-}
-
-std::vector<int> TypesIn(const clsTeskReaderProfiles& profiles) {
-  std::vector<int> types;
-  for (std::int32_t i = 1; i <= profiles.Count(); ++i) {
-    types.push_back(profiles.Item(AtPosition(i))->ReaderType());
-  }
-  return types;
 }
 
 TEST(Profile, SettingAPropertyChangesThatOneAloneAndTakesNoOtherType) {
@@ -111,7 +99,7 @@ TEST(Profile, SettingAPropertyChangesThatOneAloneAndTakesNoOtherType) {
     Cells expected = fresh;
     expected[i] = name + "=" + TextOf(Other(before));
     if (name == "ReaderType") expected[58] = "ReaderName=DATAWIN AXM 960";
-    EXPECT_EQ(Lines(CellsOf(profile)), Lines(expected)) << name;
+    EXPECT_THAT(CellsOf(profile), ElementsAreArray(expected)) << name;
     profile.Class_Initialize();
     EXPECT_EQ(CellsOf(profile), fresh) << name;
   }
@@ -138,7 +126,7 @@ TEST(Catalogue, EveryCellOfEveryProfileIsAsListed) {
   ASSERT_EQ(profiles.Count() + 1, static_cast<std::int32_t>(listed.size()));
   for (std::int32_t position = 1; position <= profiles.Count(); ++position) {
     const auto profile = profiles.Item(AtPosition(position));
-    EXPECT_EQ(Lines(CellsOf(*profile)), Lines(listed[static_cast<std::size_t>(position)]));
+    EXPECT_THAT(CellsOf(*profile), ElementsAreArray(listed[static_cast<std::size_t>(position)]));
     EXPECT_EQ(CellsOf(ProfileOf(profile->ReaderType())), CellsOf(*profile)) << profile->ReaderName();
   }
   for (const int type : {int{teskReaderTypeDatawinHemeraC}, -1, kLastReaderType + 1}) {
@@ -179,7 +167,9 @@ TEST(Profiles, EachFilterBitAdmitsItsMakersInTheFixedOrder) {
     clsTeskReaderProfiles profiles;
     profiles.SetProfileType(static_cast<teskProfileType>(filter));
     EXPECT_EQ(profiles.ProfileType(), filter);
-    return TypesIn(profiles);
+    std::vector<int> found;
+    for (double at = 1; profiles.Exists(at); ++at) found.push_back(profiles.Item(at)->ReaderType());
+    return found;
   };
   std::vector<int> all = {teskReaderTypeNone};
   for (const auto& [bit, first] : {std::pair{1, 40}, {8, 37}, {32, 44}, {16, 24}, {4, 16}, {2, 19}}) {
@@ -228,12 +218,10 @@ TEST(Profiles, FetchedAndPrunedOnesStaySoUntilTheNextRefill) {
   profiles.RemoveAll();
   EXPECT_EQ(profiles.Count(), 0);
   profiles.SetProfileType(teskProfileTypeScantron);
-  EXPECT_EQ(profiles.Count(), some) << "nor must an empty one stay empty";
   EXPECT_TRUE(host.errors.empty());
-  profiles.Remove("46");
-  profiles.Remove(AtPosition(some + 1));
+  for (const Index& gone : {Index("46"), AtPosition(some + 1)}) profiles.Remove(gone);
   EXPECT_EQ(host.Sources(), (std::vector<std::string>(2, "clsTeskReaderProfiles.Remove")));
-  EXPECT_EQ(profiles.Count(), some);
+  EXPECT_EQ(profiles.Count(), some) << "nor must an empty one stay empty";
 }
 
 }  // namespace

@@ -12,14 +12,11 @@ namespace tesk::test {
 namespace {
 
 struct CountedLine : SerialSystem {
-  class Line : public SerialLine {
-   public:
-    explicit Line(CountedLine& counted) : counted_(counted) {}
-    std::string Read() override { return ++counted_.asked, std::exchange(counted_.arrived, {}); }
+  struct Line : SerialLine {
+    explicit Line(CountedLine& counted) : line(counted) {}
+    std::string Read() override { return ++line.asked, std::exchange(line.arrived, {}); }
     void Write(std::string_view) override {}
-
-   private:
-    CountedLine& counted_;
+    CountedLine& line;
   };
   std::unique_ptr<SerialLine> Open(std::int16_t, const LineSettings&) override {
     return std::make_unique<Line>(*this);

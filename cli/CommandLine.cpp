@@ -140,6 +140,8 @@ std::optional<int> Parse(CLI::App& app, int argc, const char* const* argv, Progr
     program.output->Write(app.help());
     return kStatusDone;
   } catch (const std::runtime_error&) {
+    const auto extras = app.remaining(true);
+    if (!AsksForHelp(app) && !extras.empty()) throw UsageError(ExtraText(app, extras.front()));
     if (!AsksForHelp(app)) throw;
     program.output->Write(app.help());
     return kStatusDone;

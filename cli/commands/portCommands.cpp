@@ -40,10 +40,15 @@ struct PortOptions {
 };
 
 void AddReaderOption(CLI::App& command, PortOptions& options) {
+  const auto read = [](const std::string& text) {
+    const teskReaderType reader = ParseReader(text);
+    RequireSystem(reader);
+    return reader;
+  };
   AddOption(command,
             {"--reader", "R",
              "the scanner model: its number or name in the list of models (teskread readers)", "--reader 20"},
-            options.reader, ParseReader)
+            options.reader, read)
       .required();
 }
 
@@ -185,7 +190,6 @@ bool SearchOthers(teskReaderType type, const std::vector<Asked>& others, int& me
 
 int Locate(const PortOptions& options, Program& program) {
   const teskReaderType type = options.reader;
-  RequireSystem(type);
   RequireLocatable(type);
   const bool chosen = !options.ports.empty();
   if (chosen && options.start != 0) {
@@ -212,7 +216,6 @@ std::shared_ptr<SerialSystem> SerialOf(const PortChoice& port, teskReaderType ty
 
 int Firmware(const PortOptions& options, Program& program) {
   const teskReaderType type = options.reader;
-  RequireSystem(type);
   const EngineSession session(SerialOf(options.port, type), program.console);
   clsTeskReader& engine = session.Engine();
   LoadModelDefaults(type, engine);

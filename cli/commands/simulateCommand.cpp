@@ -144,7 +144,6 @@ int RunSimulate(const SimulateOptions& options, Program& program) {
         "--reader: is required, except with --replay; it takes a number or name from the list of models "
         "(teskread readers)");
   }
-  RequireLineSimulator(options.reader);
   const teskReaderType reader = options.reader;
   const StockOptions stock = StockOf(options);
   const auto scanner =
@@ -232,7 +231,12 @@ void AddSimulateCommand(CLI::App& app, Program& program) {
   AddOption(*command,
             {"--reader", "R",
              "the scanner model: its number or name in the list of models (teskread readers)", "--reader 15"},
-            options->reader, ParseReader);
+            options->reader, [options = options.get()](const std::string& text) {
+              // Help is about this model even where there is no simulator.
+              options->reader = ParseReader(text);
+              RequireLineSimulator(options->reader);
+              return options->reader;
+            });
   AddStockOptions(*command, *options);
   AddLineOptions(*command, *options);
   command->footer([options] { return FooterText(*options); });

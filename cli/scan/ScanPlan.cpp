@@ -33,7 +33,11 @@ void AddReaderOptions(CLI::App& command, ScanPlan& plan) {
   AddOption(command,
             {"--port", "P", "1 to 16, a device path, or sim: a simulated scanner of the chosen model",
              "--port /dev/ttyUSB0"},
-            plan.port, ParsePort);
+            plan.port, [&plan](std::string_view option, const std::string& text) {
+              // What no port would help comes before what is wrong with this one.
+              if (LowerCase(text) != "sim") RequireSystem(plan.reader);
+              return ParsePort(option, text);
+            });
   AddOption(
       command,
       {"--set", "NAME=VALUE", "sets a value by its name (teskread help settings lists them); may be repeated",

@@ -46,7 +46,6 @@ else()
   find_package(nlohmann_json REQUIRED)
   find_package(fmt REQUIRED)
   find_package(GTest REQUIRED)
-  find_package(benchmark QUIET)
   # The terminal library and its forms.
   foreach(name formw ncursesw)
     find_library(TESKREAD_${name} ${name} REQUIRED)

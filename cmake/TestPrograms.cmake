@@ -45,6 +45,10 @@ function(tesk_add_cases program)
       ${name} PROPERTIES LABELS "${arg_LABELS}" FIXTURES_REQUIRED "${arg_FIXTURES}" TIMEOUT 900
                          ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${shard}"
                          ENVIRONMENT_MODIFICATION "DISPLAY=unset:")
+    if(arg_PREFIX)
+      # They put the maker's library where all programs of a prefix find it.
+      set_tests_properties(${name} PROPERTIES RESOURCE_LOCK ${arg_PREFIX})
+    endif()
   endforeach()
 endfunction()
 
@@ -70,7 +74,7 @@ if(WIN32)
   tesk_add_fixture(wine)
   tesk_add_fixture(scanners wine)
   tesk_add_fixture(desktop)
-  tesk_add_cases(unit_tests SHARDS 2 LABELS unit PREFIX wine-prefix FIXTURES wine)
+  tesk_add_cases(unit_tests SHARDS 1 LABELS unit PREFIX wine-prefix FIXTURES wine)
   tesk_add_cases(windows_tests SHARDS 1 LABELS long PREFIX wine-prefix FIXTURES wine scanners)
   tesk_add_cases(dialog_tests SHARDS 1 LABELS long PREFIX desktop-prefix FIXTURES desktop)
   tesk_add_check(server_is_small cmake/check_server.sh size "$<TARGET_FILE:TeskReader99>")

@@ -70,7 +70,7 @@ check_includes() {
 }
 
 check_cycles() {
-  quoted_includes "${folders[@]}" tests bench fuzz | awk '$1 != $2' | tsort >/dev/null
+  quoted_includes "${folders[@]}" tests bench | awk '$1 != $2' | tsort >/dev/null
 }
 
 check_systems() {
@@ -81,7 +81,7 @@ check_systems() {
 }
 
 check_format() {
-  sources_in "${folders[@]}" bench fuzz tests | tr '\n' '\0' | xargs -0 -r clang-format --dry-run -Werror
+  sources_in "${folders[@]}" bench tests | tr '\n' '\0' | xargs -0 -r clang-format --dry-run -Werror
 }
 
 case "${1:-}" in

@@ -18,9 +18,10 @@ unset DISPLAY
 
 in_wine() { timeout 300 "$sources/cmake/wine.sh" "$build/$1" "${@:2}" >>"$state/wine.log" 2>&1; }
 
-# Runs a command that outlives this script; its output and, at its end, its status are kept.
+# Runs a command that outlives this script; its output and, at its end, its status are kept. What an earlier one
+# left would pass for its own.
 keep_running() { # NAME COMMAND...
-  rm -f -- "$state/$1.status"
+  rm -f -- "$state/$1.status" "$state/$1.log" "$state/$1.pid"
   setsid bash -c '"${@:2}" & echo $! >"$1.pid"; wait $!; echo $? >"$1.status"' \
     keep_running "$state/$1" "${@:2}" >"$state/$1.log" 2>&1 &
 }
@@ -61,6 +62,7 @@ stop_wine() { end_wine wine-prefix; }
 start_desktop() {
   local prefix="$build/desktop-prefix"
   mkdir -p -- "$prefix"
+  rm -f -- "$prefix/screen"
   keep_running screen sh -c 'exec Xvfb -displayfd 3 -screen 0 2560x1600x24 3>"$1"' sh "$prefix/screen"
   wait_for '[0-9]' "$prefix/screen"
   start_prefix desktop-prefix
@@ -70,6 +72,7 @@ start_desktop() {
 stop_desktop() {
   end_wine desktop-prefix
   end screen || true # a screen ends by the signal
+  rm -f -- "$build/desktop-prefix/screen"
 }
 
 start_scanner() { # PORT READER OPTION...

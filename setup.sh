@@ -2,7 +2,7 @@
 # Installs what building and testing needs on a Debian 12 machine that has nothing but git and a
 # root shell (or sudo). It looks first and touches nothing when nothing is missing.
 #
-#   ./setup.sh           everything: the native build and the 32-bit Windows side
+#   ./setup.sh           everything: the native build and the Windows side
 #   ./setup.sh --quick   without the Windows side (cross compiler, Wine)
 set -euo pipefail
 
@@ -10,7 +10,7 @@ readonly native_packages=(
   g++ cmake ninja-build ccache mold clang-format
   libcli11-dev nlohmann-json3-dev libfmt-dev libncurses-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev)
-readonly cross_packages=(g++-mingw-w64-i686-posix mingw-w64-tools xvfb xauth)
+readonly cross_packages=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools xvfb xauth)
 readonly wine_packages=(wine wine32:i386 wine64 fonts-wine)
 
 scratch=""

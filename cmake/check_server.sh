@@ -9,7 +9,7 @@ readonly largest=3145728 # bytes
 case "${1:-}" in
   size) [ "$(stat -c %s -- "$2")" -lt "$largest" ] ;;
   imports)
-    imported=$(i686-w64-mingw32-objdump -p -- "$2" | sed -n 's/^.*DLL Name: //p')
+    imported=$(objdump -p -- "$2" | sed -n 's/^.*DLL Name: //p')
     [ -n "$imported" ] || { echo "$2 imports nothing: is it a library?" && exit 1; }
     ! grep -viE '^(advapi32|comctl32|comdlg32|gdi32|kernel32|msvcrt|ole32|oleaut32|shell32|user32)\.dll$' <<<"$imported"
     ;;

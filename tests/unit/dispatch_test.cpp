@@ -160,9 +160,11 @@ TEST(Sending, ReachesTheScannerWhereTheModelsRowSaysSo) {
     };
     for (const bool skip : {false, true}) {
       bool disposed = !skip;
-      EXPECT_EQ(sends([&] { dispatch.ReaderPrint(*bench.reader, skip, disposed); }),
+      bool printed = false;
+      EXPECT_EQ(sends([&] { printed = dispatch.ReaderPrint(*bench.reader, skip, disposed); }),
                 skip ? c.printsSkipped : c.prints)
           << c.type;
+      EXPECT_TRUE(!printed || (c.prints && !skip)) << c.type << ": a sheet passed over is none printed";
       EXPECT_EQ(disposed, c.printsSkipped ? skip : !skip) << c.type;
       bench.reader->SetRejecter(skip);
       EXPECT_EQ(sends([&] { dispatch.ReaderReject(*bench.reader); }), skip ? c.rejectsToRejecter : c.rejects)

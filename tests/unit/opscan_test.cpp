@@ -209,6 +209,9 @@ TEST(OpScan, TextComesOutWholeOrNotAtAllHoweverItIsCut) {
   EXPECT_EQ(Sheets(silent, Pieces{{silent}, {"\r", 700ms}}, kFine.substr(1)),
             "0 ^Q | 600 s1 | 1200 r: [150x48 1,1=1 1,47=2] [] 1/-1 '12' '' | 1200 ^Q | 1230 s1 | ! Invalid "
             "Number of Bytes | 1930 r: no");
+  EXPECT_EQ(Sheets(silent, Pieces{{silent}, {"\r", 700ms}}, Answers(kFine).Then(kFine.substr(1))),
+            "0 ^Q | 600 s1 | 1200 r: [150x48 1,1=1 1,47=2] [] 1/-1 '12' '' | 1200 ^Q | 1230 s1 | ! Invalid "
+            "Number of Bytes | 1930 r: no");
   EXPECT_EQ(Sheets(Pieces{{silent}, {"\r", 500ms}}, silent),
             "0 ^Q | 1100 s1 | 1700 r: [150x48 1,1=1 1,47=2] [] 1/-1 '12' | 1700 ^Q | 12300 s1 | 12300 r: "
             "[150x48 1,1=1 1,47=2] [] 1/-1 '12' ''");

@@ -257,6 +257,8 @@ TEST(Vmr, APersonMayTakeTheirTimeAndCancelEndsEveryWaitQuietly) {
   EXPECT_EQ(cancel({{"Q", Answers(Status(0)).Then("?")}}), "50 Q | 3010 r: no");
   EXPECT_EQ(cancel({{"Q", Answers(Status(0)).Then(Status(32))}}), "50 Q | 3010 r: no");
   EXPECT_EQ(cancel({{"8", "\n@@"}}), "50 Q | 100 8 | 3010 r: no");
+  EXPECT_EQ(cancel({{"8", Pieces{{"\n\x01\x02\r", 2600ms}, {"\x05\x03\x04\r", 700ms}}}}),
+            "50 Q | 100 8 | 3400 r: no");
   EXPECT_EQ(cancel({{"8", Pieces{{"\n\x01\x02\r", 2600ms}}}}),
             "50 Q | 100 8 | 3750 9 | 3800 r: [500x14 1,1=241 1,8=241] [] 1/-1 ''");
 }

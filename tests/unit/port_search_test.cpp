@@ -109,6 +109,7 @@ TEST(Locate, SendsTheRequestAloneOnTheEnginesLineAndLeavesTheFormAsItFoundIt) {
     EXPECT_TRUE(bench.reader->CancelScan()) << "as a reader that is not started";
     EXPECT_THAT(scanner->Complaints(), IsEmpty());
     if (at == 0) continue;
+    EXPECT_EQ(bench.time->Elapsed(), 0ms) << "an answer that is there is not waited for";
     const LineSettings& line = bench.serial->settings;
     EXPECT_EQ(std::tuple(line.bitRate, line.parity, line.dataBits, line.handshaking),
               std::tuple(19200, 'E', 7, teskReaderFlowControlHardware));

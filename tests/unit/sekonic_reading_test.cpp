@@ -91,9 +91,10 @@ TEST(SekonicRead, SpoiltRecordsAreReportedOnceAndChangeNothingButTheCounts) {
   EXPECT_EQ(
       Play(kSr607, "Sr", {{kWindows, ""}}, WindowOfTwoItems),
       "0 ?^M | 0 ^ET^M | 1005 /^ET^M | 1005 ^PR*^M | error 0 basScanningSystems.ReadWindowsSS | 11025 r: no");
-  EXPECT_EQ(
-      Play(kSr607, "Sr", {{kWindows, "15\r36\r12\r"}}, WindowOfTwoItems),
-      "0 ?^M | 0 ^ET^M | 1005 /^ET^M | 1005 ^PR*^M | error 9 basScanningSystems.AddToArraySS | 1065 r: no");
+  EXPECT_EQ(Play(kSr607, "Srcr", {{kWindows, "15\r36\r12\r"}}, WindowOfTwoItems),
+            "0 ?^M | 0 ^ET^M | 1005 /^ET^M | 1005 ^PR*^M | error 9 basScanningSystems.AddToArraySS | 1065 r: "
+            "no | 1665 ?^M | "
+            "1665 ^ET^M | 2670 /^ET^M | 2670 ^PR*^M | error 9 basScanningSystems.AddToArraySS | 2730 r: no");
   EXPECT_EQ(Play(kSr607, "Sr", {{kBarcodes, ""}}, TwoBarcodes),
             "0 ^SBA00^M | 50 ^SBA01^M | 100 ^SBA10999^M | 150 ^SBA10999^M | 200 ?^M | 200 ^ET^M | 1205 "
             "/^ET^M | 1205 ^SBA05^M | error 0 basScanningSystems.ReadPageSS | 11225 r: no");

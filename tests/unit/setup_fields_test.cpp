@@ -194,6 +194,8 @@ std::shared_ptr<simulator::Scanner> Identifying() {
 TEST(LocateButton, ChoosesThePortAndLeavesTheEngineAsItWas) {
   Dialog dialog(teskReaderTypeScanningSystemsSR601, Identifying());
   dialog.reader->Printer()->SetDistance(31);
+  dialog.reader->SetDataBits(teskReaderDataBits5);
+  dialog.reader->SetStopBits(2);
   dialog.Load();
   dialog.ChooseReader(teskReaderTypeChatsworthOMR1100);
   dialog.Choose(cboBaud, "19200");

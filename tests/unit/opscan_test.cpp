@@ -164,6 +164,9 @@ TEST(OpScan, LineOfAWrongLengthWarnsAndIsReadUnlessItIsTheLast) {
   OpScanBench behind(Said{{kRead, "a" + kLine + "a" + kLine47 + "\rab"}});
   behind.Do("Sr");
   EXPECT_THAT(behind.host.messages, ElementsAre(wrong("1|Invalid number of bytes: 49|Line number: 2")));
+  OpScanBench blank(Said{{kRead, "a\r"}});
+  blank.Do("Sr");
+  EXPECT_THAT(blank.host.messages, ElementsAre(wrong("1|Invalid number of bytes: 0|Line number: 1")));
   OpScanBench translated(Said{{kRead, "a1a" + kLine + "\r"}});
   translated.host.translate = {{"Invalid Number of Bytes", "T"},
                                {reported + "1", "S"},

@@ -215,6 +215,8 @@ TEST(Layout, NarrowsThePortListForItsButtonAndGivesTheRoomBack) {
   dialog.ChooseReader(teskReaderTypeNCSOpScan2);
   RepositionControls(controls, kMetrics, kRoom);
   EXPECT_EQ(controls[cboPort].place.width, controls[cboBaud].place.width);
+  EXPECT_EQ(controls[cboPort].place.height, kMetrics.rowHeight);
+  EXPECT_EQ(controls[txtReaderTimeout].place.height, kMetrics.spinHeight);
 }
 
 TEST(Layout, KeepsAFrameAndItsRowsTogether) {

@@ -290,6 +290,7 @@ TEST(OpScan, EveryCombinationOfStatusBitsShowsTheFirstConditionOnlyAndRejectsWit
         << bits;
     EXPECT_EQ(bench.serial->sent.ends_with("\x1B\x12"), rejecter && first < 4) << bits;
     EXPECT_EQ(bench.reader->Side1Array().Empty(), bits != 0) << bits;
+    EXPECT_EQ(bench.reader->Side1TimingMarks(), 1) << "of a sheet that is refused too";
   }
 }
 

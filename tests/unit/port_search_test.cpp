@@ -240,6 +240,14 @@ TEST(Identification, IsALineWithAVersionThatEndsInTime) {
   }
 }
 
+TEST(Identification, IsNothingThatWasSaidBeforeItWasAskedFor) {
+  struct Early : Answering {
+    Early() : Answering({"OMR-1100 - Version 1.04\r"}) { Reply("Modem\r", {}); }
+  };
+  SearchBench bench(kReader, std::make_shared<Early>());
+  EXPECT_TRUE(bench.reader->Locate(3));
+}
+
 TEST(Identification, SurvivesEveryFaultOfTheScannerAndAPortThatDies) {
   using simulator::Fault;
   using simulator::FaultKind;

@@ -62,6 +62,8 @@ TEST(ScanMark, SessionsOfWholeSidesGoOverTheWireAtTheseTimes) {
             "690 ^[PRN$ 1 N^M | 720 s: yes | 720 ^[QSTS^M | 1320 ^[READ 5 Y^M | 1320 ^[QSTS^M | 1320 r: "
             "[2x48 1,1=5] [] 1/0 '' | 1320 ^[EJCT A ^M | 1920 e | 1920 ^[QSTS^M | 1920 ^[READ 5 Y^M | 1920 "
             "^[QSTS^M | 1920 r: [2x48 1,1=5] [] 1/0 '' | 1920 ^[SRST^M | 1920 x: yes");
+  EXPECT_EQ(Play(k2500, "sx", {}, [](Bench& b) { b.reader->SetPort(9); }),
+            "error 8002 basRead.ReaderInit | 0 s: no | 0 x: yes");
   const auto twoSheets = [](Bench& b) {
     TwoSided(b);
     b.reader->SetSide1Rows(Int16Array({99, 0, 1}, 0));

@@ -227,6 +227,14 @@ TEST(SekonicRead, WindowsOfBothSidesAreReadInPlaceAndTheRestStaysBlank) {
                    b.reader->SetSide1Rows(From1({1}));
                  }),
             "0 ?^M | 0 ^ET^M | 1005 ^PR*^M | error 9 basScanningSystems.AddToArraySS | 1065 r: no");
+  // An item of one row is waited for as any other.
+  EXPECT_EQ(Play(kSr607, "Sr", {{kBackWindows, Pieces{{"12\r", 3s}}}},
+                 [](Bench& b) {
+                   WindowOfTwoItems(b);
+                   b.AddWindow({2, 1, 1, 1, 1, 5, 1, 0});
+                 }),
+            "0 ?^M | 0 ^ET^M | 1005 /^ET^M | 1005 ^PR*^M | 1065 /^PR*^M | 4125 r: [4x48 1,1=5 2,3=6] [2x48 "
+            "1,1=2] 4/6 ''");
   const auto none = [](std::int16_t page, std::int16_t rows) {
     return [=](Bench& b) {
       OneSided(b);

@@ -111,7 +111,15 @@ void LoadModelDefaults(teskReaderType type, clsTeskReader& engine) {
 }
 
 std::string_view SupportOf(teskReaderType type) {
-  return ModelOf(type).support == Support::NoDriver ? "no driver" : "simulated only";
+  switch (ModelOf(type).support) {
+    case Support::NoDriver:
+      return "no driver";
+    case Support::Simulated:
+      return "simulated only";
+    case Support::PublicNotes:
+      return "public notes";
+  }
+  return {};
 }
 
 }  // namespace tesk::cli

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "drivers/Driver.h"
+#include "drivers/basChatsworth.h"
 #include "drivers/basNCS.h"
 #include "drivers/basPeripheralDynamics.h"
 #include "drivers/basScanningSystems.h"
@@ -14,6 +15,7 @@ namespace {
 
 // clang-format off
 constexpr const Driver* kDrivers[] = {
+    &basChatsworth::kDriver,
     &basNCS::kDriver,
     &basPeripheralDynamics::kDriver,
     &basScanningSystems::kDriver,
@@ -25,7 +27,9 @@ constexpr const Driver* kDrivers[] = {
 }  // namespace
 
 const Driver* DriverOf(teskReaderType type) {
-  const auto* driver = std::ranges::find(kDrivers, ModelOf(type).family, &Driver::family);
+  const Model& model = ModelOf(type);
+  if (model.support == Support::NoDriver) return nullptr;
+  const auto* driver = std::ranges::find(kDrivers, model.family, &Driver::family);
   return driver != std::end(kDrivers) ? *driver : nullptr;
 }
 

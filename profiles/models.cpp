@@ -29,7 +29,11 @@ constexpr FamilyTraits kFamilies[] = {
      .wholeRows = true,
      .frontFirst = true,
      .holdsSheets = true},
-    {.family = Family::Chatsworth, .identifies = true, .nothingToClose = true},
+    {.family = Family::Chatsworth,
+     .mostRows = 126,
+     .marksAlone = true,
+     .identifies = true,
+     .nothingToClose = true},
     {.family = Family::EZData, .identifies = true},
     {.family = Family::PeripheralDynamics, .mostRows = 500, .marksAlone = true},
     {.family = Family::SekonicUsb, .mostRows = 200, .mostBarcodes = 99, .byLibrary = true},
@@ -93,7 +97,7 @@ constexpr Model kModels[] = {
     {teskReaderTypeScantron8400,              ScanMark,           kScanMark, Never,         Nothing,               F, Simulated},
     {teskReaderTypeAppersonGradeMaster,       Apperson,           kNone,     Never,         Plain,                 F, NoDriver},
     {teskReaderTypeScanningSystemsSR410,      SekonicSerial,      kUnknown,  Never,         Nothing,               F, Simulated},
-    {teskReaderTypeChatsworthOMR1100,         Chatsworth,         kNone,     Never,         Nothing,               F, NoDriver},
+    {teskReaderTypeChatsworthOMR1100,         Chatsworth,         kNone,     Never,         Nothing,               F, PublicNotes},
     {teskReaderTypeChatsworthOMR2000,         Chatsworth,         kNone,     Never,         Nothing,               F, NoDriver},
     {teskReaderTypeChatsworthALSAccelScanOMR, Chatsworth,         kNone,     Never,         AsEjected,             F, NoDriver},
     {teskReaderTypeNCSEZData,                 EZData,             kNone,     Never,         AsEjected,             T, NoDriver},
@@ -131,9 +135,9 @@ static_assert(InOrder(kModels, &Model::type) && std::size(kModels) == std::size_
 
 static_assert(std::ranges::all_of(kModels,
                                   [](const Model& model) {
-                                    return (model.support == NoDriver) == (TraitsOf(model).mostRows == 0);
+                                    return model.support == NoDriver || TraitsOf(model).mostRows > 0;
                                   }),
-              "a model is supported exactly where its family reads sheets");
+              "a model that is supported is of a family that reads sheets");
 
 }  // namespace
 

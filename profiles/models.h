@@ -67,8 +67,12 @@ enum class Sending {
   AsEjectedAndCancelled,  // and only while a cancel is pending
 };
 
-// What the support of a model rests on.
-enum class Support { NoDriver, Simulated };
+// What the support of a model rests on, and a simulated scanner written separately.
+enum class Support {
+  NoDriver,
+  Simulated,    // the protocol's description
+  PublicNotes,  // what others have published of their own hardware
+};
 
 struct Model {
   teskReaderType type;

@@ -25,6 +25,8 @@ class AwaitingScanner : public SheetScanner {
   void Settle(Time now);
   // A sheet is being read and its record is not due.
   bool UnderWay() const { return underWay_.has_value(); }
+  // When its record comes; `now` where none is being read.
+  Time DueOr(Time now) const { return underWay_ ? underWay_->due : now; }
   // Forgets the sheet that is being read; it stays in the stock. A record that a fault made late still comes.
   void Abandon();
 

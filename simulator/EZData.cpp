@@ -9,22 +9,23 @@
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "simulator/Random.h"
 
 namespace tesk::simulator {
 namespace {
 
-constexpr std::array<char, 5> kRequest{0x12, 0x1B, 'V', 0x12, 'E'};
+constexpr char kFrame = '\x12';
+constexpr std::string_view kIdentify = "\x1BV";
 constexpr std::string_view kIdentity = "OMR-1100 - Version 1.04\r";
 constexpr std::string_view kIdentityWithoutVersion = "OMR-1100\r";
 constexpr std::string_view kDate = "03/12/1999\r";
 
 // All of them answer as the one model does whose answer is known.
 constexpr std::array kReaders{
-    teskReaderTypeChatsworthOMR1100, teskReaderTypeChatsworthOMR2000, teskReaderTypeChatsworthALSAccelScanOMR,
-    teskReaderTypeNCSEZData,         teskReaderTypeChatsworthACF200,  teskReaderTypeChatsworthACF100,
-    teskReaderTypeChatsworthACP200,
+    teskReaderTypeChatsworthOMR2000, teskReaderTypeChatsworthALSAccelScanOMR, teskReaderTypeNCSEZData,
+    teskReaderTypeChatsworthACF200,  teskReaderTypeChatsworthACF100,          teskReaderTypeChatsworthACP200,
 };
 
 constexpr std::array kEZDataFaults{
@@ -47,14 +48,16 @@ std::unique_ptr<SheetScanner> Create(teskReaderType /*reader*/, Options options)
 constinit const Family kEZDataFamily{&Has, kEZDataFaults, nullptr, &Create};
 
 void EZData::OnByte(std::uint8_t byte, Time now) {
-  request_ += static_cast<char>(byte);
-  if (!std::equal(request_.begin(), request_.end(), kRequest.begin())) {
-    Complain("unknown command: " + Quoted(request_));
-    request_.clear();
-  } else if (request_.size() == kRequest.size()) {
-    request_.clear();
-    Identify(now);
-  }
+  constexpr std::size_t kLongest = 16;
+  heard_ += static_cast<char>(byte);
+  const std::size_t second = heard_.find(kFrame, 1);
+  const bool begun = heard_[0] == kFrame && heard_.size() < kLongest;
+  if (begun && (second == std::string::npos || second + 1 == heard_.size())) return;
+  const std::string heard = std::exchange(heard_, {});
+  const std::string command = begun ? heard.substr(1, second - 1) : std::string();
+  if (heard.back() != 'E' || !begun) return Complain("unknown command: " + Quoted(heard));
+  if (command == kIdentify) return Identify(now);
+  if (!OnCommand(command, now)) Complain("unknown command: " + Quoted(heard));
 }
 
 void EZData::Identify(Time now) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "simulator/Chatsworth.h"
 #include "simulator/EZData.h"
 #include "simulator/OpScan.h"
 #include "simulator/PeripheralDynamics.h"
@@ -13,8 +14,8 @@
 namespace tesk::simulator {
 namespace {
 
-constexpr std::array kFamilies{&kEZDataFamily, &kOpScanFamily, &kPeripheralDynamicsFamily, &kScanMarkFamily,
-                               &kSekonicSerialFamily};
+constexpr std::array kFamilies{&kChatsworthFamily,         &kEZDataFamily,   &kOpScanFamily,
+                               &kPeripheralDynamicsFamily, &kScanMarkFamily, &kSekonicSerialFamily};
 
 const Family* FamilyOf(teskReaderType reader) {
   for (const Family* family : kFamilies) {

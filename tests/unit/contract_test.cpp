@@ -64,8 +64,7 @@ struct Form {
 };
 
 std::vector<simulator::Sheet> Stock(const Form& form, int sheets) {
-  if (form.type == teskReaderTypePDIVMR138)
-    return simulator::GenerateSheets(sheets, 5, {kRows, 12, false}, 255);
+  if (FamilyOf(form.type).marksAlone) return simulator::GenerateSheets(sheets, 5, {kRows, 12, false}, 255);
   auto stock = simulator::GenerateSheets(sheets, 5, {kRows, 48, true}, 9);
   for (auto& sheet : stock) sheet.barcodes = form.barcodes.empty() ? sheet.barcodes : form.barcodes;
   return stock;
@@ -251,8 +250,10 @@ TEST_P(LyingLine, LateAnswersAreNeverTakenForOthers) {
   for (const std::size_t answer : good.answers) {
     for (const auto late : {900ms, 9900ms, 10100ms, 11000ms, 25000ms}) {
       if (HasFailure()) return;
+      // A scanner that goes on feeding while its line is dead takes sheets that nobody asks for again.
+      const bool tells = ModelOf(GetParam().type).family != Family::Chatsworth;
       Lie({.pauseAfter = answer, .pause = late},
-          "answer at byte " + std::to_string(answer) + " late by " + std::to_string(late.count()));
+          "answer at byte " + std::to_string(answer) + " late by " + std::to_string(late.count()), tells);
     }
   }
 }

@@ -105,7 +105,7 @@ TEST(Closing, PortIsClosedWhateverTheDriverSaysAndHostsAreToldByTheFamily) {
   };
   for (const Case& c : {Case{kScanMark, true, false, true}, Case{kScanMark, true, true, false},
                         Case{teskReaderTypePDIVMR138, true, false, false},
-                        Case{teskReaderTypeChatsworthOMR1100, false, false, true},
+                        Case{teskReaderTypeChatsworthOMR2000, false, false, true},
                         Case{teskReaderTypeNCSEZData, false, false, false},
                         Case{teskReaderTypeSekonicSR8000Hybrid, false, false, false},
                         Case{teskReaderTypeDatawinHemeraC, false, false, false},

@@ -18,7 +18,7 @@ using ::testing::IsEmpty;
 using Ports = std::vector<std::int16_t>;
 
 const std::string kRequest = std::string("\x12\x1BV\x12") + "E";
-constexpr auto kReader = teskReaderTypeChatsworthOMR1100;
+constexpr auto kReader = teskReaderTypeChatsworthOMR2000;
 
 std::shared_ptr<simulator::SheetScanner> Identifying(std::vector<simulator::Fault> faults = {},
                                                      simulator::Timings timings = {}) {

@@ -23,8 +23,7 @@ namespace {
 
 constexpr std::int32_t kRows = 12;  // of a card; columns of a side
 constexpr std::int32_t kMostColumns = 126;
-constexpr std::int16_t kDarkest = 255;
-constexpr std::int16_t kMarked = 128;  // darkness that the scanner sees, between erasure and pencil
+constexpr std::int16_t kDarkest = 1;  // a mark or none
 constexpr Milliseconds kNextByHand{
     1000};                             // where the host leaves the feed on, until the next sheet is put in
 constexpr Milliseconds kLeaving{100};  // from the end of a sheet's record until the transport stands still
@@ -49,7 +48,7 @@ char HalfColumn(const SideArray& side, std::int32_t column, std::int32_t firstRo
   int byte = 32;
   for (std::size_t i = 0; i < kBits.size(); ++i) {
     const std::int32_t row = firstRow + static_cast<std::int32_t>(i);
-    if (row <= side.Columns() && side.At(column, row) >= kMarked) byte |= kBits.at(i);
+    if (row <= side.Columns() && side.At(column, row) > 0) byte |= kBits.at(i);
   }
   return static_cast<char>(byte);
 }

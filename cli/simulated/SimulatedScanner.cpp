@@ -11,6 +11,7 @@
 #include "cli/CommandError.h"
 #include "cli/simulated/SheetFile.h"
 #include "profiles/catalogue.h"
+#include "profiles/models.h"
 
 namespace tesk::cli {
 namespace {
@@ -25,6 +26,12 @@ simulator::Geometry GeometryOf(teskReaderType type, const StockOptions& options)
   }
   geometry.twoSided = options.side2 || ReadsBothSides(type);
   return geometry;
+}
+
+// What a scan may have written: models that hand out marks alone write the threshold plus 1.
+std::int16_t DarkestInFiles(teskReaderType type) {
+  const auto mark = static_cast<std::int16_t>(ProfileOf(type).RecognitionThreshold() + 1);
+  return FamilyOf(type).marksAlone ? std::max(DarkestMark(type), mark) : DarkestMark(type);
 }
 
 // The scanner's end of the wire while hosts come and go.
@@ -101,7 +108,7 @@ double LineRate(teskReaderType type) {
 bool ReadsBothSides(teskReaderType type) { return ProfileOf(type).Duplex(); }
 
 std::vector<simulator::Sheet> StockOf(teskReaderType type, const StockOptions& options) {
-  if (!options.sheetFile.empty()) return ReadSheetFile(options.sheetFile, DarkestMark(type));
+  if (!options.sheetFile.empty()) return ReadSheetFile(options.sheetFile, DarkestInFiles(type));
   return simulator::GenerateSheets(options.count, options.seed, GeometryOf(type, options), DarkestMark(type));
 }
 

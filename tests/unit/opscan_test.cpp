@@ -70,6 +70,10 @@ TEST(OpScan, StartSendsWhatTheScanModeNeeds) {
             "^R | 1800 e | 1810 x: yes | error 8018 basNCS.ReadPageNCS | 1810 r: no");
   EXPECT_EQ(start(Report('I', 'A'), ""), "0 s0 | 600 r | 600 s: yes");
   EXPECT_EQ(start(Report('e'), reading), "0 s0 | 600 ew^D | 800 ei^D | 1000 s0 | 1030 r | 1030 s: yes");
+  // What the scanner says to a change of its mode is nobody's answer.
+  EXPECT_EQ(
+      Play("s", {{kScanMode, Answers(Report('e')).Then(reading)}, {"ew\x04", "ok\r"}, {"ei\x04", "ok\r"}}),
+      "0 s0 | 600 ew^D | 800 ei^D | 1000 s0 | 1030 r | 1030 s: yes");
   EXPECT_EQ(start(Report('t', 'A'), reading),
             "0 s0 | 600 ew^D | 800 ^Q | 800 ei^D | 1000 s0 | 1030 r | 1030 s: yes");
   // The letters count in either case. The report is shorter than the one before, and that is not waited for.

@@ -62,6 +62,9 @@ TEST(ScanMark, SessionsOfWholeSidesGoOverTheWireAtTheseTimes) {
             "690 ^[PRN$ 1 N^M | 720 s: yes | 720 ^[QSTS^M | 1320 ^[READ 5 Y^M | 1320 ^[QSTS^M | 1320 r: "
             "[2x48 1,1=5] [] 1/0 '' | 1320 ^[EJCT A ^M | 1920 e | 1920 ^[QSTS^M | 1920 ^[READ 5 Y^M | 1920 "
             "^[QSTS^M | 1920 r: [2x48 1,1=5] [] 1/0 '' | 1920 ^[SRST^M | 1920 x: yes");
+  ScanMarkBench silent(k2500, {{kRead, ""}});
+  silent.Do("Sr");
+  EXPECT_EQ(silent.reader->Side1TimingMarks(), 0) << "of a sheet that was asked for";
   EXPECT_EQ(Play(k2500, "sx", {}, [](Bench& b) { b.reader->SetPort(9); }),
             "error 8002 basRead.ReaderInit | 0 s: no | 0 x: yes");
   const auto twoSheets = [](Bench& b) {

@@ -60,7 +60,7 @@ TEST(SekonicRead, CardsNameTheirColumnsOtherwiseAndWronglySetSwitchesAreTold) {
     const bool wrong = bench.host.messages == std::vector{RecordingHost::Message{"Read Error", text}};
     return happened + (wrong ? " | told" : "");
   };
-  EXPECT_EQ(card("9101X2C3"),
+  EXPECT_EQ(card("9101X2C370"),
             "0 ?^M | 0 ^ET^M | 1005 ^PED001004^M | 1605 r: [4x48 1,1=1 1,10=1 1,11=2 1,15=3] [] 4/-1 ''");
   EXPECT_EQ(card("91:2"), "0 ?^M | 0 ^ET^M | 1005 ^PED001004^M | ! Read Error | 1005 r: no | told");
 }

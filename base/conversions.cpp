@@ -35,29 +35,29 @@ std::optional<double> RadixNumber(std::string_view text) {
   return static_cast<double>(static_cast<std::int32_t>(value));
 }
 
-// The longest prefix that is a decimal number, in the form that from_chars reads.
+// The longest prefix that is a decimal number, in the form that from_chars reads. The NUL behind the text is no part of
+// a number.
 std::string DecimalPrefix(const std::string& text) {
-  std::size_t i = 0;
+  const char* at = text.c_str();
   std::string number;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
-    if (text[i] == '-') number += '-';
-    ++i;
-  }
-  bool digits = false;
-  for (; i < text.size() && IsDigit(text[i]); ++i, digits = true) number += text[i];
-  if (i < text.size() && text[i] == '.') {
-    number += text[i++];
-    for (; i < text.size() && IsDigit(text[i]); ++i, digits = true) number += text[i];
+  const auto takeDigits = [&at](std::string& to) {
+    const char* const first = at;
+    while (IsDigit(*at)) to += *at++;
+    return at != first;
+  };
+  if (*at == '-') number += '-';
+  if (*at == '+' || *at == '-') ++at;
+  bool digits = takeDigits(number);
+  if (*at == '.') {
+    number += *at++;
+    digits = takeDigits(number) || digits;
   }
   if (!digits) return {};
-  constexpr std::string_view kExponentLetters = "eEdD";
-  if (i < text.size() && kExponentLetters.find(text[i]) != std::string_view::npos) {
-    std::size_t j = i + 1;
+  if (*at != '\0' && std::string_view("eEdD").find(*at) != std::string_view::npos) {
+    ++at;
     std::string exponent = "e";
-    if (j < text.size() && (text[j] == '+' || text[j] == '-')) exponent += text[j++];
-    const std::size_t firstDigit = j;
-    for (; j < text.size() && IsDigit(text[j]); ++j) exponent += text[j];
-    if (j > firstDigit) number += exponent;
+    if (*at == '+' || *at == '-') exponent += *at++;
+    if (takeDigits(exponent)) number += exponent;
   }
   return number;
 }

@@ -1,7 +1,7 @@
 // The scanner's side of the ScanMark wire.
 //
 //   host                              scanner
-//   ESC command CR                    CR (taken) or "?" (refused)
+//   ESC command CR                    CR (taken) or BEL (refused)
 //   ESC "QSTS" CR                     12 characters: 2 class, 3 detail, 9 flags
 //   ESC "READ 5 Y" [" E"] CR          values..., CR; with E the sheet waits for EJCT
 //
@@ -25,7 +25,7 @@ constexpr char kCarriageReturn = '\r';
 constexpr std::size_t kLongestLine = 1024;
 constexpr std::size_t kLongestImprint = 125;
 constexpr std::size_t kRowValues = 48;
-constexpr std::string_view kRefusal = "?";
+constexpr std::string_view kRefusal = "\a";
 
 constexpr std::array<ScanMarkModel, 10> kModels{{
     // reader                             raw    duplex feeder rejecter

@@ -81,7 +81,7 @@ TEST(ScanMarkSimulator, RefusesAndRecordsWhatNoHostMaySay) {
   for (const auto& [reader, before, command, complaint] : cases) {
     Host host(reader);
     if (!before.empty()) host.Download({before});
-    EXPECT_EQ(host.Say(command), "?") << command;
+    EXPECT_EQ(host.Say(command), "\a") << command;
     EXPECT_THAT(host.scanner->Complaints(), ElementsAre(HasSubstr(complaint)));
   }
 }
@@ -91,7 +91,7 @@ TEST(ScanMarkSimulator, RecordsBrokenFraming) {
       {"\x1BQSTS", "", 0},  // no end yet
       {"\x1BSRST\x1BSRST\r", "\r", 1},
       {"\x1BSRST\r\n\x1BPRN$ 1 N\r", "\r\r", 1},
-      {"\x1B" + std::string(1500, 'A') + "\r", "?", 2}};
+      {"\x1B" + std::string(1500, 'A') + "\r", "\a", 2}};
   for (const auto& [sent, answer, complaints] : cases) {
     Host host(teskReaderTypeScantronScanMark2500);
     EXPECT_EQ(host.Send(sent), answer) << Quoted(sent);
@@ -137,7 +137,7 @@ TEST(ScanMarkSimulator, HoldsASheetUntilTheHostDisposesOfIt) {
   host.Download({"PRN$ 1 Y"});
   host.Say("READ 5 Y E");
   EXPECT_TRUE(host.scanner->Disposals().empty());
-  EXPECT_EQ(host.Say("READ 5 Y E"), "?");
+  EXPECT_EQ(host.Say("READ 5 Y E"), "\a");
   EXPECT_EQ(host.scanner->Complaints().size(), 1U);
   host.Download({"EJCT A   graded"});
   host.Say("READ 5 Y E");

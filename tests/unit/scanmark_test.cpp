@@ -238,6 +238,7 @@ TEST(ScanMark, SheetWithMoreBehindItsEndIsRefusedHoweverLateThatComes) {
       bench.Do("sr");
       EXPECT_THAT(bench.host.messages, SizeIs(1)) << c.what << ", " << pause.count() << " ms later";
       EXPECT_TRUE(bench.reader->Side1Array().Empty()) << c.what << ", " << pause.count() << " ms later";
+      EXPECT_EQ(bench.reader->fComm()->mscComm()->InBufferCount(), 0) << "what is left of it is discarded";
     }
   }
 }

@@ -2,14 +2,15 @@
 # Installs what building and testing needs on a Debian 12 machine that has nothing but git and a
 # root shell (or sudo). It looks first and touches nothing when nothing is missing.
 #
-#   ./setup.sh           everything: the native build and the Windows side
-#   ./setup.sh --quick   without the Windows side (cross compiler, Wine)
+#   ./setup.sh           everything: the native build, the Windows side and the packages
+#   ./setup.sh --quick   without the Windows side (cross compiler, Wine) and the tools for packages
 set -euo pipefail
 
 readonly native_packages=(
   g++ cmake ninja-build ccache mold clang-format
   libcli11-dev nlohmann-json3-dev libfmt-dev libncurses-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev)
+readonly package_packages=(dpkg-dev fakeroot lintian man-db bash-completion zsh)
 readonly cross_packages=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools xvfb xauth)
 readonly wine_packages=(wine wine32:i386 wine64 fonts-wine)
 
@@ -117,6 +118,7 @@ main() {
   trap 'rm -rf -- "$scratch"' EXIT
   ensure "${native_packages[@]}"
   if [ "$with_windows" = yes ]; then
+    ensure "${package_packages[@]}"
     ensure_wine
   fi
   say "everything needed is installed"

@@ -2,7 +2,7 @@
 # Builds everything and runs every test; ends with one line, "N passed, N failed".
 #
 #   ./test.sh           all of it: the unit tests under the sanitizers and as a Windows program, the command line
-#                       over pseudo-terminals, the automation server and the setup dialog under Wine
+#                       over pseudo-terminals, the automation server and the setup dialog under Wine, the packages
 #   ./test.sh --quick   the unit tests and the command line natively, without the longest sweeps
 #
 # Single tests: `ctest --preset linux|asan|windows [-R NAME]` behind `cmake --build --preset …`.
@@ -57,12 +57,12 @@ run() { # PRESET [CTEST-OPTION...]
 quick() {
   export TESKREAD_QUICK=1
   ./setup.sh --quick || { fault "set-up" && return; }
-  build linux && run linux
+  build linux && run linux --label-exclude package
 }
 
 everything() {
   ./setup.sh || { fault "set-up" && return; }
-  build linux teskread process_tests teskread_bench && run linux --label-exclude unit
+  build linux teskread process_tests teskread_bench pages && run linux --label-exclude unit
   build asan unit_tests && run asan
   build windows && run windows
 }

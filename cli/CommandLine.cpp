@@ -189,21 +189,26 @@ std::string Explain(std::string_view text, std::string_view example) {
   return folded;
 }
 
+void AddCommands(CLI::App& app, Program& program) {
+  app.description("Drives optical mark readers: reads the marks of sheets over a scanner's own protocol.");
+  app.name("teskread");
+  app.set_version_flag("--version", TESKREAD_VERSION);
+  app.set_help_flag("-h,--help", "Prints this help and exits");
+  app.get_formatter()->column_width(34);
+  app.require_subcommand(1);
+  for (const auto add : kCommands) add(app, program);
+  RefuseEmptyValues(app);
+  // Last: commands take over what is there when they are added.
+  app.footer(std::string(kFooter));
+}
+
 int RunCommandLine(int argc, const char* const* argv) {
   Program program;
   program.console = std::make_shared<Console>(std::cerr, platform::StandardErrorIsTerminal());
   try {
     program.output = OpenStandardOutput();
-    CLI::App app("Drives optical mark readers: reads the marks of sheets over a scanner's own protocol.",
-                 "teskread");
-    app.set_version_flag("--version", TESKREAD_VERSION);
-    app.set_help_flag("-h,--help", "Prints this help and exits");
-    app.get_formatter()->column_width(34);
-    app.require_subcommand(1);
-    for (const auto add : kCommands) add(app, program);
-    RefuseEmptyValues(app);
-    // Last: commands take over what is there when they are added.
-    app.footer(std::string(kFooter));
+    CLI::App app;
+    AddCommands(app, program);
     return Run(app, argc, argv, program);
   } catch (const std::exception& error) {
     program.console->Message("teskread", error.what());

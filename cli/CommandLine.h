@@ -38,6 +38,9 @@ void AddHelpCommand(CLI::App& app, Program& program);
 // A help text: what an option does, folded to lines, and an example of its use.
 std::string Explain(std::string_view text, std::string_view example = {});
 
+// Adds every command, and what holds for all of them.
+void AddCommands(CLI::App& app, Program& program);
+
 // Everything: parses, runs, prints what went wrong. Yields the exit status; never throws.
 int RunCommandLine(int argc, const char* const* argv);
 

@@ -1,6 +1,7 @@
 // Options that the parser hands over as values of their own types. Knows the parser.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -41,6 +42,18 @@ struct OptionTarget<std::vector<Value>> {
   static constexpr bool kRepeats = true;
 };
 
+// The words that an option takes, parted by blanks, travel with it, for the shells that complete them: as the name
+// of a check that accepts everything, the first of its checks.
+inline void KeepWords(CLI::Option& option, const std::string& words) {
+  option.check(CLI::Validator("").name(words));
+}
+
+// Whether a reader of values can list the few that it takes.
+template <class Read>
+concept ListsWords = requires(const Read& read) {
+  { read.Words() } -> std::convertible_to<std::string>;
+};
+
 // Adds an option that sets `value`, which outlives the parsing; a vector takes one more value each time the option
 // stands there. `read` makes the value of the text, or of the option's name and the text, and throws UsageError, or
 // CommandFailure, where it cannot.
@@ -63,7 +76,9 @@ CLI::Option& AddOption(CLI::App& command, const OptionWords& words, Value& value
                 ->type_name(words.takes);
   } else {
     const auto take = [&value, valueOf](const std::string& text) { value = valueOf(text); };
-    return *command.add_option_function<std::string>(words.name, take, help)->type_name(words.takes);
+    CLI::Option& option = *command.add_option_function<std::string>(words.name, take, help);
+    if constexpr (ListsWords<Read>) KeepWords(option, read.Words());
+    return *option.type_name(words.takes);
   }
 }
 
@@ -87,15 +102,28 @@ auto WholeFrom(std::int32_t least, std::int32_t most) {
 
 // One of a few words, in any case.
 template <class Value>
-auto OneOf(std::initializer_list<std::pair<std::string, Value>> choices) {
-  return [taken = std::vector(choices)](std::string_view option, const std::string& text) {
-    std::string names;
-    for (const auto& [name, value] : taken) {
+class OneOf {
+ public:
+  OneOf(std::initializer_list<std::pair<std::string, Value>> choices) : choices_(choices) {}
+
+  Value operator()(std::string_view option, const std::string& text) const {
+    for (const auto& [name, value] : choices_) {
       if (LowerCase(name) == LowerCase(text)) return value;
-      names += (names.empty() ? "" : ", ") + name;
     }
-    throw UsageError(fmt::format("{}: \"{}\" is none of {}", option, text, names));
-  };
-}
+    throw UsageError(fmt::format("{}: \"{}\" is none of {}", option, text, Joined(", ")));
+  }
+
+  // Parted by blanks.
+  std::string Words() const { return Joined(" "); }
+
+ private:
+  std::string Joined(std::string_view separator) const {
+    std::string names;
+    for (const auto& choice : choices_) names += (names.empty() ? "" : std::string(separator)) + choice.first;
+    return names;
+  }
+
+  std::vector<std::pair<std::string, Value>> choices_;
+};
 
 }  // namespace tesk::cli

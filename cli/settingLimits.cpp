@@ -127,6 +127,12 @@ std::string LimitsText(std::string_view property) {
   return onScale ? "a darkness on the model's scale, 0 to RecognitionThresholdMax" : "";
 }
 
+std::string ValuesText(const EngineSetting& setting) {
+  const std::string limits = LimitsText(setting.name);
+  const bool number = setting.kind != SettingKind::Boolean && setting.kind != SettingKind::Text;
+  return number && !setting.members && !limits.empty() ? limits : std::string(TakesText(setting));
+}
+
 void CheckSaved(const Assignment& assignment, const clsTeskReader& engine) {
   CheckMember(assignment);
   for (const Range& range : kRanges) {

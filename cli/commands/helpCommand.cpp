@@ -17,13 +17,6 @@ namespace {
 
 constexpr std::string_view kSettings = "settings";
 
-// The limits of a number say more than how long it may be.
-std::string ValuesText(const EngineSetting& setting) {
-  const std::string limits = LimitsText(setting.name);
-  const bool number = setting.kind != SettingKind::Boolean && setting.kind != SettingKind::Text;
-  return number && !setting.members && !limits.empty() ? limits : std::string(TakesText(setting));
-}
-
 std::string SettingsText() {
   std::string text = "What --set NAME=VALUE takes; upper and lower case are alike in names and words.\n\n";
   for (const SettingWords& words : WordsOfSettings()) {

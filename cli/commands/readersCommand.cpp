@@ -14,6 +14,7 @@
 #include "cli/CommandError.h"
 #include "cli/CommandLine.h"
 #include "cli/ReaderChoice.h"
+#include "cli/options.h"
 #include "profiles/clsTeskReaderProfiles.h"
 
 namespace tesk::cli {
@@ -37,17 +38,21 @@ constexpr Group kGroups[] = {
     {"None", teskProfileTypeNone}, {"All", teskProfileTypeAll},
 };
 
+std::string GroupNames(std::string_view separator) {
+  std::string names;
+  for (const Group& group : kGroups) names += fmt::format("{}{}", names.empty() ? "" : separator, group.name);
+  return names;
+}
+
 // By its name, with or without the enumeration's prefix, in any case.
 teskProfileType ParseGroup(const std::string& text) {
   constexpr std::string_view kPrefix = "teskprofiletype";
   std::string folded = LowerCase(text);
   if (folded.starts_with(kPrefix)) folded.erase(0, kPrefix.size());
-  std::string names;
   for (const Group& group : kGroups) {
     if (LowerCase(group.name) == folded) return group.type;
-    names += fmt::format("{}{}", names.empty() ? "" : ", ", group.name);
   }
-  throw UsageError(fmt::format("--group: \"{}\" is none of {}", text, names));
+  throw UsageError(fmt::format("--group: \"{}\" is none of {}", text, GroupNames(", ")));
 }
 
 std::string_view EnumeratorOf(teskReaderType type) {
@@ -143,13 +148,14 @@ void AddReadersCommand(CLI::App& app, Program& program) {
   const auto options = std::make_shared<ReadersOptions>();
   CLI::App* command =
       app.add_subcommand("readers", "Lists the scanner models: what each can do, and its driver");
-  command
-      ->add_option(
-          "--group", options->group,
-          Explain("only one group of models: AP (Apperson), Sekonic, Scantron, CT (Chatsworth Data), PDI "
-                  "(Peripheral Dynamics), Datawin, All, or None",
-                  "--group Scantron"))
-      ->type_name("NAME");
+  KeepWords(
+      AddOption(*command,
+                {"--group", "NAME",
+                 "only one group of models: AP (Apperson), Sekonic, Scantron, CT (Chatsworth Data), PDI "
+                 "(Peripheral Dynamics), Datawin, All, or None",
+                 "--group Scantron"},
+                options->group),
+      GroupNames(" "));
   command->add_flag(
       "--json", options->json,
       Explain("prints one JSON array: an object per model with every profile property under its own "

@@ -24,6 +24,7 @@ setup/terminal: base engine setup platform setup/terminal
 assembly: base profiles transport transport/dispatch engine drivers setup platform assembly
 automation: base profiles transport engine drivers setup platform assembly automation
 cli: base profiles transport engine drivers setup platform assembly simulator cli
+cli/pages: base engine assembly cli cli/pages
 simulator: base simulator
 '
 

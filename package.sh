@@ -2,9 +2,9 @@
 # Builds every package into dist/, where SHA256SUMS has their sums. Packages are made of commits: with changes that are
 # in none it refuses.
 #
-#   ./package.sh           the Debian package and the Windows installer
-#   ./package.sh --quick   the Debian package alone
-#   ./package.sh --dirty   both, also with changes that are not committed; such packages are for trying out
+#   ./package.sh            the Debian package and the Windows installer
+#   ./package.sh --debian   the Debian package alone
+#   ./package.sh --dirty    both, also with changes that are not committed; such packages are for trying out
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 exec </dev/null
@@ -43,15 +43,15 @@ make() { # debian|windows...
 }
 
 main() {
-  local kinds=(debian windows)
+  local kinds=(debian windows) tools=()
   case "$#:${1:-}" in
     0:) refuse_changes ;;
-    1:--quick) refuse_changes && kinds=(debian) ;;
+    1:--debian) refuse_changes && kinds=(debian) tools=(--debian) ;;
     1:--dirty) say "uncommitted changes, if any, go into the packages" ;;
     1:-h | 1:--help) usage && exit 0 ;;
     *) usage >&2 && exit 2 ;;
   esac
-  ./setup.sh
+  ./setup.sh "${tools[@]}"
   make "${kinds[@]}"
   say "made of $(git describe --always --dirty), in dist/:"
   cat -- dist/SHA256SUMS

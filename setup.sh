@@ -2,8 +2,9 @@
 # Installs what building and testing needs on a Debian 12 machine that has nothing but git and a
 # root shell (or sudo). It looks first and touches nothing when nothing is missing.
 #
-#   ./setup.sh           everything: the native build, the Windows side and the packages
-#   ./setup.sh --quick   without the Windows side (cross compiler, Wine) and the tools for packages
+#   ./setup.sh            everything: the native build, the packages and the Windows side
+#   ./setup.sh --debian   without the Windows side (cross compiler, Wine)
+#   ./setup.sh --quick    the native build alone
 set -euo pipefail
 
 readonly native_packages=(
@@ -24,7 +25,7 @@ die() {
   exit 1
 }
 
-usage() { sed -n '2,6s/^# \{0,1\}//p' "$0"; }
+usage() { sed -n '2,7s/^# \{0,1\}//p' "$0"; }
 
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
@@ -106,10 +107,11 @@ check_platform() {
 }
 
 main() {
-  local with_windows=yes
+  local with_windows=yes with_packages=yes
   case "${1:-}" in
     "") ;;
-    --quick) with_windows=no ;;
+    --debian) with_windows=no ;;
+    --quick) with_windows=no with_packages=no ;;
     -h | --help) usage && exit 0 ;;
     *) usage >&2 && exit 2 ;;
   esac
@@ -117,8 +119,10 @@ main() {
   scratch=$(mktemp -d)
   trap 'rm -rf -- "$scratch"' EXIT
   ensure "${native_packages[@]}"
-  if [ "$with_windows" = yes ]; then
+  if [ "$with_packages" = yes ]; then
     ensure "${package_packages[@]}"
+  fi
+  if [ "$with_windows" = yes ]; then
     ensure_wine
   fi
   say "everything needed is installed"

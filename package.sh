@@ -26,7 +26,7 @@ make_debian() { cmake --preset linux && package/debian/build.sh build/linux dist
 make_windows() { package/windows/build.sh dist; }
 
 # All of them or none.
-make() { # debian|windows...
+make_packages() { # debian|windows...
   local kind log=build/package.log
   rm -rf -- dist
   mkdir -p -- dist build
@@ -52,7 +52,7 @@ main() {
     *) usage >&2 && exit 2 ;;
   esac
   ./setup.sh "${tools[@]}"
-  make "${kinds[@]}"
+  make_packages "${kinds[@]}"
   say "made of $(git describe --always --dirty), in dist/:"
   cat -- dist/SHA256SUMS
 }

@@ -65,9 +65,11 @@ everything() {
   build linux teskread process_tests teskread_bench pages && run linux --label-exclude unit
   build asan unit_tests && run asan
   build windows && run windows
+  # The 64-bit server's tests use the 32-bit one, too.
+  build windows64 TeskReader99 unit_tests windows_tests both_servers_tests side_by_side && run windows64
 }
 
-trap 'for what in scanners desktop wine; do tests/fixtures.sh stop $what build/windows; done; exit 130' INT TERM
+trap 'for what in scanners desktop wine; do for build in windows64 windows; do tests/fixtures.sh stop $what build/$build; done; done; exit 130' INT TERM
 case "$#:${1:-}" in
   0:) everything ;;
   1:--quick) quick ;;

@@ -119,8 +119,9 @@ using Connections =
     Enumerator<IEnumConnections, std::pair<DWORD, ComPtr<IDispatch>>, CONNECTDATA, HandOutConnection>;
 
 bool HasGone(HRESULT status) {
-  return status == RPC_E_DISCONNECTED || status == CO_E_OBJNOTCONNECTED ||
-         status == HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE);
+  return status == RPC_E_DISCONNECTED || status == CO_E_OBJNOTCONNECTED || status == RPC_E_SERVER_DIED ||
+         status == RPC_E_SERVER_DIED_DNE || status == HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE) ||
+         status == HRESULT_FROM_WIN32(RPC_S_CALL_FAILED);
 }
 
 }  // namespace
@@ -193,12 +194,16 @@ bool EventPoint::Connected(DWORD cookie) const {
                      [cookie](const Connection& connection) { return connection.first == cookie; });
 }
 
+void EventPoint::Forget(const Connection& connection) {
+  if (Unadvise(connection.first) == S_OK && connections_.empty() && whenDeserted_) whenDeserted_();
+}
+
 void EventPoint::Call(const Connection& connection, DISPID id, std::vector<VARIANT>& reversed) {
   DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
   Variant ignored;
   const HRESULT status = connection.second->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
                                                    &parameters, &ignored, nullptr, nullptr);
-  if (HasGone(status)) Unadvise(connection.first);
+  if (HasGone(status)) Forget(connection);
 }
 
 template <class... Values>

@@ -20,7 +20,10 @@ using PointEnumerator =
 }  // namespace
 
 ReaderObject::ReaderObject(std::shared_ptr<tesk::clsTeskReader> reader)
-    : Members(std::move(reader)), events_(*this, [this] { Library().ResumeSheet(); }) {
+    : Members(std::move(reader)),
+      // Sheets that nobody takes any more are not fed.
+      events_(
+          *this, [this] { Library().ResumeSheet(); }, [this] { Library().SetCancelScan(true); }) {
   Library().AddEvents(events_);
 }
 

@@ -1,5 +1,5 @@
-// The server's entries in the registry, as one table: the classes, their programmatic names and the type
-// library.
+// The server's entries in the registry, as one table: the classes, their programmatic names, the type library, its
+// interfaces, and the process that the system lends to hosts of another kind. Servers of both kinds share a registry.
 #pragma once
 
 #include "automation/Com.h"

@@ -100,11 +100,14 @@ bool Fail(const Message& message) {
   return false;
 }
 
-void ShowLibraryMissing() {
+void ShowLibraryMissing(const clsTeskReader& reader) {
+  const auto& loader = reader.OmrLoader();
+  const std::string obstacle = loader ? loader->Obstacle() : "";
   std::string text;
   for (const char* line : kMissingLines) {
     text += (text.empty() ? "" : "|") + Replace(LoadString(line), "{0}", kHostProduct);
   }
+  if (!obstacle.empty()) text += "|" + Replace(LoadString(obstacle), "{0}", kHostProduct);
   ShowComposedMessage(kMissingTitle, text);
 }
 
@@ -409,7 +412,7 @@ bool InitReaderSR(clsTeskReader& reader) {
     CloseReaderSR(reader);
     const auto library = Load(reader);
     reader.SetOmr(library);
-    if (!library) return ShowLibraryMissing(), false;
+    if (!library) return ShowLibraryMissing(reader), false;
     if (!OpenDevice(*library)) return false;
     NoteOpen(library, true);
     if (!SetUp(reader, *library)) return false;

@@ -77,6 +77,9 @@ class OmrLibraryLoader {
   virtual ~OmrLibraryLoader() = default;
   // Empty where the library, or one of its functions, is not there.
   virtual std::shared_ptr<OmrLibrary> Load() = 0;
+  // Why this program can never have it, and what to do instead, in English with "{0}" for the host's product;
+  // empty where the library is merely missing.
+  virtual std::string Obstacle() const { return {}; }
 };
 
 }  // namespace tesk

@@ -89,6 +89,7 @@ start_scanners() {
   [ -x "$sources/build/linux/teskread" ] || { echo "build/linux/teskread is missing: build the preset linux first" && exit 1; }
   start_scanner 3 "$scanmark" --count 400 --seed 7
   start_scanner 4 "$scanmark" --count 0
+  start_scanner 5 "$scanmark" --count 400 --seed 7 --side1 48x48
   start_scanner 6 "$opscan" --count 200 --seed 7 --side2 50x48
   start_scanner 7 "$opscan" --count 200 --seed 7 --side2 50x48 --fault skew@2
   start_scanner 8 "$sekonic" --count 200 --seed 7
@@ -98,7 +99,7 @@ start_scanners() {
 # A scanner ends well when the host kept to its protocol.
 stop_scanners() {
   local port failed=0
-  for port in 3 4 6 7 8 9; do
+  for port in 3 4 5 6 7 8 9; do
     end "com$port" || { echo "the scanner on com$port complained:" && cat -- "$state/com$port.log" && failed=1; }
   done
   return "$failed"

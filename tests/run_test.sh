@@ -23,8 +23,11 @@ cases() { # REPORT COMMAND...
   mkdir -p -- "$(dirname -- "$report")"
   rm -f -- "$report"
   # The report's name is relative: a Windows program takes a path with a leading "/" for a relative one.
-  env -C "$(dirname -- "$report")" "$@" "--gtest_output=json:$(basename -- "$report")" --gtest_color=no --gtest_brief=1
+  # The output goes to a file: a process that the program leaves behind would hold a pipe open.
+  env -C "$(dirname -- "$report")" "$@" "--gtest_output=json:$(basename -- "$report")" --gtest_color=no --gtest_brief=1 \
+    >"$report.log" 2>&1
   status=$?
+  cat -- "$report.log"
   if [ ! -s "$report" ]; then
     echo "it came to no end (status $status)"
     echo "0 passed, 1 failed"

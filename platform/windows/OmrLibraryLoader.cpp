@@ -15,6 +15,15 @@ namespace {
 
 constexpr const wchar_t* kLibrary = L"OMRAPI.DLL";
 
+// The maker has it for 32-bit programs only.
+constexpr bool kCanBeLoaded = sizeof(void*) == 4;
+constexpr const char* kObstacle =
+    "OMRAPI.DLL works in 32-bit programs only, and {0} is a 64-bit program here. Please use a 32-bit {0}, or "
+    "have "
+    "the 32-bit TeskReader99.dll registered, too, and let {0} use that one, which then runs as a program of "
+    "its "
+    "own.";
+
 // ---- The library's functions. Every argument takes 32 bits.
 
 template <class... Arguments>
@@ -183,7 +192,11 @@ Module LoadFrom(const std::wstring& folder) {
 
 class SystemLoader : public OmrLibraryLoader {
  public:
-  std::shared_ptr<OmrLibrary> Load() override {
+  std::shared_ptr<OmrLibrary> Load() override { return kCanBeLoaded ? LoadFromFolders() : nullptr; }
+  std::string Obstacle() const override { return kCanBeLoaded ? "" : kObstacle; }
+
+ private:
+  static std::shared_ptr<OmrLibrary> LoadFromFolders() {
     // A library that lacks something it needs is not there; the system's own box about it is kept away.
     DWORD before = 0;
     ::SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before);
@@ -195,7 +208,6 @@ class SystemLoader : public OmrLibraryLoader {
     return library;
   }
 
- private:
   static std::shared_ptr<OmrLibrary> Complete(Module module) {
     Functions functions{};
     if (!module || !FindAll(module.get(), functions)) return nullptr;
@@ -207,6 +219,6 @@ class SystemLoader : public OmrLibraryLoader {
 
 std::shared_ptr<OmrLibraryLoader> CreateOmrLibraryLoader() { return std::make_shared<SystemLoader>(); }
 
-bool SystemHasOmrLibrary() { return true; }
+bool SystemHasOmrLibrary() { return kCanBeLoaded; }
 
 }  // namespace tesk::platform

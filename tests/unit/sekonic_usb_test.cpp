@@ -157,20 +157,27 @@ TEST(SekonicUsb, EveryStepOfTheStartThatFailsIsShownInItsWordsAndEndsIt) {
   }
 }
 
-TEST(SekonicUsb, AMissingLibraryIsShownWithWhereToGetIt) {
+TEST(SekonicUsb, AMissingLibraryIsShownWithWhereToGetItAndWhyThatIsOfNoUse) {
   struct NothingToLoad : OmrLibraryLoader {
+    explicit NothingToLoad(const char* why) : obstacle(why) {}
     std::shared_ptr<OmrLibrary> Load() override { return nullptr; }
+    std::string Obstacle() const override { return obstacle; }
+    const char* obstacle;
   };
-  Bench bench(teskReaderTypeSekonicSR1800, nullptr, std::make_shared<NothingToLoad>());
-  EXPECT_EQ(bench.Do("sx"), "! Sekonic File Missing | 0 s: no | 0 x: yes");
-  EXPECT_EQ(bench.host.messages.at(0).text,
-            "Please obtain the OMRAPI.DLL file from your Sekonic scanner installation CD-ROM, close Quillon "
-            "and then copy "
-            "the DLL to your Windows\\System32 directory.|If you don't have access to the installation "
-            "media, please "
-            "contact Sekonic or the Sekonic reseller from whom you purchased the scanner to obtain the DLL. "
-            "Once the DLL "
-            "is in place, try running Quillon again.");
+  for (const auto& [obstacle, shown] : {std::pair("", ""), std::pair("Not in {0}.", "|Not in Quillon.")}) {
+    Bench bench(teskReaderTypeSekonicSR1800, nullptr, std::make_shared<NothingToLoad>(obstacle));
+    EXPECT_EQ(bench.Do("sx"), "! Sekonic File Missing | 0 s: no | 0 x: yes");
+    EXPECT_EQ(
+        bench.host.messages.at(0).text,
+        "Please obtain the OMRAPI.DLL file from your Sekonic scanner installation CD-ROM, close Quillon "
+        "and then copy "
+        "the DLL to your Windows\\System32 directory.|If you don't have access to the installation "
+        "media, please "
+        "contact Sekonic or the Sekonic reseller from whom you purchased the scanner to obtain the DLL. "
+        "Once the DLL "
+        "is in place, try running Quillon again." +
+            std::string(shown));
+  }
 }
 
 TEST(SekonicUsb, AnEngineThatGoesOrChangesItsTypeClosesTheScannerOnceAndOnlyWhereItIsOpen) {

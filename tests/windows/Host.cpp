@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <fstream>
 #include <iterator>
 #include <thread>
 #include <utility>
@@ -174,39 +175,38 @@ std::string Described(const VARIANT& array) {
 
 // ---- Programs
 
+// Its output goes to a file: a process that it leaves behind would keep a pipe open.
 Ended RunProgram(const std::wstring& command) {
+  const std::wstring path = ProgramFolder() + L"output-" + std::to_wstring(GetCurrentProcessId()) + L".txt";
   SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-  HANDLE output = nullptr;
-  HANDLE written = nullptr;
-  if (!CreatePipe(&output, &written, &inherited, 0)) return {MAXDWORD, "no pipe"};
-  SetHandleInformation(output, HANDLE_FLAG_INHERIT, 0);
+  const HANDLE output =
+      CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                  &inherited, CREATE_ALWAYS, 0, nullptr);
   STARTUPINFOW start = {};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdOutput = written;
-  start.hStdError = written;
+  start.hStdOutput = output;
+  start.hStdError = output;
   PROCESS_INFORMATION process = {};
   std::wstring line = command;
   const BOOL started =
       CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
-  CloseHandle(written);
-  Ended ended = {MAXDWORD, started ? "" : "not started"};
-  std::array<char, 4096> piece{};
-  DWORD taken = 0;
-  while (started && ReadFile(output, piece.data(), piece.size(), &taken, nullptr) && taken > 0) {
-    ended.output.append(piece.data(), taken);
-  }
   CloseHandle(output);
-  if (!started) return ended;
-  WaitForSingleObject(process.hProcess, 60'000);
-  GetExitCodeProcess(process.hProcess, &ended.status);
-  CloseHandle(process.hProcess);
-  CloseHandle(process.hThread);
+  Ended ended = {MAXDWORD, "not started"};
+  if (started) {
+    WaitForSingleObject(process.hProcess, 60'000);
+    GetExitCodeProcess(process.hProcess, &ended.status);
+    CloseHandle(process.hProcess);
+    CloseHandle(process.hThread);
+    std::ifstream file(platform::WideToUtf8(path), std::ios::binary);
+    ended.output.assign(std::istreambuf_iterator<char>(file), {});
+  }
+  DeleteFileW(path.c_str());
   return ended;
 }
 
-Ended RunScript(const std::wstring& name, const std::string& words) {
-  return RunProgram(L"cscript //nologo \"" + SourceFolder() + L"scripts\\" + name + L"\" " +
+Ended RunScript(const std::wstring& name, const std::string& words, const std::wstring& folder) {
+  return RunProgram(folder + L"cscript //nologo \"" + SourceFolder() + L"scripts\\" + name + L"\" " +
                     platform::Utf8ToWide(words));
 }
 

@@ -86,10 +86,13 @@ bool SetSizes(_clsTeskReader* reader, HRESULT (STDMETHODCALLTYPE _clsTeskReader:
 void Install(_clsTeskReader* reader, IDispatch* errorObject);
 LONG LivingObjects();  // of the server
 
+// Where objects are created.
+inline DWORD serverContext = CLSCTX_INPROC_SERVER;
+
 template <class Interface>
 ComPtr<Interface> Create(REFCLSID id) {
   ComPtr<Interface> object;
-  CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, __uuidof(Interface), &object);
+  CoCreateInstance(id, nullptr, serverContext, __uuidof(Interface), &object);
   return object;
 }
 
@@ -101,8 +104,8 @@ struct Ended {
   std::string output;
 };
 Ended RunProgram(const std::wstring& command);
-// A script of the folder scripts, by the system's script host.
-Ended RunScript(const std::wstring& name, const std::string& words);
+// A script of the folder scripts, by the system's script host, or by that of a folder (with a backslash at its end).
+Ended RunScript(const std::wstring& name, const std::string& words, const std::wstring& folder = L"");
 
 std::wstring ProgramFolder();    // of this program, with a backslash at its end
 std::wstring ServerPath();       // of the DLL beside it

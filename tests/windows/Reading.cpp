@@ -9,7 +9,8 @@ namespace {
 constexpr std::int32_t kStock = 400;
 constexpr std::uint64_t kSeed = 7;
 constexpr std::int16_t kDarkest = 15;
-constexpr simulator::Geometry kGeometry{50, 48, true};
+constexpr std::int16_t kRows = 50;
+constexpr std::int16_t kColumns = 48;
 
 }  // namespace
 
@@ -31,8 +32,9 @@ void Reading::TearDown() {
 void Reading::LetGo() {
   if (sink) sink->Disconnect();
   sink.Reset();
+  // The error object is that of the process that the reader is in.
+  const auto last = reader ? reader : NewReader();
   reader.Reset();
-  const auto last = NewReader();
   Install(last.Get(), nullptr);
   errors.Reset();
 }
@@ -45,8 +47,9 @@ bool Reading::Start(SHORT port) {
   reader->put_SleepTime(2);
   reader->put_TimeOut(3);
   reader->put_Duplex(VARIANT_FALSE);
-  EXPECT_TRUE(SetSizes(reader.Get(), &_clsTeskReader::put_Side1Rows, kGeometry.rows));
-  EXPECT_TRUE(SetSizes(reader.Get(), &_clsTeskReader::put_Side1Cols, kGeometry.columns));
+  EXPECT_TRUE(
+      SetSizes(reader.Get(), &_clsTeskReader::put_Side1Rows, port == kSquaresPort ? kColumns : kRows));
+  EXPECT_TRUE(SetSizes(reader.Get(), &_clsTeskReader::put_Side1Cols, kColumns));
   EXPECT_EQ(S_OK, reader->StartReader(&done));
   return done != VARIANT_FALSE;
 }
@@ -74,7 +77,12 @@ bool Reading::EndReader() {
 }
 
 std::optional<std::size_t> PlaceOfSheet(const SideArray& marks) {
-  static const auto stock = simulator::GenerateSheets(kStock, kSeed, kGeometry, kDarkest);
+  const auto generate = [](std::int16_t rows) {
+    return simulator::GenerateSheets(kStock, kSeed, {rows, kColumns, true}, kDarkest);
+  };
+  static const auto oblong = generate(kRows);
+  static const auto square = generate(kColumns);
+  const auto& stock = marks.Rows() == kColumns ? square : oblong;
   const auto found = std::find_if(stock.begin(), stock.end(),
                                   [&](const simulator::Sheet& sheet) { return sheet.side1 == marks; });
   if (found == stock.end()) return std::nullopt;

@@ -1,5 +1,5 @@
 // A reader with an error object and a sink, ready to read from a simulated ScanMark 5500 behind a serial
-// port. tests/fixtures.sh starts the scanners: COM3 generated sheets, COM4 an empty hopper.
+// port. tests/fixtures.sh starts the scanners: COM3 generated sheets, COM4 an empty hopper, COM5 square sheets.
 #pragma once
 
 #include <cstddef>
@@ -16,6 +16,7 @@ namespace tesk::test {
 
 inline constexpr SHORT kSheetsPort = 3;
 inline constexpr SHORT kEmptyPort = 4;
+inline constexpr SHORT kSquaresPort = 5;
 
 class Reading : public testing::Test {
  protected:
@@ -38,8 +39,8 @@ class Reading : public testing::Test {
   ComPtr<ErrorObject> errors;
 };
 
-// What the scanner on COM3 reads: the place in its stock of the sheet with these marks; empty for marks of
-// no sheet.
+// What the scanner on COM3, or COM5, reads: the place in its stock of the sheet with these marks; empty for marks
+// of no sheet.
 std::optional<std::size_t> PlaceOfSheet(const SideArray& marks);
 
 SideArray SideOf(_clsTeskReader* reader, HRESULT (STDMETHODCALLTYPE _clsTeskReader::*get)(SAFEARRAY**));

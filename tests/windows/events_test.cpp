@@ -115,6 +115,31 @@ TEST_F(Events, PassOverSinksThatFailAreGoneOrWereDetached) {
   for (const auto& one : {failing, gone, after}) one->Disconnect();
 }
 
+TEST_F(Events, EndABatchWhenTheLastSinkHasGoneInTheMiddleOfIt) {
+  const HRESULT kGone[] = {RPC_E_DISCONNECTED,    CO_E_OBJNOTCONNECTED,
+                           RPC_E_SERVER_DIED,     HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE),
+                           RPC_E_SERVER_DIED_DNE, HRESULT_FROM_WIN32(RPC_S_CALL_FAILED)};
+  sink->Disconnect();
+  for (const HRESULT gone : kGone) {
+    const ComPtr<EventSink> dying = new EventSink;
+    int sheets = 0;
+    dying->On(
+        L"ReadSheet",
+        [&](auto&&...) {
+          reader->EjectPage();
+          return ++sheets == 2 ? gone : S_OK;
+        },
+        3);
+    dying->Connect(reader.Get());
+    ASSERT_TRUE(Start(1));
+    LONG count = 0;
+    VARIANT_BOOL read = VARIANT_FALSE;
+    EXPECT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, 9, &count, &read));
+    EXPECT_EQ(std::make_pair(LONG{2}, 2), std::make_pair(count, sheets)) << std::hex << gone;
+    ASSERT_TRUE(EndReader());
+  }
+}
+
 TEST_F(Events, SurviveTheReleaseOfTheReaderInOneOfThem) {
   sink->handlers["ReadSheet"] = [this](const HostDispatch::Arguments&) {
     sink->Disconnect();

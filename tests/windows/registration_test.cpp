@@ -1,5 +1,4 @@
 // Registering, unregistering, and doing without.
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -15,49 +14,6 @@ namespace {
 const std::wstring kClassNames[] = {
     L"clsTeskReader",        L"clsTeskReaderWindows", L"clsTeskReaderWindow",  L"clsTeskReaderBarcodes",
     L"clsTeskReaderBarcode", L"clsTeskReaderPrinter", L"clsTeskReaderProfile", L"clsTeskReaderProfiles"};
-
-std::wstring UpperCase(std::wstring text) {
-  CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
-  return text;
-}
-
-// What every entry of the server's names: the library, or one of the identifiers in it.
-std::vector<std::wstring> Marks() {
-  std::vector<std::wstring> marks = {L"TESKREADER99"};
-  ComPtr<ITypeLib> library;
-  if (FAILED(LoadTypeLibEx(ServerPath().c_str(), REGKIND_NONE, &library))) return {};
-  const auto add = [&marks](REFGUID guid) {
-    wchar_t text[40] = {};
-    StringFromGUID2(guid, text, 40);
-    marks.push_back(UpperCase(text));
-  };
-  TLIBATTR* attributes = nullptr;
-  library->GetLibAttr(&attributes);
-  add(attributes->guid);
-  library->ReleaseTLibAttr(attributes);
-  for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
-    ComPtr<ITypeInfo> info;
-    TYPEATTR* type = nullptr;
-    library->GetTypeInfo(i, &info);
-    info->GetTypeAttr(&type);
-    add(type->guid);
-    info->ReleaseTypeAttr(type);
-  }
-  return marks;
-}
-
-// What there is of the server's beyond the clean registry. The system may go on setting itself up meanwhile.
-std::vector<std::string> Left() {
-  static const auto marks = Marks();
-  std::vector<std::string> left;
-  for (const std::wstring& line : Classes()) {
-    if (CleanRegistry().contains(line)) continue;
-    const std::wstring upper = UpperCase(line);
-    const auto isIn = [&](const std::wstring& mark) { return upper.find(mark) != std::wstring::npos; };
-    if (std::any_of(marks.begin(), marks.end(), isIn)) left.push_back(platform::WideToUtf8(line));
-  }
-  return left;
-}
 
 class Registration : public testing::Test {
  protected:
@@ -87,13 +43,13 @@ TEST_F(Registration, OfTheUserAndOfTheMachineAreTakenBackEachByItselfAndLeaveNot
   }
   EXPECT_TRUE(NewReader());
   ASSERT_TRUE(RegisterServer(true));
-  EXPECT_EQ(std::vector<std::string>(), Left());
+  EXPECT_EQ(std::vector<std::string>(), LeftInRegistry());
   EXPECT_TRUE(RegisterServer(true)) << "taking back what is not there is no error";
   ASSERT_TRUE(RegisterForUser(L""));
   EXPECT_FALSE(IsRegistered(HKEY_LOCAL_MACHINE, L"clsTeskReader"));
-  EXPECT_LT(8 * 8U, Left().size());
+  EXPECT_LT(8 * 8U, LeftInRegistry().size());
   ASSERT_TRUE(RegisterServer(true));
-  EXPECT_EQ(std::vector<std::string>(), Left());
+  EXPECT_EQ(std::vector<std::string>(), LeftInRegistry());
 }
 
 TEST_F(Registration, MakesEveryClassCreatableByItsName) {

@@ -5,7 +5,7 @@
 #                       over pseudo-terminals, the automation server and the setup dialog under Wine, the packages
 #   ./test.sh --quick   the unit tests and the command line natively, without the longest sweeps
 #
-# Single tests: `ctest --preset linux|asan|windows [-R NAME]` behind `cmake --build --preset …`.
+# Single tests: `ctest --preset linux|asan|windows|windows64 [-R NAME]` behind `cmake --build --preset …`.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
 exec </dev/null
@@ -66,10 +66,13 @@ everything() {
   build asan unit_tests && run asan
   build windows && run windows
   # The 64-bit server's tests use the 32-bit one, too.
-  build windows64 TeskReader99 unit_tests windows_tests both_servers_tests side_by_side && run windows64
+  build windows64 TeskReader99 windows_tests both_servers_tests dialog_tests side_by_side && run windows64
 }
 
-trap 'for what in scanners desktop wine; do for build in windows64 windows; do tests/fixtures.sh stop $what build/$build; done; done; exit 130' INT TERM
+trap 'for what in scanners desktop wine; do
+  tests/fixtures.sh stop $what build/windows
+  tests/fixtures.sh stop $what build/windows64
+done; exit 130' INT TERM
 case "$#:${1:-}" in
   0:) everything ;;
   1:--quick) quick ;;

@@ -2,7 +2,7 @@
 '
 '   cscript //nologo read_sheets.vbs [SHEETS]
 '
-' On 64-bit Windows the server needs the 32-bit host: %SystemRoot%\SysWOW64\cscript.exe.
+' On 64-bit Windows the 32-bit host is %SystemRoot%\SysWOW64\cscript.exe.
 Option Explicit
 
 Const teskReaderTypeScantronScanMark5500 = 15

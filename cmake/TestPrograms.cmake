@@ -91,6 +91,7 @@ if(WIN32)
   tesk_add_cases(dialog_tests SHARDS 1 LABELS long PREFIX desktop-prefix FIXTURES desktop)
   if(CMAKE_SIZEOF_VOID_P EQUAL 8)
     tesk_add_cases(both_servers_tests SHARDS 1 LABELS long PREFIX wine-prefix FIXTURES wine scanners)
+    set_tests_properties(both_servers_tests.0 PROPERTIES TIMEOUT 300)
     # What the scanners say and where the dialog's rows stand is the same in programs of every kind.
     tesk_leave_out(windows_tests.0 "Families.OpScan*:Families.SekonicPages*:Families.Vmr*:Families.AFault*:Families.*Readers*")
     tesk_leave_out(dialog_tests.0 "SetupDialogLayout.*:SetupDialogArea.*:SetupDialogScreen.*")

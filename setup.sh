@@ -12,7 +12,7 @@ readonly native_packages=(
   libcli11-dev nlohmann-json3-dev libfmt-dev libncurses-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev)
 readonly package_packages=(dpkg-dev fakeroot lintian man-db bash-completion zsh)
-readonly cross_packages=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools xvfb xauth)
+readonly cross_packages=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools nsis xvfb xauth)
 readonly wine_packages=(wine wine32:i386 wine64 fonts-wine)
 
 scratch=""

@@ -1,0 +1,300 @@
+; The Windows installer. pack.sh defines VERSION, FILES, LISTS, COMPRESSOR, OUT and KILOBYTES.
+;
+; Silent: TeskReader99-VERSION-setup.exe /S [/ALLUSERS|/CURRENTUSER] [/PATH=yes|no] [/D=FOLDER]
+;
+; What an earlier version put there is set aside, the new files are written and registered, and only then does the
+; old go; any fault before that brings everything back as it was.
+Unicode true
+!include MUI2.nsh
+!include x64.nsh
+!include WinVer.nsh
+!include FileFunc.nsh
+!include TextFunc.nsh
+!include nsDialogs.nsh
+
+!if "${COMPRESSOR}" == lzma
+  SetCompressor /SOLID lzma
+!else
+  SetCompressor zlib
+!endif
+Name "TeskReader99 ${VERSION}"
+OutFile "${OUT}"
+RequestExecutionLevel highest ; without administrator rights it installs for the user
+ManifestDPIAware true
+SetDateSave off ; the same files make the same installer
+ShowInstDetails show
+ShowUninstDetails show
+VIProductVersion "${VERSION}.0"
+VIAddVersionKey ProductName "TeskReader99"
+VIAddVersionKey FileDescription "TeskReader99 setup"
+VIAddVersionKey FileVersion "${VERSION}"
+VIAddVersionKey ProductVersion "${VERSION}"
+VIAddVersionKey LegalCopyright ""
+
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\TeskReader99"
+!define LIST "installed-files.txt"  ; what lies in the folder and may be removed, a name a line
+!define ASIDE "$INSTDIR\set-aside-by-setup"  ; the earlier version's files, while the new ones are put in their place
+!define MENU "$SMPROGRAMS\TeskReader99"
+
+; The status a run ends with; 0 done, 1 cancelled by a person.
+!define FAILED 2
+!define WRONG_SWITCH 3
+!define NO_RIGHTS 4
+!define IN_USE 5
+!define NOT_REGISTERED 6
+!define WRONG_WINDOWS 7
+
+Var IsAdmin      ; 1: may write what all users share
+Var IsFor64      ; 1: this Windows runs programs of 64 bits on an x64 processor
+Var ForAll       ; 1: for the machine, 0: for the user
+Var GivenFolder  ; by /D=
+Var OldFolder    ; where this scope has a version installed; empty without one
+Var Folder       ; whose files are asked for
+Var OnPath       ; yes or no
+Var Entered      ; 1: the entry on the PATH was made by an installation that is still there
+Var Fault        ; what went wrong; empty while all is well
+Var Status       ; the status that goes with it
+Var Machine      ; the two buttons of the page that asks for whom
+Var User
+
+!include "${LISTS}"
+!include shared.nsh
+!include registration.nsh
+!include path.nsh
+!insertmacro SharedFunctions ""
+!insertmacro SharedFunctions "un."
+!insertmacro RegistrationFunctions ""
+!insertmacro RegistrationFunctions "un."
+!insertmacro PathFunctions ""
+!insertmacro PathFunctions "un."
+!include upgrade.nsh
+
+!define MUI_ABORTWARNING
+!define MUI_COMPONENTSPAGE_SMALLDESC
+Page custom AskForWhom TakeForWhom
+!insertmacro MUI_PAGE_COMPONENTS
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_UNPAGE_CONFIRM
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE English
+
+; --- the installer
+
+Section "TeskReader99" Main
+  SectionIn RO
+  Call RefuseFilesInUse
+  Call SetOldFilesAside
+  Call WriteFiles
+  Call RegisterNew
+  ${If} $Fault != ""
+    Call BringBack
+    !insertmacro Tell
+    SetErrorLevel $Status
+    Abort "$Fault"
+  ${EndIf}
+  Call RemoveOldFolder
+  RMDir /r "${ASIDE}"
+SectionEnd
+
+Section "teskread on the PATH" Path
+SectionEnd
+
+Section "-entries"
+  CreateDirectory "${MENU}"
+  SetOutPath "$INSTDIR\bin" ; where the first of them starts
+  CreateShortcut "${MENU}\Scanner settings.lnk" "$INSTDIR\bin\scanner-settings.cmd"
+  CreateShortcut "${MENU}\Documentation.lnk" "$INSTDIR\docs"
+  CreateShortcut "${MENU}\Examples.lnk" "$INSTDIR\examples"
+  Call EditPathAsChosen
+  Call WriteUninstallEntry
+SectionEnd
+
+!insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
+  !insertmacro MUI_DESCRIPTION_TEXT ${Main} "The automation servers for scripts and programs, the command line, documentation and examples."
+  !insertmacro MUI_DESCRIPTION_TEXT ${Path} "Command windows find teskread in every folder."
+!insertmacro MUI_FUNCTION_DESCRIPTION_END
+
+Function EditPathAsChosen
+  StrCpy $OnPath no
+  ${If} ${SectionIsSelected} ${Path}
+    StrCpy $OnPath yes
+    Call AddToPath
+  ${ElseIf} $Entered == 1
+    Call RemoveFromPath
+    StrCpy $Entered 0
+  ${EndIf}
+FunctionEnd
+
+Function WriteUninstallEntry
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayName "TeskReader99"
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayIcon "$INSTDIR\uninstall.exe"
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" InstallLocation "$INSTDIR"
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" UninstallString '"$INSTDIR\uninstall.exe"'
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" QuietUninstallString '"$INSTDIR\uninstall.exe" /S'
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" Path "$OnPath"
+  WriteRegDWORD SHCTX "${UNINSTALL_KEY}" PathEntered $Entered
+  WriteRegDWORD SHCTX "${UNINSTALL_KEY}" EstimatedSize ${KILOBYTES}
+  WriteRegDWORD SHCTX "${UNINSTALL_KEY}" NoModify 1
+  WriteRegDWORD SHCTX "${UNINSTALL_KEY}" NoRepair 1
+FunctionEnd
+
+Function .onInit
+  Call LookAround
+  StrCpy $GivenFolder $INSTDIR
+  ${IfNot} ${AtLeastWin7}
+    !insertmacro Refuse ${WRONG_WINDOWS} "TeskReader99 needs Windows 7 or a later one."
+  ${EndIf}
+  Call RefuseSecondRun
+  Call ReadSwitches
+FunctionEnd
+
+Function RefuseSecondRun
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "TeskReader99 setup") p . ?e'
+  Pop $0
+  ${If} $0 = 183 ; it is there already
+    !insertmacro Refuse ${IN_USE} "The setup of TeskReader99 is running already."
+  ${EndIf}
+FunctionEnd
+
+; For the machine where that is allowed, but an installation for the user alone stays one.
+Function ChooseScope
+  StrCpy $ForAll $IsAdmin
+  ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
+  ReadRegStr $1 HKCU "${UNINSTALL_KEY}" InstallLocation
+  ${If} $0 == ""
+  ${AndIf} $1 != ""
+    StrCpy $ForAll 0
+  ${EndIf}
+FunctionEnd
+
+Function ReadSwitches
+  Call ChooseScope
+  ${GetParameters} $R0
+  ClearErrors
+  ${GetOptions} $R0 "/CURRENTUSER" $0
+  ${IfNot} ${Errors}
+    StrCpy $ForAll 0
+  ${EndIf}
+  ClearErrors
+  ${GetOptions} $R0 "/ALLUSERS" $0
+  ${IfNot} ${Errors}
+    StrCpy $ForAll 1
+  ${EndIf}
+  ${If} $ForAll > $IsAdmin
+    !insertmacro Refuse ${NO_RIGHTS} "Only an administrator may install for all users."
+  ${EndIf}
+  Call UseScope
+  ClearErrors
+  ${GetOptions} $R0 "/PATH=" $0
+  ${IfNot} ${Errors}
+    StrCpy $OnPath $0
+  ${EndIf}
+  ${If} $OnPath == yes
+    !insertmacro SelectSection ${Path}
+  ${ElseIf} $OnPath == no
+    !insertmacro UnselectSection ${Path}
+  ${Else}
+    !insertmacro Refuse ${WRONG_SWITCH} "/PATH= takes yes or no, not $\"$OnPath$\"."
+  ${EndIf}
+FunctionEnd
+
+; What the scope has installed, and what follows for folder and PATH.
+Function UseScope
+  ${If} $ForAll = 1
+    SetShellVarContext all
+    StrCpy $INSTDIR "$PROGRAMFILES\TeskReader99"
+    ${If} $IsFor64 = 1
+      StrCpy $INSTDIR "$PROGRAMFILES64\TeskReader99"
+    ${EndIf}
+  ${Else}
+    SetShellVarContext current
+    StrCpy $INSTDIR "$LOCALAPPDATA\Programs\TeskReader99"
+  ${EndIf}
+  StrCpy $OnPath yes
+  StrCpy $Entered 0
+  ReadRegStr $OldFolder SHCTX "${UNINSTALL_KEY}" InstallLocation
+  ${If} $OldFolder != ""
+    StrCpy $INSTDIR $OldFolder
+    ReadRegStr $OnPath SHCTX "${UNINSTALL_KEY}" Path
+    ReadRegDWORD $Entered SHCTX "${UNINSTALL_KEY}" PathEntered
+  ${EndIf}
+  ${If} $GivenFolder != ""
+    StrCpy $INSTDIR $GivenFolder
+  ${EndIf}
+FunctionEnd
+
+; Who is no administrator has no choice and is not asked.
+Function AskForWhom
+  ${If} $IsAdmin = 0
+    Abort
+  ${EndIf}
+  !insertmacro MUI_HEADER_TEXT "For whom?" "Choose who can use TeskReader99 on this computer."
+  nsDialogs::Create 1018
+  Pop $0
+  ${NSD_CreateRadioButton} 10u 20u 90% 12u "&Everybody who uses this computer"
+  Pop $Machine
+  ${NSD_CreateRadioButton} 10u 40u 90% 12u "&Only me"
+  Pop $User
+  ${If} $ForAll = 1
+    ${NSD_Check} $Machine
+  ${Else}
+    ${NSD_Check} $User
+  ${EndIf}
+  nsDialogs::Show
+FunctionEnd
+
+Function TakeForWhom
+  ${NSD_GetState} $Machine $0
+  StrCpy $ForAll 0
+  ${If} $0 = ${BST_CHECKED}
+    StrCpy $ForAll 1
+  ${EndIf}
+  Call UseScope
+  !insertmacro SelectSection ${Path}
+  ${If} $OnPath == no
+    !insertmacro UnselectSection ${Path}
+  ${EndIf}
+FunctionEnd
+
+; --- the uninstaller
+
+Function un.onInit
+  Call un.LookAround
+  ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
+  ${If} $0 == $INSTDIR
+    StrCpy $ForAll 1
+    SetShellVarContext all
+  ${Else}
+    StrCpy $ForAll 0
+    SetShellVarContext current
+  ${EndIf}
+  ${If} $ForAll > $IsAdmin
+    !insertmacro Refuse ${NO_RIGHTS} "Only an administrator may uninstall what all users share."
+  ${EndIf}
+FunctionEnd
+
+Section Uninstall
+  StrCpy $Folder $INSTDIR
+  !insertmacro EachFile RefuseIfInUse
+  !insertmacro EachFile64 RefuseIfInUse
+  ${If} $Fault == ""
+    Call un.UnregisterServers
+  ${EndIf}
+  ${If} $Fault != ""
+    !insertmacro Tell
+    SetErrorLevel $Status
+    Abort "$Fault"
+  ${EndIf}
+  ReadRegDWORD $Entered SHCTX "${UNINSTALL_KEY}" PathEntered
+  ${If} $Entered = 1
+    Call un.RemoveFromPath
+  ${EndIf}
+  Delete "${MENU}\Scanner settings.lnk"
+  Delete "${MENU}\Documentation.lnk"
+  Delete "${MENU}\Examples.lnk"
+  RMDir "${MENU}"
+  !insertmacro DeleteFiles
+  DeleteRegKey SHCTX "${UNINSTALL_KEY}"
+SectionEnd

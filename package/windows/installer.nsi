@@ -34,6 +34,8 @@ VIAddVersionKey LegalCopyright ""
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\TeskReader99"
 !define LIST "installed-files.txt"  ; what lies in the folder and may be removed, a name a line
 !define ASIDE "$INSTDIR\set-aside-by-setup"  ; the earlier version's files, while the new ones are put in their place
+!define UNINSTALLER "uninstall-TeskReader99.exe" ; a name that no other program in the folder has
+!define USERS_FOLDER "$LOCALAPPDATA\Programs\TeskReader99"
 !define MENU "$SMPROGRAMS\TeskReader99"
 
 ; The status a run ends with; 0 done, 1 cancelled by a person.
@@ -129,10 +131,10 @@ FunctionEnd
 Function WriteUninstallEntry
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayName "TeskReader99"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"
-  WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayIcon "$INSTDIR\uninstall.exe"
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayIcon "$INSTDIR\${UNINSTALLER}"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" InstallLocation "$INSTDIR"
-  WriteRegStr SHCTX "${UNINSTALL_KEY}" UninstallString '"$INSTDIR\uninstall.exe"'
-  WriteRegStr SHCTX "${UNINSTALL_KEY}" QuietUninstallString '"$INSTDIR\uninstall.exe" /S'
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" UninstallString '"$INSTDIR\${UNINSTALLER}"'
+  WriteRegStr SHCTX "${UNINSTALL_KEY}" QuietUninstallString '"$INSTDIR\${UNINSTALLER}" /S'
   WriteRegStr SHCTX "${UNINSTALL_KEY}" Path "$OnPath"
   WriteRegDWORD SHCTX "${UNINSTALL_KEY}" PathEntered $Entered
   WriteRegDWORD SHCTX "${UNINSTALL_KEY}" EstimatedSize ${KILOBYTES}
@@ -210,7 +212,7 @@ Function UseScope
     ${EndIf}
   ${Else}
     SetShellVarContext current
-    StrCpy $INSTDIR "$LOCALAPPDATA\Programs\TeskReader99"
+    StrCpy $INSTDIR "${USERS_FOLDER}"
   ${EndIf}
   StrCpy $OnPath yes
   StrCpy $Entered 0

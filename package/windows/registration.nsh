@@ -54,10 +54,11 @@ Var User64
   ${EndIf}
 !macroend
 
-; A server that another program has put in the place of this one's stays.
-!macro UnregisterIfOwn BITS SERVER
-  !insertmacro ReadServer ${BITS} $1
-  ${If} $1 == "${SERVER}"
+; A server that another program has put in the place of this one's stays. Either of the two may stand where classes of
+; both kinds share one place.
+!macro UnregisterIfOwn BITS REGISTERED SERVER
+  ${If} "${REGISTERED}" == "${SERVER32}"
+  ${OrIf} "${REGISTERED}" == "${SERVER64}"
     !insertmacro UnregisterServer ${BITS} "${SERVER}"
   ${EndIf}
 !macroend
@@ -94,13 +95,16 @@ Function ${UN}BringBackUsers
   ${EndIf}
 FunctionEnd
 
+; Whose the servers are is asked beforehand: both have the same names, which go with the first.
 Function ${UN}UnregisterServers
   ${If} $ForAll = 1
     Call ${UN}RememberUsers
   ${EndIf}
-  !insertmacro UnregisterIfOwn 32 "${SERVER32}"
+  !insertmacro ReadServer 32 $1
+  !insertmacro ReadServer 64 $2
+  !insertmacro UnregisterIfOwn 32 "$1" "${SERVER32}"
   ${If} $IsFor64 = 1
-    !insertmacro UnregisterIfOwn 64 "${SERVER64}"
+    !insertmacro UnregisterIfOwn 64 "$2" "${SERVER64}"
   ${EndIf}
   ${If} $ForAll = 1
     Call ${UN}BringBackUsers

@@ -41,14 +41,22 @@
   RMDir "$INSTDIR\${NAME}"
 !macroend
 
+; The user's own folder of programs need not have been there before.
+!macro RemoveEmptyFolder NAME
+  RMDir "${NAME}"
+  ${If} "${NAME}" == "${USERS_FOLDER}"
+    RMDir "${USERS_FOLDER}\.."
+  ${EndIf}
+!macroend
+
 ; Folders that hold something else stay.
 !macro DeleteFiles
   !insertmacro EachFile DeleteFile
   !insertmacro EachFile64 DeleteFile
   Delete "$INSTDIR\${LIST}"
-  Delete "$INSTDIR\uninstall.exe"
+  Delete "$INSTDIR\${UNINSTALLER}"
   !insertmacro EachFolderFromBelow RemoveFolder
-  RMDir "$INSTDIR"
+  !insertmacro RemoveEmptyFolder "$INSTDIR"
 !macroend
 
 !macro SharedFunctions UN

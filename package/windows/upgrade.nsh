@@ -51,7 +51,17 @@ Function SetAside
       StrCpy $Fault "$INSTDIR\$Name cannot be replaced. Everything is as it was before."
       StrCpy $Status ${IN_USE}
     ${EndIf}
+    Call RemoveEmptyFolders
   ${EndIf}
+FunctionEnd
+
+; Those that $Name stood in; the new version may have others.
+Function RemoveEmptyFolders
+  ${GetParent} $Name $0
+  ${DoUntil} $0 == ""
+    RMDir "$INSTDIR\$0"
+    ${GetParent} $0 $0
+  ${Loop}
 FunctionEnd
 
 ; The old list stays beside the files until the new one takes its place: a run that is cut off leaves no file that
@@ -103,14 +113,13 @@ Function WriteList
   ${EndIf}
   !insertmacro EachFile ListFile
   !insertmacro EachFile64 ListFile
-  !insertmacro ListFile "uninstall.exe"
+  !insertmacro ListFile "${UNINSTALLER}"
   FileClose $8
 FunctionEnd
 
 Function WriteFiles
   !insertmacro EachFile RefuseForeign
   !insertmacro EachFile64 RefuseForeign
-  !insertmacro RefuseForeign "uninstall.exe"
   ${If} $Fault != ""
     Return
   ${EndIf}
@@ -121,10 +130,12 @@ Function WriteFiles
   ${If} $IsFor64 = 1
     !insertmacro EachFile64 WriteFile
   ${EndIf}
-  WriteUninstaller "$INSTDIR\uninstall.exe"
+  WriteUninstaller "$INSTDIR\${UNINSTALLER}"
 FunctionEnd
 
 Function PutBack
+  ${GetParent} "$INSTDIR\$Name" $0
+  CreateDirectory $0
   Rename "${ASIDE}\$Name" "$INSTDIR\$Name"
 FunctionEnd
 
@@ -142,6 +153,7 @@ Function BringBack
     GetFunctionAddress $Action PutBack
     StrCpy $List "${ASIDE}\${LIST}"
     Call EachListed
+    CreateDirectory $INSTDIR
     CopyFiles /SILENT "${ASIDE}\${LIST}" "$INSTDIR"
     RMDir /r "${ASIDE}"
   ${EndIf}
@@ -158,8 +170,8 @@ Function RemoveOldFolder
     Return
   ${EndIf}
   DetailPrint "Removing the earlier version in $OldFolder"
-  ExecWait '"$OldFolder\uninstall.exe" /S _?=$OldFolder'
-  Delete "$OldFolder\uninstall.exe"
-  RMDir "$OldFolder"
+  ExecWait '"$OldFolder\${UNINSTALLER}" /S _?=$OldFolder'
+  Delete "$OldFolder\${UNINSTALLER}"
+  !insertmacro RemoveEmptyFolder "$OldFolder"
   StrCpy $Entered 0
 FunctionEnd

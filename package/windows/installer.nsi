@@ -21,6 +21,7 @@ Name "TeskReader99 ${VERSION}"
 OutFile "${OUT}"
 RequestExecutionLevel highest ; without administrator rights it installs for the user
 ManifestDPIAware true
+BrandingText "TeskReader99 ${VERSION}"
 SetDateSave off ; the same files make the same installer
 ShowInstDetails show
 ShowUninstDetails show
@@ -85,6 +86,7 @@ Page custom AskForWhom TakeForWhom
 
 Section "TeskReader99" Main
   SectionIn RO
+  AddSize ${KILOBYTES}
   Call RefuseFilesInUse
   Call SetOldFilesAside
   Call WriteFiles
@@ -95,9 +97,17 @@ Section "TeskReader99" Main
     SetErrorLevel $Status
     Abort "$Fault"
   ${EndIf}
+  StrCpy $Written 0 ; nothing fails behind this
   Call RemoveOldFolder
   RMDir /r "${ASIDE}"
 SectionEnd
+
+; A full disk ends the section by itself.
+Function .onInstFailed
+  ${If} $Written = 1
+    Call BringBack
+  ${EndIf}
+FunctionEnd
 
 Section "teskread on the PATH" Path
 SectionEnd

@@ -147,6 +147,7 @@ Function BringBack
   ${EndIf}
   ${If} $Written = 1
     !insertmacro DeleteFiles
+    StrCpy $Written 0
   ${EndIf}
   ${If} ${FileExists} "${ASIDE}\${LIST}"
     StrCpy $Fault ""

@@ -126,7 +126,6 @@ start_prefix() { # FOLDER
   place=$1
   rm -rf -- "$place"
   mkdir -p -- "$place" "$HOME"
-  in_wine wineserver -p60
   in_wine wineboot -i && state "boot.$(basename -- "$place")" # the first start after a boot writes some more
   script create.vbs
   script hold.vbs

@@ -19,7 +19,7 @@ command -v makensis >/dev/null || { echo "makensis is missing: run ./setup.sh" >
 # A macro that inserts the macro DO once for each name on standard input, as Windows writes it.
 each() { # MACRO
   printf '!macro %s DO\n' "$1"
-  sed -e 's|/|\\|g' -e 's|.*|  !insertmacro ${DO} "&"|'
+  sed -e 's|/|\\|g' -e "s|.*|  !insertmacro \${DO} \"&\"|"
   printf '!macroend\n'
 }
 

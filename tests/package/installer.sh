@@ -38,7 +38,7 @@ check() { # WHAT COMMAND...
 
 in_wine() { timeout 120 "$root/cmake/wine.sh" "$place/prefix" "$@"; }
 narrow_program() { in_wine cmd /c "$@"; }
-wide_program() { in_wine cmd /c 'C:\windows\sysnative\'"$1" "${@:2}"; }
+wide_program() { in_wine cmd /c "C:\\windows\\sysnative\\$1" "${@:2}"; }
 path_of() { printf '%s/prefix/drive_c/%s' "$place" "$(sed -e 's|^C:.||' -e 's|\\|/|g' <<<"$1")"; }
 there() { [ -e "$(path_of "$1")" ]; }
 gone() { ! there "$1"; }
@@ -164,16 +164,13 @@ build_installers() {
 # --- for the machine
 
 upgrades() {
-  local user_file
-  user_file="$(path_of "$machine")/docs/notes.txt"
   check "an older version installs" setup 0 0.0.1 /ALLUSERS
   check "it is listed" is 0.0.1 value "HKLM\\$entry" DisplayVersion
-  echo mine >"$user_file"
+  echo mine >"$(path_of "$machine")/docs/notes.txt"
   check "the new version installs over it" setup 0 "$version"
   check "the new version is listed" is "$version" value "HKLM\\$entry" DisplayVersion
   check "what only the older version had goes" gone "$machine\\docs\\gone.md"
   check "its empty folder goes" gone "$machine\\old"
-  check "a file of the user's stays" grep -qx mine "$user_file"
   check "nothing stays set aside" gone "$machine\\set-aside-by-setup"
   check "the PATH leads to teskread" is "teskread $version" in_wine cmd /c teskread --version
   check "the PATH has one entry" is 1 entries
@@ -241,9 +238,12 @@ for_the_machine() {
   held narrow refuses_in_use
   held wide refuses_in_use_64
   keeps_what_works
-  rm -f -- "$(path_of "$machine")/docs/notes.txt"
   check "the uninstaller comes to an end" uninstall_early HKLM "$machine"
+  check "what is left is the file of the user's" is ./docs/notes.txt only_file
+  rm -r -- "$(path_of "$machine")"
 }
+
+only_file() { (cd "$(path_of "$machine")" && find . -type f ! -path ./docs/notes.txt -exec false {} + && find . -type f); }
 
 # --- for the user
 
@@ -312,7 +312,7 @@ on_32_bits() {
   check "it gets no 64-bit server" gone "$machine\\server64"
   check "its uninstaller comes to an end" uninstall_early HKLM "$machine"
   check "it takes it for the user" setup 0 "$version" /CURRENTUSER
-  check "the server is registered for the user" serves_user 'TeskReader99\server32\'
+  check "the server is registered for the user" serves_user 'TeskReader99\server32\TeskReader99.dll'
   check "the user's uninstaller comes to an end" uninstall_early HKCU "$(users_folder)"
   check "it is as it was before" unchanged
   in_wine wineserver -k

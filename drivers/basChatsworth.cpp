@@ -25,12 +25,16 @@
 namespace tesk::basChatsworth {
 namespace {
 
-SerialExchange Exchange(clsTeskReader& reader) { return {reader, reader.Kept<SerialSession>()}; }
+// What the family keeps between calls.
+struct Kept : SerialSession {
+  bool feeds = true;  // or may do so: an earlier host may have left the feed on
+};
 
 constexpr std::string_view kBinaryMode = "I00";
 constexpr std::string_view kFeedOn = "\x1B\x45";
 constexpr std::string_view kFeedOff = "\x1B\x44";
 constexpr std::string_view kTaken = "G\r";
+constexpr std::string_view kRefusal = "?\r";
 constexpr char kCarriageReturn = '\r';
 constexpr std::size_t kLongestAnswer = 8;
 
@@ -50,37 +54,48 @@ constexpr Message kDataLoss{"Read Error",
 
 // ---- Downloads
 
-enum class Answer { Taken, Refused, Silence, Cancelled };
+enum class Answer { Taken, Refused, Sheet, Silence, Cancelled };
 
 // How a command is said again while the scanner may not hear it.
 struct Repetition {
-  Milliseconds every;     // 0: a moment
-  Milliseconds grace{0};  // how much longer than CancelScan
+  Milliseconds every;
+  Milliseconds most;      // gives up after so long,
+  Milliseconds grace{0};  // or so long after its beginning once the host has cancelled
 };
 
-constexpr Repetition kWhileASheetMayRun{kUnusualPause};
 // The next sheet must not be quicker.
-constexpr Repetition kWhileASheetLeaves{Milliseconds(0), Milliseconds(1500)};
+constexpr Milliseconds kBetweenSheets{100};
+constexpr Milliseconds kStopping{500};
 
-Answer TakeAnswer(SerialExchange& line, bool repeated, Milliseconds quiet) {
+Milliseconds TimeOutOf(const SerialExchange& line) { return Milliseconds(line.Timer().Interval()); }
+
+// Without the acknowledgements at its beginning: what was said twice may be answered twice.
+std::string_view WithoutTaken(std::string_view bytes) {
+  while (bytes.starts_with(kTaken)) bytes.remove_prefix(kTaken.size());
+  return bytes;
+}
+
+Answer TakeAnswer(SerialExchange& line, bool repeated, Milliseconds every) {
+  // Answers to what was repeated follow one another as quickly as it was said.
+  constexpr Milliseconds kMargin{200};
   BytesOrLine answer(kLongestAnswer, kCarriageReturn);
   const Wait wait = line.Take(answer, kDespiteCancel);
   if (wait != Wait::Arrived) return wait == Wait::Cancelled ? Answer::Cancelled : Answer::Silence;
-  // What was said twice may be answered twice.
-  std::string rest = repeated ? line.UntilQuiet(quiet) : std::string();
-  while (rest.starts_with(kTaken)) rest.erase(0, kTaken.size());
-  return answer.Text() == kTaken && rest.empty() ? Answer::Taken : Answer::Refused;
+  const std::string all = answer.Text() + (repeated ? line.UntilQuiet(every + kMargin) : std::string());
+  if (WithoutTaken(all).empty()) return Answer::Taken;
+  return all.ends_with(kRefusal) && all.size() < kLongestAnswer ? Answer::Refused : Answer::Sheet;
 }
 
-// Says a command until the scanner answers, for as long as the engine's time-out.
+// Says a command until the scanner answers. What comes instead, or stood in front of it, is a sheet that nobody took.
 Answer Say(SerialExchange& line, std::string_view command, const Repetition& repetition) {
   const std::string frame = Framed(command);
   const TimePoint start = line.Now();
+  if (!WithoutTaken(line.Ask(frame)).empty()) return Answer::Sheet;
   bool repeated = false;
-  for (line.Ask(frame); !line.Follows(repetition.every); repeated = true) {
+  for (; !line.Follows(repetition.every); repeated = true) {
     const auto since = line.Now() - start;
     if (line.Cancelled() && since >= repetition.grace) return Answer::Cancelled;
-    if (since >= Milliseconds(line.Timer().Interval())) return Answer::Silence;
+    if (since >= repetition.most) return Answer::Silence;
     line.Tell(frame);
   }
   return TakeAnswer(line, repeated, repetition.every);
@@ -92,12 +107,35 @@ Answer Download(SerialExchange& line, std::string_view command, const Repetition
   return answer;
 }
 
-// False: cancelled, or shown.
-bool Told(SerialExchange& line, std::string_view command, const Repetition& repetition) {
-  const Answer answer = Download(line, command, repetition);
+// True where the scanner has taken the command; else whatever went wrong but a cancel is shown.
+bool Taken(Answer answer) {
   if (answer == Answer::Silence) Show(kSilence);
   if (answer == Answer::Refused) Show(kRefused);
+  if (answer == Answer::Sheet) Show(kDataLoss);
   return answer == Answer::Taken;
+}
+
+// ---- The feed
+
+// Tries to switch the feed off, for nobody would take the next sheet.
+void StopFeed(SerialExchange& line, Kept& kept) {
+  kept.feeds = Download(line, kFeedOff, {kBetweenSheets, kStopping, kStopping}) != Answer::Taken;
+}
+
+// False: cancelled, or shown.
+bool StartFeed(SerialExchange& line, Kept& kept) {
+  kept.feeds = true;
+  // Said once: a sheet's record may come right behind the answer.
+  return Taken(Download(line, kFeedOn, {TimeOutOf(line), TimeOutOf(line)}));
+}
+
+// Switches the feed off, however long a sheet takes to leave. False: cancelled, or shown.
+bool EndFeed(SerialExchange& line, Kept& kept) {
+  // What follows a record right away belongs to it, or to a second one.
+  const Answer answer =
+      line.Surplus() ? Answer::Sheet : Download(line, kFeedOff, {kBetweenSheets, TimeOutOf(line), kStopping});
+  kept.feeds = answer != Answer::Taken;
+  return Taken(answer);
 }
 
 // ---- A sheet
@@ -157,22 +195,13 @@ bool TakeRecord(clsTeskReader& reader, SerialExchange& line, Record& record) {
   return false;
 }
 
-// Switches the feed off behind a record, however long the sheet takes to leave. False: cancelled, or shown; the
-// record may have had more.
-bool EndFeed(SerialExchange& line) {
-  const Answer answer = line.Surplus() ? Answer::Refused : Download(line, kFeedOff, kWhileASheetLeaves);
-  if (answer == Answer::Silence || answer == Answer::Refused) Show(kDataLoss);
-  return answer == Answer::Taken;
-}
-
 std::optional<Sheet> ReadSheet(clsTeskReader& reader, std::int16_t mark) {
-  SerialExchange line = Exchange(reader);
+  const auto kept = reader.Kept<Kept>();
+  SerialExchange line(reader, kept);
   Record record;
-  // Said once: a sheet's record may come right behind the answer.
-  const Repetition never{Milliseconds(line.Timer().Interval())};
-  if (!Told(line, kFeedOn, never) || !TakeRecord(reader, line, record) || !EndFeed(line)) {
-    // Nobody would take the next sheet.
-    line.Tell(Framed(kFeedOff));
+  // The answer to switching the feed off shows that the record was whole.
+  if (!StartFeed(line, *kept) || !TakeRecord(reader, line, record) || !EndFeed(line, *kept)) {
+    StopFeed(line, *kept);
     return std::nullopt;
   }
   Sheet sheet;
@@ -185,22 +214,29 @@ std::optional<Sheet> ReadSheet(clsTeskReader& reader, std::int16_t mark) {
 
 bool InitReaderCT(clsTeskReader& reader) {
   return Guarded("basChatsworth.InitReaderCT", [&] {
-    reader.Kept<SerialSession>()->Forget();
-    SerialExchange line = Exchange(reader);
-    return Told(line, kBinaryMode, kWhileASheetMayRun);
+    const auto kept = reader.Kept<Kept>();
+    kept->Forget();
+    SerialExchange line(reader, kept);
+    // A sheet that an earlier host's feed has taken must not pass for the first one.
+    return EndFeed(line, *kept) && Taken(Download(line, kBinaryMode, {kUnusualPause, TimeOutOf(line)}));
   });
 }
 
 void CloseReaderCT(clsTeskReader& reader) {
   Guarded("basChatsworth.CloseReaderCT", [&] {
-    SerialExchange line = Exchange(reader);
-    if (line.Port().PortOpen()) line.Tell(Framed(kFeedOff));
+    const auto kept = reader.Kept<Kept>();
+    SerialExchange line(reader, kept);
+    if (line.Port().PortOpen() && kept->feeds) StopFeed(line, *kept);
   });
 }
 
 std::optional<Sheet> ReadPageCT(clsTeskReader& reader) {
-  return Guarded("basChatsworth.ReadPageCT",
-                 [&] { return ReadSheet(reader, Narrow<std::int16_t>(reader.RecognitionThreshold() + 1)); });
+  return Guarded("basChatsworth.ReadPageCT", [&] {
+    const auto mark = Narrow<std::int16_t>(reader.RecognitionThreshold() + 1);
+    // A mark that looks like none would make every sheet a blank one.
+    if (mark < 1) throw InvalidCall();
+    return ReadSheet(reader, mark);
+  });
 }
 
 constinit const Driver kDriver = {

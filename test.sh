@@ -10,13 +10,9 @@ set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
 exec </dev/null
 
-passed=0
-failed=0
-
+passed=0 failed=0
 usage() { sed -n '2,8s/^# \{0,1\}//p' "$0"; }
-
 say() { printf '== %s (%d s)\n' "$*" "$SECONDS"; }
-
 fault() { # WHY
   printf '   FAILED: %s\n' "$1"
   failed=$((failed + 1))
@@ -25,14 +21,12 @@ fault() { # WHY
 finish() {
   [ $((passed + failed)) -gt 0 ] || fault "no test was run"
   printf '%d passed, %d failed\n' "$passed" "$failed"
-  [ "$failed" -eq 0 ]
-  exit
+  exit $((failed > 0))
 }
 
 build() { # PRESET [TARGET...]
   local preset=$1 log="build/$1/build.log"
-  shift
-  say "build $preset"
+  shift && say "build $preset"
   mkdir -p -- "build/$preset"
   if ! { cmake --preset "$preset" && cmake --build --preset "$preset" --target "${@:-all}"; } >"$log" 2>&1; then
     fault "the build; see $log"
@@ -41,38 +35,42 @@ build() { # PRESET [TARGET...]
   fi
 }
 
-# Every test says how much it counted in its last line; one that does not come to it counts as failed.
-run() { # PRESET [CTEST-OPTION...]
-  local log="build/$1/tests.log" good bad status
-  say "tests $1"
-  ctest --preset "$@" --output-log "$log"
-  status=$?
-  read -r good bad < <(awk '/^[0-9]+ passed, [0-9]+ failed\r?$/ { good += $1; bad += $3 } END { print good + 0, bad + 0 }' \
-    "build/$1/Testing/Temporary/LastTest.log")
-  passed=$((passed + good))
-  failed=$((failed + bad))
-  [ "$status" -eq 0 ] || [ "$bad" -gt 0 ] || fault "tests $1 did not come to their end; see $log"
+# Runs the tests of presets beside each other; programs under Wine wait more than they compute. Every test says how much
+# it counted in its last line; one that does not come to it counts as failed.
+run() { # "PRESET [CTEST-OPTION...]"...
+  local tests preset good bad
+  say "tests ${*%% *}"
+  for tests in "$@"; do
+    preset=${tests%% *}
+    mkdir -p -- "build/$preset/Testing/Temporary"
+    rm -f -- "build/$preset/tests.failed" && : >"build/$preset/Testing/Temporary/LastTest.log"
+    { ctest --preset $tests --output-log "build/$preset/tests.log" || touch "build/$preset/tests.failed"; } &
+  done
+  wait
+  for preset in "${@%% *}"; do
+    read -r good bad < <(awk '/^[0-9]+ passed, [0-9]+ failed\r?$/ { good += $1; bad += $3 } END { print good + 0, bad + 0 }' \
+      "build/$preset/Testing/Temporary/LastTest.log")
+    passed=$((passed + good)) failed=$((failed + bad))
+    [ ! -e "build/$preset/tests.failed" ] || [ "$bad" -gt 0 ] || fault "tests $preset did not end; see build/$preset/tests.log"
+  done
 }
 
 quick() {
   export TESKREAD_QUICK=1
   ./setup.sh --quick || { fault "set-up" && return; }
-  build linux && run linux --label-exclude package
+  build linux && run "linux --label-exclude package"
 }
 
 everything() {
   ./setup.sh || { fault "set-up" && return; }
-  build linux teskread process_tests teskread_bench pages && run linux --label-exclude unit
+  build linux teskread process_tests teskread_bench pages && run "linux --label-exclude unit"
   build asan unit_tests && run asan
-  build windows && run windows
-  # The 64-bit server's tests use the 32-bit one, too.
-  build windows64 TeskReader99 windows_tests both_servers_tests dialog_tests side_by_side && run windows64
+  # The tests of 64 bits use what was built for 32 bits, too.
+  build windows && build windows64 TeskReader99 windows_tests both_servers_tests dialog_tests side_by_side &&
+    run windows windows64
 }
 
-trap 'for what in scanners desktop wine; do
-  tests/fixtures.sh stop $what build/windows
-  tests/fixtures.sh stop $what build/windows64
-done; exit 130' INT TERM
+trap 'for what in {scanners,desktop,wine}" build/windows"{,64}; do tests/fixtures.sh stop $what; done; exit 130' INT TERM
 case "$#:${1:-}" in
   0:) everything ;;
   1:--quick) quick ;;

@@ -118,10 +118,30 @@ void HandOutConnection(const std::pair<DWORD, ComPtr<IDispatch>>& kept, CONNECTD
 using Connections =
     Enumerator<IEnumConnections, std::pair<DWORD, ComPtr<IDispatch>>, CONNECTDATA, HandOutConnection>;
 
-bool HasGone(HRESULT status) {
-  return status == RPC_E_DISCONNECTED || status == CO_E_OBJNOTCONNECTED || status == RPC_E_SERVER_DIED ||
-         status == RPC_E_SERVER_DIED_DNE || status == HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE) ||
-         status == HRESULT_FROM_WIN32(RPC_S_CALL_FAILED);
+constexpr HRESULT kGone[] = {
+    RPC_E_DISCONNECTED,
+    CO_E_OBJNOTCONNECTED,
+    RPC_E_SERVER_DIED,
+    RPC_E_SERVER_DIED_DNE,
+    RPC_E_CLIENT_DIED,
+    RPC_E_CONNECTION_TERMINATED,
+    static_cast<HRESULT>(0x800706BA),  // RPC_S_SERVER_UNAVAILABLE
+    static_cast<HRESULT>(0x800706BE),  // RPC_S_CALL_FAILED
+    static_cast<HRESULT>(0x800706BF),  // RPC_S_CALL_FAILED_DNE
+};
+
+bool HasGone(HRESULT status) { return std::ranges::find(kGone, status) != std::end(kGone); }
+
+// The host has a cell in edit mode, or a dialog open, and has not looked at the call.
+bool IsBusy(HRESULT status) { return status == RPC_E_CALL_REJECTED || status == RPC_E_SERVERCALL_RETRYLATER; }
+
+// Of a sink in another process or apartment such a status is the system's own; of any other it is only what the sink
+// itself says of something of its own.
+bool WasLost(HRESULT status) { return HasGone(status) || HRESULT_FACILITY(status) == FACILITY_RPC; }
+
+bool IsElsewhere(IDispatch& sink) {
+  ComPtr<IClientSecurity> proxy;
+  return SUCCEEDED(sink.QueryInterface(IID_PPV_ARGS(&proxy)));
 }
 
 }  // namespace
@@ -194,16 +214,24 @@ bool EventPoint::Connected(DWORD cookie) const {
                      [cookie](const Connection& connection) { return connection.first == cookie; });
 }
 
-void EventPoint::Forget(const Connection& connection) {
-  if (Unadvise(connection.first) == S_OK && connections_.empty() && whenDeserted_) whenDeserted_();
-}
-
-void EventPoint::Call(const Connection& connection, DISPID id, std::vector<VARIANT>& reversed) {
+bool EventPoint::Call(const Connection& connection, DISPID id, std::vector<VARIANT>& reversed) {
+  constexpr int kTries = 100;
+  constexpr DWORD kBetweenTries = 50;  // milliseconds
   DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-  Variant ignored;
-  const HRESULT status = connection.second->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                                   &parameters, &ignored, nullptr, nullptr);
-  if (HasGone(status)) Forget(connection);
+  const bool elsewhere = IsElsewhere(*connection.second.Get());
+  HRESULT status = S_OK;
+  for (int tries = kTries; tries > 0; --tries) {
+    Variant ignored;
+    status = connection.second->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                                       &ignored, nullptr, nullptr);
+    if (!elsewhere || !IsBusy(status)) break;
+    Sleep(kBetweenTries);
+  }
+  if (HasGone(status)) Unadvise(connection.first);
+  if (!elsewhere || !WasLost(status)) return true;
+  // Others may still take the sheets of one who has gone; one who is there has missed something.
+  if (whenLost_ && (connections_.empty() || !HasGone(status))) whenLost_();
+  return false;
 }
 
 template <class... Values>
@@ -218,8 +246,7 @@ void EventPoint::Fire(DISPID id, Values&... values) {
         [&](auto&... argument) {
           std::vector<VARIANT> reversed = {argument.AsVariant()...};
           std::reverse(reversed.begin(), reversed.end());
-          Call(connection, id, reversed);
-          (argument.Take(), ...);
+          if (Call(connection, id, reversed)) (argument.Take(), ...);
         },
         arguments);
   }

@@ -18,11 +18,11 @@ namespace tesk::automation {
 // that has gone is forgotten.
 class EventPoint : public IConnectionPoint, public ReaderEvents {
  public:
-  // beforeEach runs before each sink is called, whenDeserted once the last sink has gone without detaching, as a
-  // host does that ends in the middle; both may be empty.
+  // beforeEach runs before each sink is called, whenLost where an event reached nobody: the last sink has gone without
+  // detaching, as a host does that ends in the middle, or one in another process did not take it. Both may be empty.
   explicit EventPoint(IConnectionPointContainer& owner, std::function<void()> beforeEach = {},
-                      std::function<void()> whenDeserted = {})
-      : owner_(owner), beforeEach_(std::move(beforeEach)), whenDeserted_(std::move(whenDeserted)) {}
+                      std::function<void()> whenLost = {})
+      : owner_(owner), beforeEach_(std::move(beforeEach)), whenLost_(std::move(whenLost)) {}
   virtual ~EventPoint();
 
   STDMETHODIMP QueryInterface(REFIID id, void** object) override;
@@ -54,12 +54,12 @@ class EventPoint : public IConnectionPoint, public ReaderEvents {
   bool Connected(DWORD cookie) const;
   template <class... Values>
   void Fire(DISPID id, Values&... values);
-  void Forget(const Connection& connection);
-  void Call(const Connection& connection, DISPID id, std::vector<VARIANT>& reversed);
+  // False where the event did not reach a sink in another process; its arguments then mean nothing.
+  bool Call(const Connection& connection, DISPID id, std::vector<VARIANT>& reversed);
 
   IConnectionPointContainer& owner_;
   std::function<void()> beforeEach_;
-  std::function<void()> whenDeserted_;
+  std::function<void()> whenLost_;
   std::vector<Connection> connections_;
   DWORD lastCookie_ = 0;
 };

@@ -18,11 +18,11 @@ constexpr const wchar_t* kLibrary = L"OMRAPI.DLL";
 // The maker has it for 32-bit programs only.
 constexpr bool kCanBeLoaded = sizeof(void*) == 4;
 constexpr const char* kObstacle =
-    "OMRAPI.DLL works in 32-bit programs only, and {0} is a 64-bit program here. Please use a 32-bit {0}, or "
-    "have "
-    "the 32-bit TeskReader99.dll registered, too, and let {0} use that one, which then runs as a program of "
-    "its "
-    "own.";
+    "OMRAPI.DLL works in 32-bit programs only, and {0} is a 64-bit program here. Please use a 32-bit {0}. Or "
+    "put "
+    "OMRAPI.DLL into Windows\\SysWOW64 and register the 32-bit TeskReader99.dll, in place of the 64-bit one "
+    "where {0} "
+    "cannot choose: it then runs as a program of its own.";
 
 // ---- The library's functions. Every argument takes 32 bits.
 

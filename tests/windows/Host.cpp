@@ -32,7 +32,8 @@ void HostDispatch::Holds(const std::wstring& name, VARIANT& value) {
 }
 
 STDMETHODIMP HostDispatch::QueryInterface(REFIID id, void** object) {
-  const bool known = id == IID_IUnknown || id == IID_IDispatch || id == answersTo;
+  const bool known = id == IID_IUnknown || id == IID_IDispatch || id == answersTo ||
+                     (elsewhere && id == IID_IClientSecurity);
   *object = known ? static_cast<IDispatch*>(this) : nullptr;
   if (known) AddRef();
   return known ? S_OK : E_NOINTERFACE;

@@ -45,6 +45,7 @@ class HostDispatch : public IDispatch {
   STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                       EXCEPINFO* exception, UINT*) override;
 
+  bool elsewhere = false;         // seems to be a proxy of an object in another process
   IID answersTo = IID_IDispatch;  // an event sink also answers to its event interface
   std::set<DWORD> calledOn;       // the threads that members were called on
   static std::atomic<int> living;

@@ -115,28 +115,46 @@ TEST_F(Events, PassOverSinksThatFailAreGoneOrWereDetached) {
   for (const auto& one : {failing, gone, after}) one->Disconnect();
 }
 
-TEST_F(Events, EndABatchWhenTheLastSinkHasGoneInTheMiddleOfIt) {
-  const HRESULT kGone[] = {RPC_E_DISCONNECTED,    CO_E_OBJNOTCONNECTED,
-                           RPC_E_SERVER_DIED,     HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE),
-                           RPC_E_SERVER_DIED_DNE, HRESULT_FROM_WIN32(RPC_S_CALL_FAILED)};
+// A sink, or a proxy of one in another process, fails from its second sheet on, so many times: how many of three sheets
+// the batch feeds, and in how many calls it hands them out.
+TEST_F(Events, EndABatchThatReachesNobodyAndWaitForAHostThatIsBusy) {
+  const struct {
+    HRESULT fails;
+    bool elsewhere;
+    int times;
+    LONG sheets;
+    int calls;
+  } kCases[] = {
+      {RPC_E_DISCONNECTED, true, 1, 2, 2},
+      {HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), true, 1, 2, 2},
+      {RPC_E_CALL_CANCELED, true, 1, 2, 2},
+      {RPC_E_CALL_REJECTED, true, 2, 3, 5},
+      {RPC_E_CALL_REJECTED, false, 1, 3, 3},  // its own
+      {HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), false, 1, 3, 2},
+      {E_FAIL, true, 1, 3, 3},
+  };
   sink->Disconnect();
-  for (const HRESULT gone : kGone) {
-    const ComPtr<EventSink> dying = new EventSink;
-    int sheets = 0;
-    dying->On(
+  for (const auto& c : kCases) {
+    const ComPtr<EventSink> other = new EventSink;
+    other->elsewhere = c.elsewhere;
+    int calls = 0;
+    other->On(
         L"ReadSheet",
         [&](auto&&...) {
-          reader->EjectPage();
-          return ++sheets == 2 ? gone : S_OK;
+          const bool fails = ++calls > 1 && calls <= 1 + c.times;
+          const bool unseen = fails && c.elsewhere && c.fails == RPC_E_CALL_REJECTED;
+          if (!unseen) reader->EjectPage();
+          return fails ? c.fails : S_OK;
         },
         3);
-    dying->Connect(reader.Get());
+    other->Connect(reader.Get());
     ASSERT_TRUE(Start(1));
     LONG count = 0;
     VARIANT_BOOL read = VARIANT_FALSE;
-    EXPECT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, 9, &count, &read));
-    EXPECT_EQ(std::make_pair(LONG{2}, 2), std::make_pair(count, sheets)) << std::hex << gone;
+    EXPECT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, 3, &count, &read));
+    EXPECT_EQ(std::make_pair(c.sheets, c.calls), std::make_pair(count, calls)) << std::hex << c.fails;
     ASSERT_TRUE(EndReader());
+    other->Disconnect();
   }
 }
 

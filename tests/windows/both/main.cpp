@@ -18,6 +18,7 @@ class BothServers : public testing::Environment {
     ASSERT_EQ(S_OK, CoInitialize(nullptr));
     ASSERT_NE(INVALID_FILE_ATTRIBUTES, GetFileAttributesW(tesk::test::ServerPath(Kind::k32).c_str()))
         << "the 32-bit server is missing: build the preset windows first";
+    tesk::test::EndSurrogates();  // of a run that was ended in the middle
     for (const Kind kind : {Kind::k32, Kind::k64}) ASSERT_TRUE(RegisterServer(kind, true));
     tesk::test::NoteCleanRegistry();
     for (const Kind kind : {Kind::k32, Kind::k64}) ASSERT_TRUE(RegisterServer(kind, false));

@@ -52,6 +52,16 @@ std::vector<const CommandPage*> AllCommands(const CommandPage& program);
 
 std::string Joined(const std::vector<std::string>& words, std::string_view separator);
 
+// A script for `sed -nE` that makes keys of what `teskread settings list` prints. There a key stands as a word for a
+// shell: bare, in double quotes that need no escapes, or in single quotes.
+constexpr std::string_view kReadKeys = R"sed(
+  s/^"([^"]*)".*/\1/p
+  t
+  /^[^\x27]/ { s/ .*//p; d; }
+  s/^\x27(([^\x27]|\x27\\\x27\x27)*)\x27.*/\1/
+  s/\x27\\\x27\x27/\x27/g
+  p)sed";
+
 // The three pages, whole files.
 std::string ManPage(const Manual& manual, std::string_view date);
 std::string BashCompletion(const Manual& manual);

@@ -7,27 +7,37 @@
 namespace tesk::cli {
 namespace {
 
-constexpr std::string_view kFunctions = R"sh(
+constexpr std::string_view kPorts = R"sh(
+_teskread_any_case() { compadd -M 'm:{a-zA-Z}={A-Za-z}' "$@" }
+
 _teskread_ports() { # [FURTHER-WORDS]
   local -a ports=(${(f)"$(_call_program ports teskread ports 2>/dev/null | grep '^/')"} $@)
   compadd -a ports || _files
 }
 
 _teskread_keys() {
-  local -a keys=(${(f)"$(_call_program keys teskread settings list 2>/dev/null |
-    sed -n 's/^"\([^"]*\)".*/\1/p; s/^\([^" ][^ ]*\).*/\1/p')"})
-  compadd -a keys
+  local -a keys=(${(f)"$(_call_program keys teskread settings list 2>/dev/null | sed -nE ')sh";
+
+constexpr std::string_view kSettings = R"sh(')"})
+  _teskread_any_case -a keys
 }
 
 _teskread_settings_values() {
-  if compset -P '*='; then
-    compadd -- ${=_teskread_setting_words[${IPREFIX%=}]}
-  else
-    compadd -S = -- ${(k)_teskread_setting_words}
+  local name
+  if ! compset -P '*='; then
+    _teskread_any_case -S = -- ${(k)_teskread_setting_words}
+    return
   fi
+  for name in ${(k)_teskread_setting_words}; do
+    [[ ${(L)name} != ${(L)${IPREFIX%=}##*=} ]] || _teskread_any_case -- ${=_teskread_setting_words[$name]}
+  done
 }
 
-_teskread_models() { compadd -M 'm:{a-zA-Z}={A-Za-z}' -a _teskread_model_names }
+_teskread_models() { _teskread_any_case -a _teskread_model_names }
+
+_teskread_topics() {
+  local -a above=(${words[2,CURRENT-1]:#-*})
+  case "$above" in
 )sh";
 
 std::string Quoted(const std::string& text) { return "'" + Replace(text, "'", "'\\''") + "'"; }
@@ -52,7 +62,7 @@ std::string NamesOf(const std::vector<CommandPage>& commands) {
   return names;
 }
 
-std::string Action(const OptionPage& option, const Manual& manual) {
+std::string Action(const OptionPage& option) {
   switch (option.proposal) {
     case Proposal::Words:
       return fmt::format("({})", Joined(option.words, " "));
@@ -69,37 +79,37 @@ std::string Action(const OptionPage& option, const Manual& manual) {
     case Proposal::Settings:
       return "_teskread_settings_values";
     case Proposal::Topics:
-      return fmt::format("({})", NamesOf(manual.program.commands));
+      return "_teskread_topics";
     case Proposal::Nothing:
       break;
   }
   return " ";
 }
 
-std::string OptionSpecs(const OptionPage& option, const Manual& manual) {
+std::string OptionSpecs(const OptionPage& option) {
   std::string specs;
   for (const std::string& name : option.names) {
     std::string spec = (option.repeats ? "*" : "") + name;
     if (!option.takes.empty()) spec += "=";
     spec += "[" + Short(option.text) + "]";
-    if (!option.takes.empty()) spec += ":" + Short(option.takes) + ":" + Action(option, manual);
+    if (!option.takes.empty()) spec += ":" + Short(option.takes) + ":" + Action(option);
     specs += " \\\n    " + Quoted(spec);
   }
   return specs;
 }
 
-std::string Arguments(const CommandPage& command, const Manual& manual) {
+std::string Arguments(const CommandPage& command) {
   std::string specs;
-  for (const OptionPage& option : command.options) specs += OptionSpecs(option, manual);
+  for (const OptionPage& option : command.options) specs += OptionSpecs(option);
   for (const OptionPage& positional : command.positionals) {
     specs += " \\\n    " + Quoted(fmt::format("{}:{}:{}", positional.repeats ? "*" : "",
-                                              Short(positional.takes), Action(positional, manual)));
+                                              Short(positional.takes), Action(positional)));
   }
   return specs;
 }
 
 // A command that has commands: its own options, one of the commands, and whatever that one takes.
-std::string Choice(const CommandPage& command, const Manual& manual) {
+std::string Choice(const CommandPage& command) {
   std::string described, calls;
   for (const CommandPage& below : command.commands) {
     described += "\n    " + Quoted(below.name + ":" + Short(below.text));
@@ -120,12 +130,12 @@ std::string Choice(const CommandPage& command, const Manual& manual) {
   esac
 }}
 )sh",
-                     FunctionName(command), described, Arguments(command, manual), calls);
+                     FunctionName(command), described, Arguments(command), calls);
 }
 
-std::string Function(const CommandPage& command, const Manual& manual) {
-  if (!command.commands.empty()) return Choice(command, manual);
-  return fmt::format("\n{}() {{\n  _arguments{}\n}}\n", FunctionName(command), Arguments(command, manual));
+std::string Function(const CommandPage& command) {
+  if (!command.commands.empty()) return Choice(command);
+  return fmt::format("\n{}() {{\n  _arguments{}\n}}\n", FunctionName(command), Arguments(command));
 }
 
 std::string Tables(const Manual& manual) {
@@ -138,13 +148,25 @@ std::string Tables(const Manual& manual) {
                      models, settings);
 }
 
+std::string TopicCase(const CommandPage& command) {
+  if (command.commands.empty()) return "";
+  return fmt::format("    '{}') compadd {} ;;\n", command.path, NamesOf(command.commands));
+}
+
+std::string TopicCases(const Manual& manual) {
+  std::string cases = TopicCase(manual.program);
+  for (const CommandPage* command : AllCommands(manual.program)) cases += TopicCase(*command);
+  return cases;
+}
+
 }  // namespace
 
 std::string ZshCompletion(const Manual& manual) {
   std::string page = "#compdef teskread\n# teskread(1) completion for zsh\n\n";
-  page += Tables(manual) + std::string(kFunctions);
-  for (const CommandPage* command : AllCommands(manual.program)) page += Function(*command, manual);
-  return page + Function(manual.program, manual) + "\n_teskread \"$@\"\n";
+  page += Tables(manual) + fmt::format("{}{}{}", kPorts, kReadKeys, kSettings);
+  page += TopicCases(manual) + "  esac\n}\n";
+  for (const CommandPage* command : AllCommands(manual.program)) page += Function(*command);
+  return page + Function(manual.program) + "\n_teskread \"$@\"\n";
 }
 
 }  // namespace tesk::cli

@@ -10,6 +10,7 @@ root=$1
 home=$root/home
 mkdir -p $home $root/bin
 touch $home/class7.ndjson
+mkdir $home/'Scantron Scanmark 5500'
 cat >$root/bin/teskread <<END
 #!/bin/sh
 case "\$*" in "ports" | "settings list") exec "$root/usr/bin/teskread" "\$@" ;; esac
@@ -18,10 +19,12 @@ echo .
 END
 chmod +x $root/bin/teskread
 export HOME=$home PATH=$root/bin:$PATH TERM=dumb XDG_CONFIG_HOME=$home/config HISTFILE=/dev/null
-$root/usr/bin/teskread settings save --key 'School\Lab' --reader 4
+for key in 'School\Lab' 'Room 7\Left wing' 'A$HOME' 'Quo"te' "O'Neil"; do
+  $root/usr/bin/teskread settings save --key $key --reader 4
+done
 
-# What is typed before the tabulator, and the words that come out. A file, a saved key and sim end words of which
-# there is one here.
+# What is typed before the tabulator, and the words that come out. A file, the saved keys and sim are what there is
+# here; there is a folder too that is called like a reader.
 typeset -a cases=(
   'sc' '<scan>'
   'scan --form' '<scan><--format>'
@@ -35,9 +38,26 @@ typeset -a cases=(
   'scan --reader scantron\ scanmark\ 55' '<scan><--reader><Scantron Scanmark 5500>'
   'scan --port si' '<scan><--port><sim>'
   'scan --key Sch' '<scan><--key><School\Lab>'
+  'scan --key School\\l' '<scan><--key><School\Lab>'
+  'scan --key=School\\L' '<scan><--key=School\Lab>'
+  'scan --key "School\L' '<scan><--key><School\Lab>'
+  "scan --key 'School\\L" '<scan><--key><School\Lab>'
+  'scan --key Room' '<scan><--key><Room 7\Left wing>'
+  'scan --key "Room 7\le' '<scan><--key><Room 7\Left wing>'
+  'scan --key A' '<scan><--key><A$HOME>'
+  'scan --key "A' '<scan><--key><A$HOME>'
+  'scan --key quo' '<scan><--key><Quo"te>'
+  'scan --key "Quo' '<scan><--key><Quo"te>'
+  "scan --key 'O" "<scan><--key><O'Neil>"
   'scan --set Duplex=T' '<scan><--set><Duplex=True>'
+  'scan --set reje' '<scan><--set><Rejecter=>'
+  'scan --set duplex=t' '<scan><--set><duplex=True>'
+  'scan --set "duplex=f' '<scan><--set><duplex=False>'
+  'scan --set=duplex=f' '<scan><--set=duplex=False>'
   'scan --reader 15 --output cla' '<scan><--reader><15><--output><class7.ndjson>'
   'help fir' '<help><firmware>'
+  'help settings de' '<help><settings><delete>'
+  'help scan fir' '<help><scan><fir>'
 )
 
 start_bash() {

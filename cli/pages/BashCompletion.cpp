@@ -48,10 +48,16 @@ _teskread_lines() {
   done | _teskread_escape "$quote")
 }
 
+_teskread_files() {
+  local i typed quote kept
+  _teskread_read_word
+  _filedir
+  for i in "${!COMPREPLY[@]}"; do COMPREPLY[i]=${COMPREPLY[i]:kept}; done
+}
+
 _teskread_ports() { # PROGRAM [FURTHER-WORDS]
   _teskread_words "$("$1" ports 2>/dev/null | grep '^/') ${2-}"
-  [[ ${#COMPREPLY[@]} -gt 0 || $cur != */* ]] || _filedir
-  __ltrim_colon_completions "$cur"
+  if [[ ${#COMPREPLY[@]} -eq 0 && $cur == */* ]]; then _teskread_files; else __ltrim_colon_completions "$cur"; fi
 }
 
 _teskread_keys() { # PROGRAM
@@ -114,7 +120,7 @@ std::string Propose(const OptionPage& option) {
     case Proposal::PortsAndSim:
       return "_teskread_ports \"$1\" sim";
     case Proposal::Files:
-      return "_filedir";
+      return "_teskread_files";
     case Proposal::Keys:
       return "_teskread_keys \"$1\"";
     case Proposal::Settings:

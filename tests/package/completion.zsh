@@ -9,7 +9,7 @@ zmodload zsh/zpty
 root=$1
 home=$root/home
 mkdir -p $home $root/bin
-touch $home/class7.ndjson
+touch $home/class7.ndjson $home/'7b@10:30 h.csv'
 mkdir $home/'Scantron Scanmark 5500'
 cat >$root/bin/teskread <<END
 #!/bin/sh
@@ -19,12 +19,12 @@ echo .
 END
 chmod +x $root/bin/teskread
 export HOME=$home PATH=$root/bin:$PATH TERM=dumb XDG_CONFIG_HOME=$home/config HISTFILE=/dev/null
-for key in 'School\Lab' 'Room 7\Left wing' 'A$HOME' 'Quo"te' "O'Neil"; do
+for key in 'School\Lab' 'Room 7\Left wing' 'A$HOME' 'Quo"te' "O'Neil" 'Hall: 7' 'Wow!x'; do
   $root/usr/bin/teskread settings save --key $key --reader 4
 done
 
-# What is typed before the tabulator, and the words that come out. A file, the saved keys and sim are what there is
-# here; there is a folder too that is called like a reader.
+# What is typed before the tabulator, and the words that come out. Files, saved keys and sim are what there is
+# here, and a folder that is called like a reader.
 typeset -a cases=(
   'sc' '<scan>'
   'scan --form' '<scan><--format>'
@@ -49,12 +49,18 @@ typeset -a cases=(
   'scan --key quo' '<scan><--key><Quo"te>'
   'scan --key "Quo' '<scan><--key><Quo"te>'
   "scan --key 'O" "<scan><--key><O'Neil>"
+  'scan --key Hall:' '<scan><--key><Hall: 7>'
+  'scan --key "Wow' '<scan><--key><Wow!x>'
+  'scan --key School"\L' '<scan><--key><School\Lab>'
   'scan --set Duplex=T' '<scan><--set><Duplex=True>'
   'scan --set reje' '<scan><--set><Rejecter=>'
   'scan --set duplex=t' '<scan><--set><duplex=True>'
   'scan --set "duplex=f' '<scan><--set><duplex=False>'
   'scan --set=duplex=f' '<scan><--set=duplex=False>'
   'scan --reader 15 --output cla' '<scan><--reader><15><--output><class7.ndjson>'
+  'scan --reader 15 --output 7b@10:3' '<scan><--reader><15><--output><7b@10:30 h.csv>'
+  'scan --reader 15 --output "7b' '<scan><--reader><15><--output><7b@10:30 h.csv>'
+  'scan --port ./7b@' '<scan><--port><./7b@10:30 h.csv>'
   'help fir' '<help><firmware>'
   'help settings de' '<help><settings><delete>'
   'help scan fir' '<help><scan><fir>'

@@ -78,6 +78,9 @@ start_zsh() {
   zpty -w shell 'autoload -Uz compinit; compinit -u -D; cd; echo rea""dy'
 }
 
+# A quote that nothing closes keeps the shell waiting, until the time is up.
+trap 'print -r -- "$name: \"$typed\" became no command"; exit 1' TERM
+
 faults=0
 for name in bash zsh; do
   start_$name

@@ -33,8 +33,7 @@ VIAddVersionKey ProductVersion "${VERSION}"
 VIAddVersionKey LegalCopyright ""
 
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\TeskReader99"
-!define LIST "installed-files.txt"  ; what lies in the folder and may be removed, a name a line
-!define ASIDE "$INSTDIR\set-aside-by-setup"  ; the earlier version's files, while the new ones are put in their place
+!define LIST "TeskReader99-files.txt"  ; what lies in the folder and may be removed, a name a line
 !define UNINSTALLER "uninstall-TeskReader99.exe" ; a name that no other program in the folder has
 !define USERS_FOLDER "$LOCALAPPDATA\Programs\TeskReader99"
 !define MENU "$SMPROGRAMS\TeskReader99"
@@ -76,6 +75,7 @@ Var User
 !define MUI_COMPONENTSPAGE_SMALLDESC
 Page custom AskForWhom TakeForWhom
 !insertmacro MUI_PAGE_COMPONENTS
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE TakeFolder
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_UNPAGE_CONFIRM
@@ -99,7 +99,9 @@ Section "TeskReader99" Main
   ${EndIf}
   StrCpy $Written 0 ; nothing fails behind this
   Call RemoveOldFolder
-  RMDir /r "${ASIDE}"
+  ${If} $Aside != ""
+    RMDir /r "$Aside"
+  ${EndIf}
 SectionEnd
 
 ; A full disk ends the section by itself.
@@ -197,7 +199,12 @@ Function ReadSwitches
   ${If} $ForAll > $IsAdmin
     !insertmacro Refuse ${NO_RIGHTS} "Only an administrator may install for all users."
   ${EndIf}
+  Call RefuseUnusableFolder
   Call UseScope
+  Call CheckFolder
+  ${If} $Fault != ""
+    !insertmacro Refuse ${WRONG_SWITCH} "$Fault"
+  ${EndIf}
   ClearErrors
   ${GetOptions} $R0 "/PATH=" $0
   ${IfNot} ${Errors}
@@ -209,6 +216,54 @@ Function ReadSwitches
     !insertmacro UnselectSection ${Path}
   ${Else}
     !insertmacro Refuse ${WRONG_SWITCH} "/PATH= takes yes or no, not $\"$OnPath$\"."
+  ${EndIf}
+FunctionEnd
+
+; What the system of this language takes for no folder, such as a drive's root, it leaves out without a word; only
+; $CMDLINE is then cut off before /D=.
+Function RefuseUnusableFolder
+  System::Call 'kernel32::GetCommandLineW() w .r0'
+  ${If} $GivenFolder == ""
+  ${AndIf} $0 != $CMDLINE
+    !insertmacro Refuse ${WRONG_SWITCH} "/D= takes the full name of a folder for TeskReader99 alone, as the last switch and without quotes."
+  ${EndIf}
+FunctionEnd
+
+; Brings $INSTDIR into the one form that folders are compared in; $Fault says why it cannot be the folder. On the PATH a
+; semicolon would part it, and what stands between percent signs would be replaced.
+Function CheckFolder
+  StrCpy $1 $INSTDIR
+  StrCpy $4 '*?<>|:;%"'
+  System::Call 'kernel32::GetFullPathNameW(w r1, i ${NSIS_MAX_STRLEN}, w .r0, p 0) i .r2'
+  System::Call 'shlwapi::PathIsRootW(w r0) i .r3'
+  StrCpy $5 $0 "" 2 ; behind the drive
+  StrLen $6 $5
+  System::Call 'shlwapi::StrCSpnW(w r5, w r4) i .r7'
+  StrCpy $8 $0 4
+  ${If} $2 = 0
+  ${OrIf} $2 >= ${NSIS_MAX_STRLEN}
+  ${OrIf} $3 <> 0
+  ${OrIf} $6 <> $7
+  ${OrIf} $8 == "\\.\" ; a device
+    StrCpy $Fault "$INSTDIR cannot be the folder: it takes one for TeskReader99 alone, without any of $4 in its name."
+  ${ElseIf} ${FileExists} "$0"
+  ${AndIfNot} ${FileExists} "$0\*.*"
+    StrCpy $Fault "$INSTDIR is a file. Choose a folder."
+  ${Else}
+    StrCpy $INSTDIR $0
+    StrCpy $1 $0 1 -1
+    ${If} $1 == "\"
+      StrCpy $INSTDIR $0 -1
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+
+Function TakeFolder
+  Call CheckFolder
+  ${If} $Fault != ""
+    !insertmacro Tell
+    StrCpy $Fault ""
+    Abort
   ${EndIf}
 FunctionEnd
 
@@ -275,12 +330,15 @@ FunctionEnd
 Function un.onInit
   Call un.LookAround
   ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
+  ReadRegStr $1 HKCU "${UNINSTALL_KEY}" InstallLocation
   ${If} $0 == $INSTDIR
     StrCpy $ForAll 1
     SetShellVarContext all
-  ${Else}
+  ${ElseIf} $1 == $INSTDIR
     StrCpy $ForAll 0
     SetShellVarContext current
+  ${Else} ; a copy, which would take away what stands elsewhere
+    !insertmacro Refuse ${FAILED} "No TeskReader99 is installed in $INSTDIR for all users or for you. Nothing was changed."
   ${EndIf}
   ${If} $ForAll > $IsAdmin
     !insertmacro Refuse ${NO_RIGHTS} "Only an administrator may uninstall what all users share."

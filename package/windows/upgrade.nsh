@@ -4,6 +4,25 @@ Var List     ; the list that EachListed reads
 Var Name     ; the file that it has come to
 Var Action   ; the address of the function that it calls
 Var Written  ; 1: new files have been written
+Var Aside    ; where this run keeps the earlier version's files until it ends; empty for nowhere
+
+; A name in a list leads nowhere but below the folder.
+Function ConfineName
+  StrCpy $1 $Name
+  StrCpy $2 ":*?"
+  StrCpy $3 $Name 1
+  System::Call 'shlwapi::StrCSpnW(w r1, w r2) i .r4'
+  System::Call 'shlwapi::StrStrW(w r1, w "..") p .r5'
+  StrLen $6 $Name
+  ${If} $6 = 0
+  ${OrIf} $4 <> $6
+  ${OrIf} $5 P<> 0
+  ${OrIf} $3 == "\"
+  ${OrIf} $3 == "/"
+    StrCpy $Fault "$List has the line $\"$Name$\", which is no file of TeskReader99's."
+    StrCpy $Status ${FAILED}
+  ${EndIf}
+FunctionEnd
 
 ; Calls $Action for each file of a list, until there is a fault. No list is an empty one.
 Function EachListed
@@ -19,7 +38,10 @@ Function EachListed
       ${ExitDo}
     ${EndIf}
     ${TrimNewLines} $Name $Name
-    Call $Action
+    Call ConfineName
+    ${If} $Fault == ""
+      Call $Action
+    ${EndIf}
   ${LoopUntil} $Fault != ""
   FileClose $8
 FunctionEnd
@@ -31,9 +53,6 @@ FunctionEnd
 Function RefuseFilesInUse
   StrCpy $Written 0
   GetFunctionAddress $Action CheckListed
-  StrCpy $Folder $INSTDIR
-  StrCpy $List "$Folder\${LIST}"
-  Call EachListed
   ${If} $OldFolder != ""
     StrCpy $Folder $OldFolder
     StrCpy $List "$Folder\${LIST}"
@@ -43,10 +62,10 @@ FunctionEnd
 
 Function SetAside
   ${If} ${FileExists} "$INSTDIR\$Name"
-    ${GetParent} "${ASIDE}\$Name" $0
+    ${GetParent} "$Aside\$Name" $0
     CreateDirectory $0
     ClearErrors
-    Rename "$INSTDIR\$Name" "${ASIDE}\$Name"
+    Rename "$INSTDIR\$Name" "$Aside\$Name"
     ${If} ${Errors}
       StrCpy $Fault "$INSTDIR\$Name cannot be replaced. Everything is as it was before."
       StrCpy $Status ${IN_USE}
@@ -64,19 +83,38 @@ Function RemoveEmptyFolders
   ${Loop}
 FunctionEnd
 
-; The old list stays beside the files until the new one takes its place: a run that is cut off leaves no file that
-; nobody knows.
+; A new one: what is already there is the user's, or holds files that an earlier run could not put back.
+Function MakeAside
+  StrCpy $Aside "$INSTDIR\set-aside-by-setup"
+  StrCpy $0 1
+  ${DoWhile} ${FileExists} $Aside
+    IntOp $0 $0 + 1
+    StrCpy $Aside "$INSTDIR\set-aside-by-setup-$0"
+  ${Loop}
+  ClearErrors
+  CreateDirectory $Aside
+  CopyFiles /SILENT "$INSTDIR\${LIST}" $Aside
+  ${If} ${Errors}
+    StrCpy $Fault "$Aside cannot be written."
+    StrCpy $Status ${FAILED}
+  ${EndIf}
+FunctionEnd
+
+; Only the list of the scope's own installation is believed: anybody may have a file of that name. It stays beside
+; the files until the new one takes its place: a run that is cut off leaves no file that nobody knows.
 Function SetOldFilesAside
+  StrCpy $Aside ""
   ${If} $Fault != ""
+  ${OrIf} $OldFolder != $INSTDIR
   ${OrIfNot} ${FileExists} "$INSTDIR\${LIST}"
     Return
   ${EndIf}
-  RMDir /r "${ASIDE}"
-  CreateDirectory "${ASIDE}"
-  CopyFiles /SILENT "$INSTDIR\${LIST}" "${ASIDE}"
-  GetFunctionAddress $Action SetAside
-  StrCpy $List "${ASIDE}\${LIST}"
-  Call EachListed
+  Call MakeAside
+  ${If} $Fault == ""
+    GetFunctionAddress $Action SetAside
+    StrCpy $List "$Aside\${LIST}"
+    Call EachListed
+  ${EndIf}
 FunctionEnd
 
 !macro RefuseForeign NAME
@@ -120,6 +158,10 @@ FunctionEnd
 Function WriteFiles
   !insertmacro EachFile RefuseForeign
   !insertmacro EachFile64 RefuseForeign
+  !insertmacro RefuseForeign "${UNINSTALLER}"
+  ${If} $Aside == ""
+    !insertmacro RefuseForeign "${LIST}"
+  ${EndIf}
   ${If} $Fault != ""
     Return
   ${EndIf}
@@ -136,7 +178,7 @@ FunctionEnd
 Function PutBack
   ${GetParent} "$INSTDIR\$Name" $0
   CreateDirectory $0
-  Rename "${ASIDE}\$Name" "$INSTDIR\$Name"
+  Rename "$Aside\$Name" "$INSTDIR\$Name"
 FunctionEnd
 
 Function BringBack
@@ -149,14 +191,17 @@ Function BringBack
     !insertmacro DeleteFiles
     StrCpy $Written 0
   ${EndIf}
-  ${If} ${FileExists} "${ASIDE}\${LIST}"
+  ${If} $Aside != ""
+  ${AndIf} ${FileExists} "$Aside\${LIST}"
     StrCpy $Fault ""
     GetFunctionAddress $Action PutBack
-    StrCpy $List "${ASIDE}\${LIST}"
+    StrCpy $List "$Aside\${LIST}"
     Call EachListed
     CreateDirectory $INSTDIR
-    CopyFiles /SILENT "${ASIDE}\${LIST}" "$INSTDIR"
-    RMDir /r "${ASIDE}"
+    CopyFiles /SILENT "$Aside\${LIST}" "$INSTDIR"
+    RMDir /r "$Aside"
+  ${ElseIf} $Aside != ""
+    RMDir "$Aside"
   ${EndIf}
   ${If} $Status = ${NOT_REGISTERED}
     Call RegisterEarlier

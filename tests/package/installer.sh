@@ -293,6 +293,43 @@ refusals() {
   check "a folder of somebody else's is told" is 'Choose another folder' setup 2 "$version" /D=C:\\Schule Nord\\Eigenes
   check "a file of somebody else's stays" grep -qx mine "$(path_of "$foreign")/README.md"
   rm -r -- "$(path_of "$foreign")"
+  refuses_folders
+  leaves_what_is_not_its_own
+}
+
+refuses_folders() {
+  local folder
+  # shellcheck disable=SC1003
+  for folder in 'C:\' 'C:\windows\..' 'C:\windows\win.ini' 'C:\a;b' 'C:\%windir%' '"C:\quoted"' 'folder'; do
+    check "$folder cannot be the folder" setup 3 "$version" /CURRENTUSER "/D=$folder"
+  done
+}
+
+# Files of somebody else's, which a list of that name claims; lists that lead out of the folder; an uninstaller that
+# stands where nothing is registered.
+leaves_what_is_not_its_own() {
+  local other='C:\Other' list=TeskReader99-files.txt aside=set-aside-by-setup line
+  mkdir -p -- "$(path_of "$other")/$aside"
+  echo mine | tee "$(path_of "$other")/data.db" "$(path_of "$other")/$aside/marks.csv" >"$(path_of 'C:\victim.txt')"
+  printf 'data.db\r\n' >"$(path_of "$other")/$list"
+  check "a list that nobody registered is not believed" is "$list is not TeskReader99" setup 2 "$version" /CURRENTUSER "/D=$other"
+  rm -- "$(path_of "$other")/$list"
+  check "it goes beside the files of the user's" setup 0 "$version" /CURRENTUSER "/D=$other"
+  check "and over itself" setup 0 "$version"
+  cp -- "$(path_of "$other")/$list" "$work/list"
+  for line in '..\victim.txt' 'C:\victim.txt' '\victim.txt' '/victim.txt' ''; do
+    { printf '%s\r\n' "$line" && cat -- "$work/list"; } >"$(path_of "$other")/$list"
+    check "a list with \"$line\" is refused" setup 2 "$version"
+  done
+  cp -- "$work/list" "$(path_of "$other")/$list"
+  mkdir -- "$(path_of 'C:\Copy')"
+  cp -t "$(path_of 'C:\Copy')" -- "$(path_of "$other")/uninstall-TeskReader99.exe"
+  check "a copied uninstaller takes nothing away" is 'No TeskReader99 is installed' uninstall 2 'C:\Copy'
+  check "the user's entry stays" is "$other" value "HKCU\\$entry" InstallLocation
+  check "it uninstalls from there" uninstall 0 "$other"
+  check "what was there before is there" is 3 grep -cx mine <(cat -- "$(path_of "$other")/data.db" \
+    "$(path_of "$other")/$aside/marks.csv" "$(path_of 'C:\victim.txt')")
+  rm -r -- "$(path_of "$other")" "$(path_of 'C:\victim.txt')" "$(path_of 'C:\Copy')"
 }
 
 on_64_bits() {

@@ -45,6 +45,9 @@ VIAddVersionKey LegalCopyright ""
 !define IN_USE 5
 !define NOT_REGISTERED 6
 !define WRONG_WINDOWS 7
+!define LEFT_OVER 8
+
+!define FROM_SETUP "/FROMSETUP" ; tells the uninstaller that the setup which starts it waits for it
 
 Var IsAdmin      ; 1: may write what all users share
 Var IsFor64      ; 1: this Windows runs programs of 64 bits on an x64 processor
@@ -87,10 +90,12 @@ Page custom AskForWhom TakeForWhom
 Section "TeskReader99" Main
   SectionIn RO
   AddSize ${KILOBYTES}
+  StrCpy $Registering 0
   Call RefuseFilesInUse
   Call SetOldFilesAside
   Call WriteFiles
   Call RegisterNew
+  Call EnterNew
   ${If} $Fault != ""
     Call BringBack
     !insertmacro Tell
@@ -107,7 +112,9 @@ SectionEnd
 ; A full disk ends the section by itself.
 Function .onInstFailed
   ${If} $Written = 1
+    StrCpy $Fault "$INSTDIR cannot be written; the disk may be full."
     Call BringBack
+    !insertmacro Tell
   ${EndIf}
 FunctionEnd
 
@@ -122,6 +129,14 @@ Section "-entries"
   CreateShortcut "${MENU}\Examples.lnk" "$INSTDIR\examples"
   Call EditPathAsChosen
   Call WriteUninstallEntry
+  ${If} ${Errors}
+    StrCpy $Fault "TeskReader99 is installed, but cannot be entered in the list of programs. Install it once more."
+    StrCpy $Status ${LEFT_OVER}
+  ${EndIf}
+  ${If} $Fault != ""
+    !insertmacro Tell
+    SetErrorLevel $Status
+  ${EndIf}
 SectionEnd
 
 !insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
@@ -140,7 +155,9 @@ Function EditPathAsChosen
   ${EndIf}
 FunctionEnd
 
+; The caller asks for errors.
 Function WriteUninstallEntry
+  ClearErrors
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayName "TeskReader99"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayIcon "$INSTDIR\${UNINSTALLER}"
@@ -162,14 +179,6 @@ Function .onInit
   ${EndIf}
   Call RefuseSecondRun
   Call ReadSwitches
-FunctionEnd
-
-Function RefuseSecondRun
-  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "TeskReader99 setup") p . ?e'
-  Pop $0
-  ${If} $0 = 183 ; it is there already
-    !insertmacro Refuse ${IN_USE} "The setup of TeskReader99 is running already."
-  ${EndIf}
 FunctionEnd
 
 ; For the machine where that is allowed, but an installation for the user alone stays one.
@@ -329,6 +338,12 @@ FunctionEnd
 
 Function un.onInit
   Call un.LookAround
+  ${GetParameters} $R0
+  ClearErrors
+  ${GetOptions} $R0 "${FROM_SETUP}" $0
+  ${If} ${Errors}
+    Call un.RefuseSecondRun
+  ${EndIf}
   ReadRegStr $0 HKLM "${UNINSTALL_KEY}" InstallLocation
   ReadRegStr $1 HKCU "${UNINSTALL_KEY}" InstallLocation
   ${If} $0 == $INSTDIR
@@ -353,6 +368,7 @@ Section Uninstall
     Call un.UnregisterServers
   ${EndIf}
   ${If} $Fault != ""
+    StrCpy $Fault "$Fault Nothing was changed."
     !insertmacro Tell
     SetErrorLevel $Status
     Abort "$Fault"

@@ -8,7 +8,7 @@ Var PathBytes  ; its size as it was read
 Var PathText   ; the address of ";TEXT", with room for one entry more
 
 !macro PathFunctions UN
-; Yields $PathKey and the text; the caller closes by ClosePath.
+; Yields $PathKey and the text, 0 where it cannot be read whole or is none; the caller closes by ClosePath.
 Function ${UN}OpenPath
   StrCpy $PathText 0
   StrCpy $0 0x80000001
@@ -23,11 +23,16 @@ Function ${UN}OpenPath
     StrCpy $PathKey 0
     Return
   ${EndIf}
-  StrCpy $PathBytes 0
   System::Call 'advapi32::RegQueryValueExW(p $PathKey, w "Path", p 0, *i .r4, p 0, *i .r5) i .r3'
   ${If} $3 = 2 ; there is none
+    StrCpy $3 0
     StrCpy $4 2 ; that of the system is REG_EXPAND_SZ, too
     StrCpy $5 0
+  ${EndIf}
+  ${If} $3 <> 0
+  ${OrIf} $4 < 1
+  ${OrIf} $4 > 2
+    Return
   ${EndIf}
   StrCpy $PathType $4
   StrCpy $PathBytes $5
@@ -39,7 +44,13 @@ Function ${UN}OpenPath
   Pop $PathText
   System::Call 'kernel32::lstrcpyW(p $PathText, w ";")'
   IntOp $7 $PathText + 2
-  System::Call 'advapi32::RegQueryValueExW(p $PathKey, w "Path", p 0, p 0, p r7, *i r5r5)'
+  ${If} $PathBytes > 0
+    System::Call 'advapi32::RegQueryValueExW(p $PathKey, w "Path", p 0, p 0, p r7, *i r5r5) i .r3'
+    ${If} $3 <> 0 ; it has grown, or is gone
+      System::Free $PathText
+      StrCpy $PathText 0
+    ${EndIf}
+  ${EndIf}
 FunctionEnd
 
 Function ${UN}ClosePath
@@ -65,12 +76,12 @@ Function ${UN}CutLastSemicolon
   System::Call '*$6(&i2 0)'
 FunctionEnd
 
-; Behind the first semicolon; an empty PATH is none.
+; Behind the first semicolon; an empty PATH is none. $3 is the status, 0 for done.
 Function ${UN}WritePath
   IntOp $7 $PathText + 2
   System::Call 'kernel32::lstrlenW(p r7) i .r6'
   ${If} $6 = 0
-    System::Call 'advapi32::RegDeleteValueW(p $PathKey, w "Path")'
+    System::Call 'advapi32::RegDeleteValueW(p $PathKey, w "Path") i .r3'
   ${Else}
     IntOp $6 $6 * 2
     IntOp $6 $6 + 2
@@ -103,18 +114,20 @@ FunctionEnd
 Function AddToPath
   Call OpenPath
   ${If} $PathText P= 0
-  ${OrIf} $PathType < 1
-  ${OrIf} $PathType > 2
     DetailPrint "The PATH is no text that can be changed; it stays as it is."
   ${Else}
     Call FindEntry
     ${If} $8 P= 0
-      StrCpy $Entered 1
       System::Call 'kernel32::lstrcatW(p $PathText, w "${PATH_ENTRY}")'
       ${If} $PathBytes < 4 ; an empty text: without the semicolon of FindEntry
         System::Call 'kernel32::lstrcpyW(p $PathText, w ";${PATH_ENTRY}")'
       ${EndIf}
       Call WritePath
+      ${If} $3 = 0
+        StrCpy $Entered 1
+      ${Else}
+        DetailPrint "The PATH cannot be written; it stays as it is."
+      ${EndIf}
     ${EndIf}
   ${EndIf}
   Call ClosePath

@@ -3,6 +3,7 @@
 !define SERVER32 "$INSTDIR\server32\TeskReader99.dll"
 !define SERVER64 "$INSTDIR\server64\TeskReader99.dll"
 
+Var Registering ; 1: servers of this run may be registered
 Var Before32 ; the servers that were registered before; empty for none
 Var Before64
 Var User32   ; the servers of the user, while those of the machine are removed
@@ -49,7 +50,7 @@ Var User64
   ${EndIf}
   ${If} $0 != 0
   ${AndIf} $Fault == ""
-    StrCpy $Fault "${SERVER} cannot be registered: regsvr32 says $0. Everything is as it was before."
+    StrCpy $Fault "${SERVER} cannot be registered: regsvr32 says $0."
     StrCpy $Status ${NOT_REGISTERED}
   ${EndIf}
 !macroend
@@ -116,6 +117,7 @@ Function RegisterNew
   ${If} $Fault != ""
     Return
   ${EndIf}
+  StrCpy $Registering 1
   !insertmacro ReadServer 32 $Before32
   !insertmacro ReadServer 64 $Before64
   !insertmacro RegisterServer 32 "${SERVER32}"

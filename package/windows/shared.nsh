@@ -25,7 +25,7 @@
     ClearErrors
     FileOpen $9 "$Folder\${NAME}" a
     ${If} ${Errors}
-      StrCpy $Fault "$Folder\${NAME} is in use or may not be written. Close the programs that use it, and try again. Nothing was changed."
+      StrCpy $Fault "$Folder\${NAME} is in use or may not be written. Close the programs that use it, and try again."
       StrCpy $Status ${IN_USE}
     ${Else}
       FileClose $9
@@ -60,6 +60,16 @@
 !macroend
 
 !macro SharedFunctions UN
+; One installation or removal at a time, whoever is logged on. Another user's refuses to be opened.
+Function ${UN}RefuseSecondRun
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "Global\TeskReader99 setup") p .r1 ?e'
+  Pop $0
+  ${If} $0 = 183 ; it is there already
+  ${OrIf} $1 P= 0
+    !insertmacro Refuse ${IN_USE} "A setup of TeskReader99 is running already. Nothing was changed."
+  ${EndIf}
+FunctionEnd
+
 Function ${UN}LookAround
   StrCpy $IsAdmin 0
   UserInfo::GetAccountType

@@ -4,6 +4,7 @@ Var List     ; the list that EachListed reads
 Var Name     ; the file that it has come to
 Var Action   ; the address of the function that it calls
 Var Written  ; 1: new files have been written
+Var Lost     ; 1: a file of the earlier version could not be put back
 Var Aside    ; where this run keeps the earlier version's files until it ends; empty for nowhere
 
 ; A name in a list leads nowhere but below the folder.
@@ -67,7 +68,7 @@ Function SetAside
     ClearErrors
     Rename "$INSTDIR\$Name" "$Aside\$Name"
     ${If} ${Errors}
-      StrCpy $Fault "$INSTDIR\$Name cannot be replaced. Everything is as it was before."
+      StrCpy $Fault "$INSTDIR\$Name cannot be replaced."
       StrCpy $Status ${IN_USE}
     ${EndIf}
     Call RemoveEmptyFolders
@@ -120,7 +121,7 @@ FunctionEnd
 !macro RefuseForeign NAME
   ${If} $Fault == ""
   ${AndIf} ${FileExists} "$INSTDIR\${NAME}"
-    StrCpy $Fault "$INSTDIR\${NAME} is not TeskReader99's. Choose another folder. Nothing was changed."
+    StrCpy $Fault "$INSTDIR\${NAME} is not TeskReader99's. Choose another folder."
     StrCpy $Status ${FAILED}
   ${EndIf}
 !macroend
@@ -135,7 +136,7 @@ FunctionEnd
   ClearErrors
   File "/oname=$INSTDIR\${NAME}" "${FILES}\${NAME}"
   ${If} ${Errors}
-    StrCpy $Fault "$INSTDIR\${NAME} cannot be written. Everything is as it was before."
+    StrCpy $Fault "$INSTDIR\${NAME} cannot be written."
     StrCpy $Status ${FAILED}
   ${EndIf}
 !macroend
@@ -145,7 +146,7 @@ Function WriteList
   ClearErrors
   FileOpen $8 "$INSTDIR\${LIST}" w
   ${If} ${Errors}
-    StrCpy $Fault "$INSTDIR cannot be written. Everything is as it was before."
+    StrCpy $Fault "$INSTDIR cannot be written."
     StrCpy $Status ${FAILED}
     Return
   ${EndIf}
@@ -172,20 +173,53 @@ Function WriteFiles
   ${If} $IsFor64 = 1
     !insertmacro EachFile64 WriteFile
   ${EndIf}
+  ClearErrors
   WriteUninstaller "$INSTDIR\${UNINSTALLER}"
+  ${If} ${Errors}
+    StrCpy $Fault "$INSTDIR\${UNINSTALLER} cannot be written."
+    StrCpy $Status ${FAILED}
+  ${EndIf}
 FunctionEnd
 
 Function PutBack
-  ${GetParent} "$INSTDIR\$Name" $0
-  CreateDirectory $0
-  Rename "$Aside\$Name" "$INSTDIR\$Name"
+  ${If} ${FileExists} "$Aside\$Name"
+    ${GetParent} "$INSTDIR\$Name" $0
+    CreateDirectory $0
+    ClearErrors
+    Rename "$Aside\$Name" "$INSTDIR\$Name"
+    ${If} ${Errors}
+      StrCpy $Lost 1
+    ${EndIf}
+  ${EndIf}
 FunctionEnd
 
+Function PutAllBack
+  StrCpy $Fault "" ; EachListed ends at a fault
+  GetFunctionAddress $Action PutBack
+  StrCpy $List "$Aside\${LIST}"
+  Call EachListed
+  CreateDirectory $INSTDIR
+  ClearErrors
+  CopyFiles /SILENT "$Aside\${LIST}" "$INSTDIR"
+  ${If} ${Errors}
+  ${OrIf} $Fault != ""
+    StrCpy $Lost 1
+  ${EndIf}
+  ${If} $Lost = 0
+    RMDir /r "$Aside"
+  ${EndIf}
+FunctionEnd
+
+; Says in $Fault how things stand now.
+
 Function BringBack
-  StrCpy $0 $Fault ; EachListed ends at a fault
-  Push $0
-  ${If} $Status = ${NOT_REGISTERED}
+  Push $Fault
+  StrCpy $Lost 0
+  ${If} $Registering = 1
     Call UnregisterServers
+    ${If} $OldFolder == ""
+      DeleteRegKey SHCTX "${UNINSTALL_KEY}"
+    ${EndIf}
   ${EndIf}
   ${If} $Written = 1
     !insertmacro DeleteFiles
@@ -193,20 +227,19 @@ Function BringBack
   ${EndIf}
   ${If} $Aside != ""
   ${AndIf} ${FileExists} "$Aside\${LIST}"
-    StrCpy $Fault ""
-    GetFunctionAddress $Action PutBack
-    StrCpy $List "$Aside\${LIST}"
-    Call EachListed
-    CreateDirectory $INSTDIR
-    CopyFiles /SILENT "$Aside\${LIST}" "$INSTDIR"
-    RMDir /r "$Aside"
+    Call PutAllBack
   ${ElseIf} $Aside != ""
     RMDir "$Aside"
   ${EndIf}
-  ${If} $Status = ${NOT_REGISTERED}
+  ${If} $Registering = 1
     Call RegisterEarlier
   ${EndIf}
   Pop $Fault
+  ${If} $Lost = 1
+    StrCpy $Fault "$Fault Files of the version before could not be put back: they lie in $Aside."
+  ${Else}
+    StrCpy $Fault "$Fault Everything is as it was before."
+  ${EndIf}
 FunctionEnd
 
 ; An earlier version in another folder; its uninstaller leaves the servers that now stand in this one.
@@ -215,9 +248,34 @@ Function RemoveOldFolder
   ${OrIf} $OldFolder == $INSTDIR
     Return
   ${EndIf}
+  StrCpy $Entered 0
+  ${IfNot} ${FileExists} "$OldFolder\${LIST}"
+    Return ; somebody has removed it already
+  ${EndIf}
   DetailPrint "Removing the earlier version in $OldFolder"
-  ExecWait '"$OldFolder\${UNINSTALLER}" /S _?=$OldFolder'
+  ClearErrors
+  ExecWait '"$OldFolder\${UNINSTALLER}" /S ${FROM_SETUP} _?=$OldFolder' $0
+  ${If} ${Errors}
+  ${OrIf} $0 != 0
+    StrCpy $Fault "TeskReader99 is installed in $INSTDIR, but the earlier version in $OldFolder cannot be removed; remove that folder."
+    StrCpy $Status ${LEFT_OVER}
+    Return
+  ${EndIf}
   Delete "$OldFolder\${UNINSTALLER}"
   !insertmacro RemoveEmptyFolder "$OldFolder"
-  StrCpy $Entered 0
+FunctionEnd
+
+; The entry leads the way to the files, so it is made while they can still be taken back. One that leads to another folder
+; stays until the version there is removed.
+Function EnterNew
+  ${If} $Fault == ""
+    ${If} $OldFolder == ""
+    ${OrIf} $OldFolder == $INSTDIR
+      Call WriteUninstallEntry
+      ${If} ${Errors}
+        StrCpy $Fault "TeskReader99 cannot be entered in the list of programs."
+        StrCpy $Status ${FAILED}
+      ${EndIf}
+    ${EndIf}
+  ${EndIf}
 FunctionEnd

@@ -314,7 +314,7 @@ leaves_what_is_not_its_own() {
   printf 'data.db\r\n' >"$(path_of "$other")/$list"
   check "a list that nobody registered is not believed" is "$list is not TeskReader99" setup 2 "$version" /CURRENTUSER "/D=$other"
   rm -- "$(path_of "$other")/$list"
-  check "it goes beside the files of the user's" setup 0 "$version" /CURRENTUSER "/D=$other"
+  check "it goes beside the files of the user's" setup 0 "$version" /CURRENTUSER /PATH=no "/D=$other"
   check "and over itself" setup 0 "$version"
   cp -- "$(path_of "$other")/$list" "$work/list"
   for line in '..\victim.txt' 'C:\victim.txt' '\victim.txt' '/victim.txt' ''; do
@@ -326,7 +326,10 @@ leaves_what_is_not_its_own() {
   cp -t "$(path_of 'C:\Copy')" -- "$(path_of "$other")/uninstall-TeskReader99.exe"
   check "a copied uninstaller takes nothing away" is 'No TeskReader99 is installed' uninstall 2 'C:\Copy'
   check "the user's entry stays" is "$other" value "HKCU\\$entry" InstallLocation
-  check "it uninstalls from there" uninstall 0 "$other"
+  rm -- "$(path_of "$other")/uninstall-TeskReader99.exe"
+  check "what cannot be removed elsewhere is told" is "earlier version in $other cannot be removed" setup 8 "$version" '/D=C:\Next'
+  check "it uninstalls from there" uninstall 0 'C:\Next'
+  rmdir -- "$(path_of 'C:\Next')"
   check "what was there before is there" is 3 grep -cx mine <(cat -- "$(path_of "$other")/data.db" \
     "$(path_of "$other")/$aside/marks.csv" "$(path_of 'C:\victim.txt')")
   rm -r -- "$(path_of "$other")" "$(path_of 'C:\victim.txt')" "$(path_of 'C:\Copy')"

@@ -251,11 +251,35 @@ only_file() { (cd "$(path_of "$machine")" && find . -type f ! -path ./docs/notes
 moves() {
   check "an older version installs for the user" setup 0 0.0.1 /CURRENTUSER
   check "a long PATH is kept, with one entry more" path_is "$long_path;$users\\bin"
+  keeps_what_cannot_be_put_back
   check "the new version installs into a folder with blanks" setup 0 "$version" /CURRENTUSER /D=C:\\Schule Nord\\Marken Leser
   check "the older one is gone from where it was" gone "$users"
   check "the entry on the PATH moves" path_is "$long_path;$spaced\\bin"
   check "the server is registered for the user" serves_user "$spaced\\server64\\"
   check "nothing is registered for the machine" is none unregistered_for_machine
+}
+
+# A folder takes the place of a file of the earlier version while that is set aside.
+keeps_what_cannot_be_put_back() {
+  local folder aside
+  folder=$(path_of "$users")
+  aside="$folder/set-aside-by-setup"
+  obstruct "$aside/docs/gone.md" "$folder/docs/gone.md" &
+  check "it is told where the file lies" is 'could not be put back: they lie in' setup 6 99.0.0
+  check "something stood in its way" wait $!
+  check "and there it lies" mv -T -- "$aside/docs/gone.md" "$work/gone.md"
+  rmdir -- "$folder/docs/gone.md"
+  mv -T -- "$work/gone.md" "$folder/docs/gone.md"
+  rm -r -- "$aside"
+}
+
+obstruct() { # FILE FOLDER; makes the folder when there is the file
+  local tries=0
+  until [ -e "$1" ]; do
+    [ "$((tries += 1))" -le 400 ] || return 1
+    sleep 0.05
+  done
+  mkdir -p -- "$2"
 }
 
 path_is() { # TEXT

@@ -228,8 +228,8 @@ Function ReadSwitches
   ${EndIf}
 FunctionEnd
 
-; What the system of this language takes for no folder, such as a drive's root, it leaves out without a word; only
-; $CMDLINE is then cut off before /D=.
+; NSIS drops without a word a /D= that it takes for no folder, such as a drive's root. It cuts /D= off $CMDLINE all the
+; same, which tells.
 Function RefuseUnusableFolder
   System::Call 'kernel32::GetCommandLineW() w .r0'
   ${If} $GivenFolder == ""

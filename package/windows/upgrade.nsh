@@ -265,7 +265,7 @@ Function RemoveOldFolder
   !insertmacro RemoveEmptyFolder "$OldFolder"
 FunctionEnd
 
-; The entry leads the way to the files, so it is made while they can still be taken back. One that leads to another folder
+; The entry leads the way to the files, so it is made while they can be taken back. One that leads to another folder
 ; stays until the version there is removed.
 Function EnterNew
   ${If} $Fault == ""

@@ -43,10 +43,9 @@ end_lines_as_windows_does() {
 lay_out() {
   local page
   rm -rf -- "$work/files"
-  put server32 "$root/build/windows/TeskReader99.dll"
-  put server64 "$root/build/windows64/TeskReader99.dll"
+  put server32 "$root"/build/windows/{TeskReader99.dll,TeskReader99.X.manifest,host.exe.manifest}
+  put server64 "$root"/build/windows64/{TeskReader99.dll,TeskReader99.X.manifest,host.exe.manifest}
   put bin "$root/build/windows/teskread.exe" "$root/package/windows/scanner-settings.cmd"
-  put automation "$root/automation/TeskReader99.X.manifest" "$root/automation/host.exe.manifest"
   put_tree docs
   put_tree examples
   for page in README.md CHANGELOG.md LICENSE; do

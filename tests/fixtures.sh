@@ -43,11 +43,19 @@ wait_for() { # PATTERN FILE
   done
 }
 
-# A server that stays, and one run of the loader beforehand: programs then start in milliseconds.
+# A server that stays, and a program that does: each time the last one ends, the system's services begin to end, too, and
+# a program that is started meanwhile brings up second ones, which block one another. They begin anew behind a boot.
 start_prefix() { # PREFIX
+  local fifo="$state/keeper-$1.fifo"
+  if [ ! -f "$build/$1/system.reg" ]; then
+    in_wine "$1" wineboot -i
+    end_wine "$1"
+  fi
   in_wine "$1" wineserver -p || true # one that stays already is as good
-  [ -f "$build/$1/system.reg" ] || in_wine "$1" wineboot -i
-  in_wine "$1" cmd /c exit
+  [ -p "$fifo" ] || mkfifo -- "$fifo"
+  # shellcheck disable=SC2016 # expanded by that bash
+  keep_running "keeper-$1" bash -c 'exec "${@:2}" <>"$1"' bash "$fifo" "$sources/cmake/wine.sh" "$build/$1" cmd
+  in_wine "$1" cmd /c exit # a first run of the loader: programs then start in milliseconds
 }
 
 start_wine() { start_prefix wine-prefix; }
@@ -55,6 +63,7 @@ start_wine() { start_prefix wine-prefix; }
 end_wine() { # PREFIX
   in_wine "$1" wineserver -k || true
   in_wine "$1" wineserver -w || true
+  end "keeper-$1" || true # it was ended with the server
 }
 
 stop_wine() { end_wine wine-prefix; }

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "setup/optionControls.h"
 #include "setup/optionsLayout.h"
 #include "setup/spinField.h"
 #include "simulator/Simulators.h"
@@ -28,7 +29,9 @@ TEST(ReaderGrade, HandsTheThresholdsOverToTheReadersThatScoreThemselves) {
                                       {teskReaderTypeAppersonAdvantageLink, false}}) {
     Dialog dialog(type);
     dialog.Load();
+    const int drawn = dialog.view.refreshed;
     dialog.form.Click(chkReaderGrade);
+    EXPECT_EQ(dialog.view.refreshed, drawn + (scores ? 1 : 0));
     EXPECT_EQ(dialog.view.calls.size(), scores ? 1U : 0U);
     for (const ControlId id : {txtRecognitionThreshold, txtMarkDiscrimination, txtMarkCutOff}) {
       EXPECT_EQ(dialog[id].enabled, !scores) << ControlName(id);
@@ -177,6 +180,21 @@ TEST(SpinField, SpinsWithinItsBoundsAndIsCheckedWhenEnterConfirmsTheDialog) {
   dialog.form.Type(txtReaderTimeout, "0");
   EXPECT_EQ(dialog.ChangesOnceConfirmed(), "RecognitionThreshold=15 TimeOut=1 ");
   EXPECT_EQ(dialog.view.beeps, 2);
+}
+
+// ---- Lists
+
+TEST(ListOfNumbers, TakesAnUnusualOneInAndNothingThatIsNone) {
+  Control list;
+  list.entries = {{"9600 baud", "9600"}, {"110 baud", "110"}};
+  const auto choose = [&](const char* value) {
+    ChooseNumber(list, value, " baud");
+    return std::pair(list.chosen, list.entries.size());
+  };
+  EXPECT_EQ(choose("110"), std::pair(1, std::size_t{2}));
+  for (const char* none : {"0", "-5", "x"}) EXPECT_EQ(choose(none), std::pair(-1, std::size_t{2})) << none;
+  EXPECT_EQ(choose("123"), std::pair(2, std::size_t{3}));
+  EXPECT_EQ(list.entries[2].text, "123 baud");
 }
 
 // ---- The search button

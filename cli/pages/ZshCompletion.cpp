@@ -42,7 +42,7 @@ _teskread_topics() {
 
 std::string Quoted(const std::string& text) { return "'" + Replace(text, "'", "'\\''") + "'"; }
 
-// A text in a specification of _arguments: up to its first semicolon, brackets and colons escaped.
+// A text as _arguments takes it: up to its first semicolon, brackets and colons escaped.
 std::string Short(const std::string& text) {
   std::string escaped;
   for (const char c : text.substr(0, text.find("; "))) {
@@ -86,26 +86,26 @@ std::string Action(const OptionPage& option) {
   return " ";
 }
 
-std::string OptionSpecs(const OptionPage& option) {
-  std::string specs;
+std::string OptionRules(const OptionPage& option) {
+  std::string rules;
   for (const std::string& name : option.names) {
-    std::string spec = (option.repeats ? "*" : "") + name;
-    if (!option.takes.empty()) spec += "=";
-    spec += "[" + Short(option.text) + "]";
-    if (!option.takes.empty()) spec += ":" + Short(option.takes) + ":" + Action(option);
-    specs += " \\\n    " + Quoted(spec);
+    std::string rule = (option.repeats ? "*" : "") + name;
+    if (!option.takes.empty()) rule += "=";
+    rule += "[" + Short(option.text) + "]";
+    if (!option.takes.empty()) rule += ":" + Short(option.takes) + ":" + Action(option);
+    rules += " \\\n    " + Quoted(rule);
   }
-  return specs;
+  return rules;
 }
 
 std::string Arguments(const CommandPage& command) {
-  std::string specs;
-  for (const OptionPage& option : command.options) specs += OptionSpecs(option);
+  std::string rules;
+  for (const OptionPage& option : command.options) rules += OptionRules(option);
   for (const OptionPage& positional : command.positionals) {
-    specs += " \\\n    " + Quoted(fmt::format("{}:{}:{}", positional.repeats ? "*" : "",
+    rules += " \\\n    " + Quoted(fmt::format("{}:{}:{}", positional.repeats ? "*" : "",
                                               Short(positional.takes), Action(positional)));
   }
-  return specs;
+  return rules;
 }
 
 // A command that has commands: its own options, one of the commands, and whatever that one takes.

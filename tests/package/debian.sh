@@ -40,9 +40,9 @@ check_lintian() {
   cmp -- "$package" "$(package_in "$scratch")"
 }
 
-# A root in which the packages that this one depends on are installed as they are here, and nothing else.
-make_root() { # PACKAGE
-  local name architecture admin="$scratch/root/var/lib/dpkg"
+# A system in which the packages that this one depends on are installed as they are here, and nothing else.
+make_system() { # PACKAGE
+  local name architecture admin="$scratch/system/var/lib/dpkg"
   architecture=$(dpkg --print-architecture)
   mkdir -p -- "$admin/info" "$admin/updates"
   dpkg-deb -f "$1" Depends | tr ',' '\n' | sed 's/^ *\([^ ]*\).*/\1/' | while read -r name; do
@@ -52,22 +52,22 @@ make_root() { # PACKAGE
   done >"$admin/status"
 }
 
-in_root() { fakeroot dpkg --root="$scratch/root" --log="$scratch/log" "$@" >>"$scratch/dpkg.out"; }
+in_system() { fakeroot dpkg --root="$scratch/system" --log="$scratch/log" "$@" >>"$scratch/dpkg.out"; }
 
-files() { find "$scratch/root" -path '*/var/lib/dpkg' -prune -o -print | sort; }
+files() { find "$scratch/system" -path '*/var/lib/dpkg' -prune -o -print | sort; }
 
 check_life() {
   local package before way
   package=$(package_in "$build/package/debian")
-  make_root "$package"
+  make_system "$package"
   before=$(files)
-  in_root --install "$package"
-  [ -x "$scratch/root/usr/bin/teskread" ] || fault "not installed: $(cat -- "$scratch/dpkg.out")"
-  [ "$("$scratch/root/usr/bin/teskread" --version)" = "teskread $version" ] || fault "another version than $version"
-  "$scratch/root/usr/bin/teskread" demo | tail -n 1 | grep -qx '3 sheets read, 0 lost'
+  in_system --install "$package"
+  [ -x "$scratch/system/usr/bin/teskread" ] || fault "not installed: $(cat -- "$scratch/dpkg.out")"
+  [ "$("$scratch/system/usr/bin/teskread" --version)" = "teskread $version" ] || fault "another version than $version"
+  "$scratch/system/usr/bin/teskread" demo | tail -n 1 | grep -qx '3 sheets read, 0 lost'
   for way in --remove --purge; do
-    in_root --install "$package"
-    in_root "$way" teskread
+    in_system --install "$package"
+    in_system "$way" teskread
     [ "$(files)" = "$before" ] || fault "$way left: $(comm -13 <(printf '%s\n' "$before") <(files))"
   done
 }

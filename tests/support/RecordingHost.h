@@ -27,7 +27,6 @@ class RecordingHost : public HostServices {
   std::vector<bool> silentAtError;               // Silent as it was during each reported error
   std::function<void()> onError;                 // what the host does when it gets a report
   bool silent = false;
-  bool showsMessages = true;  // False: declines, so that the library shows its own box
   std::string applicationName = "Quillon";
 
   RecordingHost() {
@@ -55,8 +54,8 @@ class RecordingHost : public HostServices {
     return found == translate.end() ? text : found->second;
   }
   bool MsgBoxEx(const std::string& title, const std::string& text) override {
-    if (showsMessages) messages.push_back({title, text});
-    return showsMessages;
+    messages.push_back({title, text});
+    return true;
   }
   void RaiseError(const ErrorReport& report) override {
     errors.push_back(report);
